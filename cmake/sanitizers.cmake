@@ -1,0 +1,8 @@
+# Address and undefined-behaviour sanitizers for the whole build, the first finding ends the process.
+option(MORVIK_SANITIZE "Build with address and undefined-behaviour sanitizers" OFF)
+if(MORVIK_SANITIZE)
+  # The engine's library carries no run-time type information, which vptr checks would need.
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize=vptr -fno-sanitize-recover=all
+                      -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()

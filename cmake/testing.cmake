@@ -1,0 +1,6 @@
+include(CTest)
+if(BUILD_TESTING)
+  find_package(GTest REQUIRED)
+  include(GoogleTest)
+  add_subdirectory(tests)
+endif()
