@@ -1,0 +1,69 @@
+// One application's connection: bytes in, whole payloads out, and frames back.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <string>
+
+#include "device/device.h"
+#include "device/frame.h"
+#include "device/owned.h"
+
+namespace morvik::devkit {
+
+// What an application leaves unread is kept for it up to this many bytes; then it is not reading.
+inline constexpr std::size_t kMaxUnsent = std::size_t{64} * 1024 * 1024;
+
+// Reads and writes on the thread-default main context, without blocking. A connection that has
+// ended stays silent, and is released when its last read and write have returned.
+class AppConnection : public std::enable_shared_from_this<AppConnection> {
+ public:
+  class Owner {
+   public:
+    virtual ~Owner() = default;
+    virtual void payloadArrived(AppNumber application, const std::string& payload) = 0;
+    // Told once, unless `close` came first. `trouble` is empty when the application closed its side
+    // between two frames.
+    virtual void connectionEnded(AppNumber application, const std::string& trouble) = 0;
+  };
+
+  // The owner must live until the connection has ended or is closed.
+  AppConnection(Owner& owner, AppNumber number, GSocketConnection* socket);
+  AppConnection(const AppConnection&) = delete;
+  AppConnection& operator=(const AppConnection&) = delete;
+
+  // Begins to read. The connection must be held by a shared_ptr.
+  void start();
+
+  // Every payload leaves in one write with its length in front, after those sent before it.
+  void send(const std::string& payload);
+
+  // The application sees the end of its stream; the owner is told nothing any more.
+  void close();
+
+ private:
+  using Kept = std::shared_ptr<AppConnection>;
+  static Kept takeKept(void* kept);
+  void* keep();
+  static void onRead(GObject* stream, GAsyncResult* result, void* kept);
+  static void onWritten(GObject* stream, GAsyncResult* result, void* kept);
+
+  void read();
+  void take(std::size_t count);
+  void writeNext();
+  void end(const std::string& trouble);
+
+  Owner* owner_;  // null once the connection has ended
+  const AppNumber number_;
+  GOwned<GSocketConnection> socket_;
+  GOwned<GCancellable> cancellable_;
+  FrameReader frames_;
+  std::array<char, std::size_t{64} * 1024> input_;
+  std::deque<std::string> unsent_;  // the first one is being written
+  std::size_t unsentBytes_ = 0;
+};
+
+}  // namespace morvik::devkit

@@ -1,0 +1,120 @@
+// Messages in words: one function for each payload that has words of its own, and a table of them.
+#include "device/describe.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "device/owned.h"
+#include "device/payload.h"
+
+namespace morvik::devkit {
+namespace {
+
+namespace zeph = net::quelta::zeph::message;
+using zeph::ZephMsg;
+
+constexpr glong kLongestText = 200;  // characters; more tells a reader nothing
+
+std::string ms(int period) { return std::to_string(period) + " ms"; }
+
+std::string quotedIfAny(const std::string& text) {
+  return text.empty() ? "" : " \"" + printable(text) + '"';
+}
+
+std::string interactiveMode(const ZephMsg& message) {
+  const auto& mode = message.interactivemode();
+  const std::string action =
+      mode.has_action() ? zeph::InteractiveMode::Action_Name(mode.action()) : "without an action";
+  return "interactive mode " + action +
+         (mode.has_interactiveid() ? ' ' + printable(mode.interactiveid()) : "");
+}
+
+std::string led(const ZephMsg& message) {
+  const auto& led = message.led();
+  if (led.has_pulse()) {
+    return "led pulse " + printable(led.pulse().color()) + ' ' + ms(led.pulse().period()) + " x " +
+           std::to_string(led.pulse().pulse());
+  }
+  if (led.has_fade()) {
+    return "led fade " + printable(led.fade().color()) + ' ' + ms(led.fade().period());
+  }
+  return "led light " + printable(led.light().color());
+}
+
+std::string response(const ZephMsg& message) {
+  const auto& response = message.response();
+  return "response " + (response.has_code() ? zeph::VReturnCode_Name(response.code()) : "") +
+         quotedIfAny(response.description());
+}
+
+std::string event(const ZephMsg& message) {
+  const auto& event = message.event();
+  return "event " + zeph::VReturnCode_Name(event.code()) + quotedIfAny(event.description());
+}
+
+std::string ping(const ZephMsg& /*message*/) { return "ping"; }
+
+std::string infoQuery(const ZephMsg& /*message*/) { return "info?"; }
+
+std::string infoResponse(const ZephMsg& message) {
+  std::string text = "info";
+  for (const auto& info : message.morvikinfo_response().infos()) {
+    text += ' ' + printable(info.key()) + "=\"" + printable(info.value()) + '"';
+  }
+  return text;
+}
+
+struct Words {
+  int field;
+  std::string (*of)(const ZephMsg& message);
+};
+
+constexpr Words kWords[] = {
+    {ZephMsg::kInteractiveModeFieldNumber, interactiveMode},
+    {ZephMsg::kLedFieldNumber, led},
+    {ZephMsg::kResponseFieldNumber, response},
+    {ZephMsg::kEventFieldNumber, event},
+    {ZephMsg::kPingFieldNumber, ping},
+    {ZephMsg::kMorvikinfoQueryFieldNumber, infoQuery},
+    {ZephMsg::kMorvikinfoResponseFieldNumber, infoResponse},
+};
+
+// The payload alone: the envelope's ids would drown it.
+std::string fieldByField(const ZephMsg& message) {
+  ZephMsg payload(message);
+  payload.clear_id();
+  payload.clear_correlationid();
+  payload.clear_interactiveid();
+  const std::string text = payload.ShortDebugString();
+  return text.empty() ? "a message that asks for nothing" : printable(text);
+}
+
+std::string inWords(const ZephMsg& message) {
+  const auto* payload = payloadOf(message);
+  const int field = payload != nullptr ? payload->number() : 0;
+  const auto* words = std::find_if(std::begin(kWords), std::end(kWords),
+                                   [field](const Words& w) { return w.field == field; });
+  return words != std::end(kWords) ? words->of(message) : fieldByField(message);
+}
+
+}  // namespace
+
+std::string printable(std::string_view text) {
+  const GText valid(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())));
+  std::string line;
+  for (const char *at = valid.get(), *next = at; *at != '\0'; at = next) {
+    next = g_utf8_next_char(at);
+    const bool visible = g_unichar_isprint(g_utf8_get_char(at)) != FALSE;
+    line.append(visible ? std::string_view(at, static_cast<std::size_t>(next - at)) : "?");
+  }
+  return line;
+}
+
+std::string describe(const ZephMsg& message) {
+  const std::string words = inWords(message);
+  if (g_utf8_strlen(words.c_str(), -1) <= kLongestText) return words;
+  const char* cut = g_utf8_offset_to_pointer(words.c_str(), kLongestText);
+  return words.substr(0, static_cast<std::size_t>(cut - words.c_str())) + " ...";
+}
+
+}  // namespace morvik::devkit

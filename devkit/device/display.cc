@@ -1,0 +1,57 @@
+// Lines for a reader.
+#include "device/display.h"
+
+#include "device/describe.h"
+#include "device/owned.h"
+
+namespace morvik::devkit {
+namespace {
+
+constexpr std::size_t kMarkLength = 4;
+
+std::string timeOfDay() {
+  const GDate now(g_date_time_new_now_local());
+  const GText second(g_date_time_format(now.get(), "%H:%M:%S"));
+  const GText whole(
+      g_strdup_printf("%s.%03d", second.get(), g_date_time_get_microsecond(now.get()) / 1000));
+  return whole.get();
+}
+
+std::string markOf(const std::string& requestId) {
+  return requestId.empty() ? "" : "  #" + printable(requestId.substr(0, kMarkLength));
+}
+
+}  // namespace
+
+void Display::came(AppNumber application) { show(application, Look::kFaint, "--", "connected"); }
+
+void Display::received(AppNumber application, const zeph::ZephMsg& message) {
+  show(application, Look::kIn, "->", describe(message) + markOf(message.id()));
+}
+
+void Display::sent(AppNumber application, const zeph::ZephMsg& message) {
+  show(application, Look::kOut, "<-", describe(message) + markOf(message.correlationid()));
+}
+
+void Display::trouble(AppNumber application, const std::string& what) {
+  show(application, Look::kBad, "!!", printable(what));
+}
+
+void Display::left(AppNumber application) { show(application, Look::kFaint, "--", "gone"); }
+
+void Display::show(AppNumber application, Look look, const char* direction,
+                   const std::string& what) const {
+  sink_(painted(Look::kFaint, timeOfDay()) + " app " + std::to_string(application) + ' ' +
+        painted(look, std::string(direction) + "  " + what));
+}
+
+std::string Display::painted(Look look, const std::string& text) const {
+  if (colors_ == Colors::kOff) return text;
+  const char* code = look == Look::kIn    ? "36"
+                     : look == Look::kOut ? "32"
+                     : look == Look::kBad ? "1;31"
+                                          : "2";
+  return "\033[" + std::string(code) + 'm' + text + "\033[0m";
+}
+
+}  // namespace morvik::devkit

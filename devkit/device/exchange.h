@@ -1,0 +1,43 @@
+// One request and every way to answer it: what a handler gets.
+#pragma once
+
+#include <chrono>
+#include <string>
+
+#include "device/device.h"
+
+namespace morvik::devkit {
+
+// Lives for one call of a handler.
+class Exchange {
+ public:
+  Exchange(Device& device, Application& application, const zeph::ZephMsg& request)
+      : device_(device), application_(application), request_(request) {}
+
+  const zeph::ZephMsg& request() const { return request_; }
+  Application& application() const { return application_; }
+  DeviceState& state() const { return device_.state_; }
+
+  // The request shows the interactive id that this application was granted.
+  bool carriesGrant() const;
+
+  // The first answer to a command: a code, and a description for whoever reads along.
+  void respond(zeph::VReturnCode code, const std::string& description = "") const;
+
+  // Answers with a payload of the caller's own. The message needs no id: it is given one, and the
+  // correlation to the request.
+  void reply(zeph::ZephMsg message) const;
+
+  // Sends a message that answers nothing in particular. It is given an id.
+  void notify(zeph::ZephMsg message) const;
+
+  // Tells how a command ended, when it ends some time after it was answered.
+  void eventAfter(std::chrono::milliseconds delay, zeph::VReturnCode code) const;
+
+ private:
+  Device& device_;
+  Application& application_;
+  const zeph::ZephMsg& request_;
+};
+
+}  // namespace morvik::devkit

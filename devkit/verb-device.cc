@@ -1,0 +1,87 @@
+// morvik-dev device: the virtual device on a port of this machine, until it is told to stop.
+#include <glib-unix.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+#include <string>
+
+#include "device/device-server.h"
+#include "device/display.h"
+#include "options.h"
+#include "verbs.h"
+
+namespace morvik::devkit {
+namespace {
+
+constexpr int kUsualPort = 7410;
+
+constexpr VerbHelp kHelp = {
+    "device",
+    "Runs a virtual device on a port of this machine. Any number of applications may\n"
+    "connect to it. It shows a line for each thing that happens:\n\n"
+    "  12:00:01.123 app 1 ->  led light red  #3f2a\n"
+    "  12:00:01.124 app 1 <-  response OK  #3f2a\n\n"
+    "-> is a message from the application, <- one to it. Equal marks (#3f2a) belong together.",
+    "Ctrl-C ends it. Colours are shown on a terminal, unless NO_COLOR is set.\n\n"
+    "Examples:\n"
+    "  morvik-dev device\n"
+    "  morvik-dev device --port=0 | tee device.log"};
+
+gboolean quit(gpointer loop) {
+  g_main_loop_quit(static_cast<GMainLoop*>(loop));
+  return G_SOURCE_CONTINUE;
+}
+
+void printLine(const std::string& line) { std::puts(line.c_str()); }
+
+Display::Colors colorsFor(FILE* output) {
+  const char* refused = std::getenv("NO_COLOR");
+  const bool wanted = isatty(fileno(output)) == 1 && (refused == nullptr || *refused == '\0');
+  return wanted ? Display::Colors::kOn : Display::Colors::kOff;
+}
+
+int tellFailure(DeviceServer::Failure failure, int port, const std::string& text) {
+  if (failure == DeviceServer::Failure::kPortBusy) {
+    std::fprintf(stderr,
+                 "morvik-dev device: port %d is in use, perhaps by another virtual device.\n"
+                 "End that one, or choose another port: --port=0 takes any free one.\n",
+                 port);
+  } else {
+    std::fprintf(stderr, "morvik-dev device: cannot listen on 127.0.0.1:%d: %s\n", port,
+                 text.c_str());
+  }
+  return EXIT_FAILURE;
+}
+
+int serve(int port) {
+  Display display(printLine, colorsFor(stdout));
+  DeviceServer server(display);
+  std::string text;
+  if (const auto failure = server.listen(static_cast<std::uint16_t>(port), text)) {
+    return tellFailure(*failure, port, text);
+  }
+  const GLoop loop(g_main_loop_new(nullptr, FALSE));
+  g_unix_signal_add(SIGINT, quit, loop.get());
+  g_unix_signal_add(SIGTERM, quit, loop.get());
+  std::printf("listening on 127.0.0.1:%d\n", server.port());
+  g_main_loop_run(loop.get());
+  return EXIT_SUCCESS;
+}
+
+}  // namespace
+
+int runDevice(int argc, char** argv) {
+  int port = kUsualPort;
+  const GOptionEntry entries[] = {{"port", 'p', 0, G_OPTION_ARG_INT, &port,
+                                   "Port to listen on (7410); 0 takes a free one", "N"},
+                                  {}};
+  if (const auto status = readOptions(kHelp, entries, argc, argv)) return *status;
+  if (port < 0 || port > std::numeric_limits<std::uint16_t>::max()) {
+    return refuseUsage(kHelp.name, "a port is a number from 0 to 65535");
+  }
+  return serve(port);
+}
+
+}  // namespace morvik::devkit

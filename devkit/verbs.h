@@ -1,0 +1,12 @@
+// The verbs of morvik-dev, one file each. A verb gets its own part of the command line, its name
+// first, and gives the exit status of the process.
+#pragma once
+
+namespace morvik::devkit {
+
+// The exit status of every verb for a command line that makes no sense.
+inline constexpr int kUsageError = 2;
+
+int runDevice(int argc, char** argv);
+
+}  // namespace morvik::devkit
