@@ -1,0 +1,139 @@
+#include "support/system/system-test.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iostream>
+#include <regex>
+
+namespace morvik {
+
+namespace {
+
+constexpr std::string_view kJsLog = "JSLOG: ";
+constexpr std::string_view kFolderOption = "--app_folder=";
+
+std::string replaced(const std::string& text, const char* pattern, const char* by) {
+  return std::regex_replace(text, std::regex(pattern), by);
+}
+
+}  // namespace
+
+const std::vector<std::string> kCodes{
+    "OK",           "ERROR", "TIMEOUT",           "TERMINATED",
+    "CANCELLED",    "BUSY",  "BAD_INTERACTIVEID", "SCHEDULE_EVENT",
+    "NOT_CONNECTED"};
+
+std::string withoutAddresses(const std::string& text) {
+  const std::string plain = replaced(text, "0x[0-9a-f]+|\\(nil\\)", "%p");
+  return replaced(plain, "[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}", "%id");
+}
+
+std::string App::logged() {
+  int seen = 0;
+  const auto isNext = [&](const LogRecord& record) {
+    if (record.pid == pid_ && record.text.starts_with(kJsLog)) ++seen;
+    return seen == heard_ + 1;
+  };
+  const LogRecord record = host_->waitForLog("something by the script", isNext);
+  ++heard_;
+  return record.text.substr(kJsLog.size());
+}
+
+std::vector<std::string> App::loggedUntil(std::string_view end) {
+  std::vector<std::string> texts;
+  for (std::string text = logged(); text != end; text = logged()) texts.push_back(text);
+  return texts;
+}
+
+LogRecord App::waitForLogThatStarts(std::string_view beginning) const {
+  return host_->waitForLog(beginning, [&](const LogRecord& record) {
+    return record.pid == pid_ && record.text.starts_with(beginning);
+  });
+}
+
+std::vector<std::string> App::texts() const {
+  std::vector<std::string> texts;
+  for (const std::string& text : host_->texts(pid_)) texts.push_back(withoutAddresses(text));
+  return texts;
+}
+
+std::vector<LogRecord> App::records() const {
+  std::vector<LogRecord> records = host_->log();
+  std::erase_if(records, [&](const LogRecord& record) { return record.pid != pid_; });
+  return records;
+}
+
+std::vector<std::string> App::warnings() const {
+  std::vector<std::string> texts;
+  for (const LogRecord& record : records())
+    if (record.priority == LOG_WARNING) texts.push_back(record.text);
+  return texts;
+}
+
+void SystemTest::TearDown() {
+  if (!HasFailure() || host_ == nullptr) return;
+  std::cerr << host_->transcript();
+}
+
+HostProcess& SystemTest::host() { return host_ == nullptr ? startHost() : *host_; }
+
+HostProcess& SystemTest::startHost(HostOptions options) {
+  const auto namesFolder = [](const std::string& argument) {
+    return argument.starts_with(kFolderOption);
+  };
+  if (std::ranges::none_of(options.arguments, namesFolder) && !namesFolder(options.programName))
+    options.arguments.push_back(std::string(kFolderOption) + apps.path());
+  host_ = std::make_unique<HostProcess>(options);
+  return *host_;
+}
+
+App SystemTest::launch(const std::string& line) {
+  host().line(line);
+  const std::string text = "running app: " + apps.path() + "/" + line.substr(0, line.find(' '));
+  const LogRecord record = host().waitForLog(text, [&](const LogRecord& candidate) {
+    return candidate.text == text && !known_.contains(candidate.pid);
+  });
+  known_.insert(record.pid);
+  return {host(), record.pid};
+}
+
+App SystemTest::run(std::string_view script, const std::vector<std::string>& accesses) {
+  const std::string name = "app" + std::to_string(++runs_);
+  apps.app(name, accesses, prelude() + std::string(script));
+  return launch(name);
+}
+
+// On one line with the script's beginning, so that its lines keep their numbers.
+std::string SystemTest::prelude() const {
+  return "const HOST = '127.0.0.1', PORT = " + std::to_string(server.port()) +
+         "; function caught(f) { try { f(); return 'nothing'; }"
+         " catch (e) { return typeof e + ': ' + String(e); } } ";
+}
+
+void SystemTest::expectLogged(const std::vector<Row>& rows,
+                              const std::vector<std::string>& accesses) {
+  std::string script;
+  for (const Row& row : rows) script += "\nlog(" + row.expression + ");";
+  App app = run(script, accesses);
+  for (const Row& row : rows) EXPECT_EQ(app.logged(), row.logged) << row.expression;
+}
+
+void DeviceTest::connect(std::string_view script, const std::vector<std::string>& accesses) {
+  app = run("morvik.connect(HOST, PORT); " + std::string(script), accesses);
+  device = server.accept();
+}
+
+void DeviceTest::interactive(std::string_view script, const std::vector<std::string>& accesses) {
+  connect("morvik.start(function() { " + std::string(script) + " }, {});", accesses);
+  const zeph::ZephMsg start = device.receive();
+  interactiveId = start.interactivemode().interactiveid();
+  device.grant(start);
+}
+
+zeph::ZephMsg DeviceTest::receiveAndReply(std::string_view code) {
+  const zeph::ZephMsg request = device.receive();
+  device.reply(request, code);
+  return request;
+}
+
+}  // namespace morvik
