@@ -14,8 +14,8 @@
 
 namespace morvik::devkit {
 
-// What an application leaves unread is kept for it up to this many bytes; then it is not reading.
-inline constexpr std::size_t kMaxUnsent = std::size_t{64} * 1024 * 1024;
+// What waits for an application that is busy, in bytes. One that leaves more unread is closed.
+inline constexpr std::size_t kMaxUnsent = std::size_t{8} * 1024 * 1024;
 
 // Reads and writes on the thread-default main context, without blocking. A connection that has
 // ended stays silent, and is released when its last read and write have returned.

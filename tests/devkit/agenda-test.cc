@@ -1,0 +1,52 @@
+// Things to come, on a real loop.
+#include "device/agenda.h"
+
+#include <gmock/gmock.h>
+
+#include "loop.h"
+
+namespace morvik::devkit::testing {
+namespace {
+
+using std::chrono::milliseconds;
+
+TEST(Agenda, doesThingsOnceInTheOrderOfTheirTimes) {
+  Loop loop;
+  Agenda agenda;
+  std::vector<std::string> done;
+  agenda.after(milliseconds(30), [&] { done.emplace_back("late"); });
+  agenda.after(milliseconds(0), [&] { done.emplace_back("soon"); });
+  EXPECT_TRUE(done.empty());
+  EXPECT_TRUE(loop.runUntil([&] { return done.size() == 2; }));
+  EXPECT_THAT(done, ::testing::ElementsAre("soon", "late"));
+}
+
+TEST(Agenda, doesNothingAfterItsEnd) {
+  Loop loop;
+  bool done = false;
+  const auto guarded = std::make_shared<int>(0);
+  {
+    Agenda agenda;
+    agenda.after(milliseconds(0), [&done, guarded] { done = true; });
+    EXPECT_EQ(guarded.use_count(), 2);
+  }
+  EXPECT_EQ(guarded.use_count(), 1);
+  loop.runReady();
+  EXPECT_FALSE(done);
+}
+
+TEST(Agenda, mayPlanAgainAndEndFromWithin) {
+  Loop loop;
+  auto agenda = std::make_unique<Agenda>();
+  bool done = false;
+  agenda->after(milliseconds(0), [&] {
+    agenda->after(milliseconds(0), [&] {
+      agenda.reset();
+      done = true;
+    });
+  });
+  EXPECT_TRUE(loop.runUntil([&] { return done; }));
+}
+
+}  // namespace
+}  // namespace morvik::devkit::testing

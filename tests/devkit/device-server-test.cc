@@ -1,0 +1,258 @@
+// The device behind its socket: real connections on the loopback interface.
+#include "device/device-server.h"
+
+#include <dlfcn.h>
+#include <gmock/gmock.h>
+#include <sys/socket.h>
+
+#include "app-client.h"
+
+namespace {
+
+std::vector<std::string>* recordedSends = nullptr;
+
+}  // namespace
+
+// Stands in front of the C library's, so that a test sees which bytes leave in one call.
+extern "C" ssize_t send(int fd, const void* bytes, size_t count, int flags) {
+  using Send = ssize_t (*)(int, const void*, size_t, int);
+  static const auto real = reinterpret_cast<Send>(dlsym(RTLD_NEXT, "send"));
+  if (recordedSends != nullptr) recordedSends->emplace_back(static_cast<const char*>(bytes), count);
+  return real(fd, bytes, count, flags);
+}
+
+namespace morvik::devkit::testing {
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using namespace std::string_literals;
+
+// Everything that the watcher is told, as short texts.
+class Diary : public DeviceWatcher {
+ public:
+  void came(AppNumber application) override { note(application, "came"); }
+  void received(AppNumber application, const zeph::ZephMsg& message) override {
+    note(application, "received " + message.id());
+  }
+  void sent(AppNumber application, const zeph::ZephMsg& message) override {
+    note(application, "sent " + message.correlationid());
+  }
+  void trouble(AppNumber application, const std::string& what) override {
+    note(application, "trouble: " + what);
+  }
+  void left(AppNumber application) override { note(application, "left"); }
+
+  bool has(const std::string& entry) const {
+    return std::find(entries.begin(), entries.end(), entry) != entries.end();
+  }
+
+  std::vector<std::string> entries;
+
+ private:
+  void note(AppNumber application, const std::string& what) {
+    entries.push_back(std::to_string(application) + ' ' + what);
+  }
+};
+
+class DeviceServerTest : public ::testing::Test {
+ protected:
+  DeviceServerTest() : server_(std::make_unique<DeviceServer>(diary_)) {
+    EXPECT_EQ(server_->listen(0, text_), std::nullopt) << text_;
+  }
+
+  // A new application, with interactive mode under the given id.
+  std::unique_ptr<AppClient> interactive(const std::string& id) {
+    auto client = connect();
+    EXPECT_EQ(client->ask(startRequest(id)).response().code(), zeph::OK);
+    return client;
+  }
+
+  std::unique_ptr<AppClient> connect() {
+    return std::make_unique<AppClient>(loop_, server_->port());
+  }
+
+  bool happens(const std::string& entry) {
+    return loop_.runUntil([&] { return diary_.has(entry); });
+  }
+
+  // The application is shown the door with the given words, and another one is still served.
+  void expectClosedAlone(AppClient& bad, AppClient& good, const std::string& words) {
+    EXPECT_TRUE(bad.sawEnd());
+    EXPECT_THAT(diary_.entries, Contains(HasSubstr("trouble: " + words)));
+    EXPECT_EQ(good.ask(pingRequest("good")).response().code(), zeph::OK);
+  }
+
+  Loop loop_;
+  Diary diary_;
+  std::string text_;
+  std::unique_ptr<DeviceServer> server_;
+};
+
+TEST_F(DeviceServerTest, takesAFreePort) { EXPECT_NE(server_->port(), 0); }
+
+TEST_F(DeviceServerTest, saysThatAPortIsBusy) {
+  DeviceServer second(diary_);
+  EXPECT_EQ(second.listen(server_->port(), text_), DeviceServer::Failure::kPortBusy);
+  EXPECT_FALSE(text_.empty());
+}
+
+TEST_F(DeviceServerTest, aPortIsFreeAgainAfterTheServerEnds) {
+  const auto client = interactive("x");
+  const std::uint16_t port = server_->port();
+  server_.reset();
+  loop_.runReady();
+  DeviceServer second(diary_);
+  EXPECT_EQ(second.listen(port, text_), std::nullopt) << text_;
+}
+
+TEST_F(DeviceServerTest, servesAConversation) {
+  const auto client = interactive("mine");
+  EXPECT_EQ(client->ask(pingRequest("mine")).response().code(), zeph::OK);
+  EXPECT_GT(client->ask(infoRequest("mine")).morvikinfo_response().infos_size(), 2);
+  EXPECT_EQ(client->ask(fadeRequest("mine", "blue", 5)).response().code(), zeph::OK);
+  EXPECT_EQ(client->receive().event().code(), zeph::TERMINATED);
+  EXPECT_EQ(server_->device().state().led.color, "blue");
+  EXPECT_EQ(client->ask(stopRequest("mine")).interactivemode().action(),
+            zeph::InteractiveMode::STOP);
+}
+
+TEST_F(DeviceServerTest, tellsTheWatcherInTheOrderOfEvents) {
+  auto client = connect();
+  zeph::ZephMsg request = startRequest("mine");
+  request.set_id("first");
+  client->ask(request);
+  client->disconnect();
+  EXPECT_TRUE(happens("1 left"));
+  EXPECT_THAT(diary_.entries, ElementsAre("1 came", "1 received first", "1 sent first", "1 left"));
+}
+
+TEST_F(DeviceServerTest, everyMessageHasAnIdOfItsOwn) {
+  const auto client = interactive("mine");
+  const std::string first = client->ask(pingRequest("mine")).id();
+  const std::string second = client->ask(pingRequest("mine")).id();
+  EXPECT_TRUE(g_uuid_string_is_valid(first.c_str()));
+  EXPECT_NE(first, second);
+}
+
+TEST_F(DeviceServerTest, servesManyApplicationsWithOneGrantEach) {
+  std::vector<std::unique_ptr<AppClient>> clients;
+  for (int i = 0; i < 50; ++i) clients.push_back(interactive("id " + std::to_string(i)));
+  for (std::size_t i = 0; i < clients.size(); ++i) {
+    const std::string own = "id " + std::to_string(i);
+    const std::string other = "id " + std::to_string((i + 1) % clients.size());
+    EXPECT_EQ(clients[i]->ask(pingRequest(own)).response().code(), zeph::OK);
+    EXPECT_EQ(clients[i]->ask(pingRequest(other)).response().code(), zeph::BAD_INTERACTIVEID);
+  }
+}
+
+TEST_F(DeviceServerTest, readsFramesInPiecesAndTogether) {
+  const auto client = interactive("mine");
+  const zeph::ZephMsg first = pingRequest("mine");
+  const zeph::ZephMsg second = pingRequest("mine");
+  const std::string bytes =
+      frameOf(first.SerializeAsString()) + frameOf(second.SerializeAsString());
+  client->sendBytes(bytes.substr(0, 2));
+  loop_.runReady();
+  client->sendBytes(bytes.substr(2, 5));
+  loop_.runReady();
+  client->sendBytes(bytes.substr(7));
+  EXPECT_EQ(client->receive().correlationid(), first.id());
+  EXPECT_EQ(client->receive().correlationid(), second.id());
+}
+
+TEST_F(DeviceServerTest, aFrameLeavesInOneWrite) {
+  const auto client = interactive("mine");
+  const std::string request = frameOf(pingRequest("mine").SerializeAsString());
+  std::vector<std::string> sends;
+  recordedSends = &sends;
+  client->sendBytes(request);
+  const zeph::ZephMsg answer = client->receive();
+  recordedSends = nullptr;
+  EXPECT_THAT(sends, ElementsAre(request, frameOf(answer.SerializeAsString())));
+}
+
+TEST_F(DeviceServerTest, closesAConnectionOverAFrameThatIsNoMessage) {
+  const auto good = interactive("good");
+  const auto bad = connect();
+  bad->sendBytes(frameOf("\xff\xff\xff"));
+  expectClosedAlone(*bad, *good, "sent a frame of 3 bytes that is not a message");
+}
+
+TEST_F(DeviceServerTest, closesAConnectionOverAMessageWithoutItsRequiredFields) {
+  const auto good = interactive("good");
+  const auto empty = connect();
+  empty->sendBytes(frameOf(""));
+  expectClosedAlone(*empty, *good, "sent a message without id");
+  const auto partial = connect();
+  zeph::ZephMsg message = freshMessage();
+  message.mutable_led()->mutable_fade()->set_period(1);
+  partial->sendBytes(frameOf(message.SerializePartialAsString()));
+  expectClosedAlone(*partial, *good, "sent a message without led.fade.color");
+}
+
+TEST_F(DeviceServerTest, closesAConnectionOverAnAbsurdLength) {
+  const auto good = interactive("good");
+  const auto bad = connect();
+  bad->sendBytes("\xff\xff\xff\xff and more");
+  expectClosedAlone(*bad, *good, "announced a frame of 4294967295 bytes, more than 67108864");
+}
+
+TEST_F(DeviceServerTest, handlesNothingThatFollowsABadFrame) {
+  const auto good = interactive("good");
+  const auto bad = connect();
+  zeph::ZephMsg request = startRequest("x");
+  request.set_id("too late");
+  bad->sendBytes(frameOf("\xff") + frameOf(request.SerializeAsString()));
+  EXPECT_TRUE(bad->sawEnd());
+  EXPECT_FALSE(diary_.has("2 received too late"));
+}
+
+TEST_F(DeviceServerTest, tellsOfAnEndInsideAFrame) {
+  auto client = connect();
+  client->sendBytes("\0\0\0\5ab"s);
+  client->disconnect();
+  EXPECT_TRUE(happens("1 trouble: the connection ended inside a frame"));
+  EXPECT_TRUE(happens("1 left"));
+}
+
+TEST_F(DeviceServerTest, anEventForAnApplicationThatLeftIsDropped) {
+  const auto stays = interactive("stays");
+  auto leaves = interactive("leaves");
+  zeph::ZephMsg fade = fadeRequest("leaves", "blue", 20);
+  leaves->ask(fade);
+  leaves->disconnect();
+  EXPECT_TRUE(happens("2 left"));
+  stays->ask(fadeRequest("stays", "blue", 40));
+  EXPECT_EQ(stays->receive().event().code(), zeph::TERMINATED);
+  EXPECT_EQ(std::count(diary_.entries.begin(), diary_.entries.end(), "2 sent " + fade.id()), 1);
+}
+
+TEST_F(DeviceServerTest, anApplicationThatDoesNotReadBlocksNobodyAndIsClosed) {
+  const auto good = interactive("good");
+  const auto silent = interactive("silent");
+  silent->stopReading();
+  const std::string ask = frameOf(infoRequest("silent").SerializeAsString());
+  std::string asks;
+  for (int i = 0; i < 500; ++i) asks += ask;
+  const std::string trouble = "2 trouble: does not read what it is sent";
+  for (int i = 0; i < 1000 && !diary_.has(trouble); ++i) {
+    diary_.entries.clear();
+    silent->sendBytes(asks);
+    loop_.runReady();
+    ASSERT_EQ(good->ask(pingRequest("good")).response().code(), zeph::OK);
+  }
+  EXPECT_TRUE(diary_.has(trouble));
+}
+
+TEST_F(DeviceServerTest, anEndOfTheServerEndsItsConnections) {
+  const auto client = interactive("mine");
+  client->ask(fadeRequest("mine", "blue", 20));
+  server_.reset();
+  EXPECT_TRUE(client->sawEnd());
+}
+
+}  // namespace
+}  // namespace morvik::devkit::testing

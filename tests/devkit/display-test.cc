@@ -1,0 +1,120 @@
+// What a reader sees.
+#include "device/display.h"
+
+#include <gmock/gmock.h>
+
+#include "app-client.h"
+#include "device/describe.h"
+
+namespace morvik::devkit::testing {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::MatchesRegex;
+
+zeph::ZephMsg withId(zeph::ZephMsg message, const std::string& id) {
+  message.set_id(id);
+  return message;
+}
+
+TEST(Describe, hasWordsForWhatTheDeviceKnows) {
+  EXPECT_EQ(describe(startRequest("abc")), "interactive mode START abc");
+  EXPECT_EQ(describe(stopRequest("abc")), "interactive mode STOP");
+  EXPECT_EQ(describe(pingRequest("abc")), "ping");
+  EXPECT_EQ(describe(infoRequest("abc")), "info?");
+  EXPECT_EQ(describe(lightRequest("abc", "red")), "led light red");
+  EXPECT_EQ(describe(fadeRequest("abc", "blue", 500)), "led fade blue 500 ms");
+  EXPECT_EQ(describe(pulseRequest("abc", "green", 200, 3)), "led pulse green 200 ms x 3");
+}
+
+TEST(Describe, hasWordsForAnswers) {
+  zeph::ZephMsg response;
+  response.mutable_response()->set_code(zeph::ERROR);
+  response.mutable_response()->set_description("why not");
+  EXPECT_EQ(describe(response), "response ERROR \"why not\"");
+  zeph::ZephMsg event;
+  event.mutable_event()->set_code(zeph::TERMINATED);
+  EXPECT_EQ(describe(event), "event TERMINATED");
+  zeph::ZephMsg info;
+  auto* entry = info.mutable_morvikinfo_response()->add_infos();
+  entry->set_key("name");
+  entry->set_value("me");
+  EXPECT_EQ(describe(info), "info name=\"me\"");
+}
+
+TEST(Describe, showsEverythingElseFieldByField) {
+  zeph::ZephMsg ears = freshMessage();
+  ears.set_interactiveid("abc");
+  ears.mutable_ears()->set_left(5);
+  EXPECT_EQ(describe(ears), "ears { left: 5 }");
+  EXPECT_EQ(describe(freshMessage()), "a message that asks for nothing");
+}
+
+TEST(Describe, cutsWhatIsTooLongToRead) {
+  const std::string words = describe(lightRequest("abc", std::string(5000, 'x')));
+  EXPECT_EQ(words.size(), 204U);
+  EXPECT_THAT(words, EndsWith("xxx ..."));
+}
+
+TEST(Printable, keepsReadableTextsAndReplacesWhatATerminalWouldObey) {
+  EXPECT_EQ(printable("r\xc3\xa9"
+                      "d"),
+            "r\xc3\xa9"
+            "d");
+  EXPECT_EQ(printable("a\nb\x1b[31m\tc"), "a?b?[31m?c");
+  EXPECT_EQ(printable(std::string("a\0b", 3)),
+            "a\xef\xbf\xbd"
+            "b");
+  EXPECT_EQ(printable("a\xff"
+                      "b"),
+            "a\xef\xbf\xbd"
+            "b");
+  EXPECT_EQ(printable(""), "");
+}
+
+class DisplayTest : public ::testing::Test {
+ protected:
+  std::vector<std::string> lines_;
+  Display display_{[this](const std::string& line) { lines_.push_back(line); },
+                   Display::Colors::kOff};
+};
+
+TEST_F(DisplayTest, aLineTellsTimeApplicationAndDirection) {
+  display_.came(1);
+  display_.received(1, withId(lightRequest("abc", "red"), "12345678"));
+  display_.trouble(1, "oh\nno");
+  display_.left(1);
+  const std::string start = "[0-9][0-9]:[0-9][0-9]:[0-9][0-9]\\.[0-9][0-9][0-9] app 1 ";
+  EXPECT_THAT(lines_,
+              ElementsAre(MatchesRegex(start + "--  connected"),
+                          MatchesRegex(start + "->  led light red  #1234"),
+                          MatchesRegex(start + "!!  oh\\?no"), MatchesRegex(start + "--  gone")));
+}
+
+TEST_F(DisplayTest, anAnswerCarriesTheMarkOfItsRequest) {
+  zeph::ZephMsg answer = withId(zeph::ZephMsg(), "own id");
+  answer.set_correlationid("12345678");
+  answer.mutable_response()->set_code(zeph::OK);
+  display_.sent(2, answer);
+  EXPECT_THAT(lines_, ElementsAre(EndsWith(" app 2 <-  response OK  #1234")));
+}
+
+TEST_F(DisplayTest, aNoticeCarriesNoMark) {
+  zeph::ZephMsg notice = withId(zeph::ZephMsg(), "own id");
+  notice.mutable_interactivemode()->set_action(zeph::InteractiveMode::STOP);
+  display_.sent(2, notice);
+  EXPECT_THAT(lines_, ElementsAre(EndsWith(" app 2 <-  interactive mode STOP")));
+}
+
+TEST_F(DisplayTest, showsColoursOnlyWhenTheyAreOn) {
+  display_.came(1);
+  Display colored([this](const std::string& line) { lines_.push_back(line); },
+                  Display::Colors::kOn);
+  colored.came(1);
+  EXPECT_THAT(lines_, ElementsAre(Not(HasSubstr("\033")), HasSubstr("\033[")));
+}
+
+}  // namespace
+}  // namespace morvik::devkit::testing
