@@ -1,6 +1,7 @@
 // The wire schema, field by field: numbers, labels, types, defaults and enum values as the device
 // server and the scripts know them.
 #include <google/protobuf/descriptor.h>
+#include <google/protobuf/descriptor.pb.h>
 #include <gtest/gtest.h>
 #include <zeph-message.pb.h>
 

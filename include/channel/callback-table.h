@@ -1,0 +1,45 @@
+// Awaited replies: which function hears the answer to which request.
+#pragma once
+
+#include <zeph-message.pb.h>
+
+#include <ctime>
+#include <memory>
+#include <string>
+
+#include "channel/zeph-msg-listener.h"
+
+namespace morvik {
+
+/// A reply function: hears every message that answers its request. `data` is the entry's. The
+/// message lives only for the call.
+using ReplyFunction = void (*)(void* data, const zeph::ZephMsg& message);
+
+/// One awaited reply. Stays in the table after a reply, because a request may be answered several
+/// times, until it is older than kMaxEntryAge when another one is registered.
+struct CallbackEntry {
+  ReplyFunction function = nullptr;
+  std::shared_ptr<void> data;  ///< for `function`; released with the entry
+  std::time_t time = 0;        ///< whole seconds, set by registerCallback
+};
+
+/// Age in seconds that an entry may reach.
+inline constexpr std::time_t kMaxEntryAge = 36000;
+
+/// Takes old entries out of the table, then adds this one under a request's id.
+void registerCallback(const std::string& id, std::shared_ptr<CallbackEntry> entry);
+
+/// The entry that awaits a reply with this message's correlationId, or null. Changes nothing.
+std::shared_ptr<CallbackEntry> findCallback(const zeph::ZephMsg& message);
+
+/// Runs the entry's reply function on the message.
+void callCallback(const std::shared_ptr<CallbackEntry>& entry, const zeph::ZephMsg& message);
+
+/// Registers the entry under the message's id, and then sends the message (see sendZephMsg).
+void sendZephMsgCallback(int socket, const zeph::ZephMsg& message,
+                         std::shared_ptr<CallbackEntry> entry);
+
+/// Releases the whole table, while the script engine still stands.
+void releaseCallbacks();
+
+}  // namespace morvik

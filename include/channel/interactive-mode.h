@@ -1,0 +1,55 @@
+// Interactive mode: the server's leave to use the device.
+#pragma once
+
+#include <glib.h>
+#include <v8.h>
+#include <zeph-message.pb.h>
+
+#include <optional>
+#include <string>
+
+#include "channel/zeph-msg-listener.h"
+#include "host/script.h"
+
+namespace morvik {
+
+class MorvikData;
+
+/// What is left to an application after the server has stopped interactive mode.
+inline constexpr int kStopAutokillMs = 300000;
+
+/// One morvik.start that waits for its answer.
+class InteractiveData {
+ public:
+  InteractiveData(std::string askedId, MorvikData& instance, ScriptFunction function)
+      : id(std::move(askedId)), data(&instance), callback(std::move(function)) {}
+  ~InteractiveData();
+  InteractiveData(const InteractiveData&) = delete;
+  InteractiveData& operator=(const InteractiveData&) = delete;
+
+  std::string id;                 ///< the interactive id that was asked for
+  MorvikData* data;               ///< not owned
+  ScriptFunction callback;        ///< called when the mode is granted
+  v8::Global<v8::Object> object;  ///< what to hand to it, or empty
+  bool answered = false;          ///< whether the end of this record is worth a line in the log
+};
+
+/// What the table of awaited replies keeps for a morvik.start: empty once the answer has come.
+struct PendingStart {
+  std::unique_ptr<InteractiveData> record;
+};
+
+/// The reply function of a start request; `data` is a PendingStart. OK grants the mode and calls
+/// the script; any other code ends the process with status 1. Hears one answer only.
+void InteractiveCallback(void* data, const zeph::ZephMsg& message);
+
+/// A stop notice has come: arms the timer that ends the process. Nothing disarms it.
+void interactiveModeStopped();
+
+/// That timer: ends the process with status 0.
+gboolean stopAutokillCallback(gpointer unused);
+
+/// Sets an interactive id without asking the server. Bound to no script name.
+void SetInteractive(const Args& args);
+
+}  // namespace morvik

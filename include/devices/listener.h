@@ -1,0 +1,46 @@
+// The listener pattern: how a feature's events reach script functions.
+#pragma once
+
+#include <zeph-message.pb.h>
+
+#include <memory>
+#include <utility>
+
+#include "channel/zeph-msg-listener.h"
+#include "host/script.h"
+
+namespace morvik {
+
+/// A listener on one feature's events, around a script function. Derived classes tell which
+/// messages are theirs and what the function is called with.
+class ScriptListener : public ZephMsgListener {
+ public:
+  explicit ScriptListener(v8::Local<v8::Function> scriptFunction) : function(scriptFunction) {}
+
+  /// True for a message that is none of this feature's; else whether the function returned exactly
+  /// true. So a listener stays only while it says so, which is how a script gets rid of it.
+  bool onMessage(const zeph::ZephMsg& message) final;
+
+ protected:
+  /// Whether the message carries the feature's event.
+  [[nodiscard]] virtual bool hears(const zeph::ZephMsg& message) const = 0;
+  /// Calls `function` with what the event tells, and returns what it answered.
+  virtual bool tell(const zeph::ZephMsg& message) = 0;
+
+  ScriptFunction function;
+};
+
+/// Appends a listener to the running application's.
+void appendListener(v8::Isolate* isolate, std::unique_ptr<ZephMsgListener> listener);
+
+/// The script function `addListener` of a feature: exactly one argument, a function ("Wrong
+/// arguments"). A listener can be added outside interactive mode as well.
+template <typename Listener>
+void addListener(const Args& args) {
+  if (args.Length() != 1 || !args[0]->IsFunction()) {
+    return throwText(args.GetIsolate(), "Wrong arguments");
+  }
+  appendListener(args.GetIsolate(), std::make_unique<Listener>(args[0].As<v8::Function>()));
+}
+
+}  // namespace morvik

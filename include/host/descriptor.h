@@ -1,0 +1,41 @@
+// What an application may use: the access names in its descriptor.xml.
+#pragma once
+
+#include <v8.h>
+
+#include <memory>
+
+#include "host/owned.h"
+
+namespace morvik {
+
+class MorvikData;
+
+/// An application's descriptor.xml. The names stay in the document's nodes.
+struct Descriptor {
+  XmlDocument doc;
+  xmlNode* root = nullptr;  ///< the document's root element, kept and not used
+  XmlQueryResult accesses;  ///< the /descriptor/accesses/access elements; released before doc
+};
+
+/// Reads descriptor.xml from the application's folder. One that is missing or not well-formed ends
+/// the process with status 0.
+std::unique_ptr<Descriptor> loadDescriptor(const MorvikData& instance);
+
+/// Number of access elements.
+int accessCount(const Descriptor& descriptor);
+
+/// The text of the access element at `index`, as it stands in the file. An element without any
+/// content ends the process through a fatal log.
+const char* accessName(const Descriptor& descriptor, int index);
+
+/// True when `name` is listed: an exact comparison, first match ends the walk.
+bool hasAccess(const Descriptor& descriptor, const char* name);
+
+/// A gate for a single function, held ready: sets `target[functionName]` to `callback` with `data`
+/// when `access` is listed, else to a function that ends the process with status 1 when called.
+void bindGated(const Descriptor& descriptor, v8::Local<v8::ObjectTemplate> target,
+               const char* access, const char* functionName, v8::FunctionCallback callback,
+               v8::Local<v8::Value> data);
+
+}  // namespace morvik

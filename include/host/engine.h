@@ -1,0 +1,43 @@
+// The script engine's set-up: flags, platform, limits, random state and the isolate. What the
+// launcher prepares and what a child does for itself both stand here and nowhere else.
+#pragma once
+
+#include <v8.h>
+
+#include <cstddef>
+
+namespace morvik {
+
+/// Limits of one application's engine, in bytes.
+inline constexpr std::size_t kMaxYoungSpace = 2097152;
+inline constexpr std::size_t kMaxOldSpace = 10485760;
+/// Array buffers stand outside the engine's heap; together they get this much.
+inline constexpr std::size_t kMaxArrayBuffers = 10485760;
+
+/// An isolate within the limits, entered for as long as the Engine lives. One per process.
+/// Out of memory, and whatever else the engine cannot go on from, ends the process through a fatal
+/// log that says so.
+class Engine {
+ public:
+  /// Once in a process, before any fork that is to use the engine: starts no thread.
+  static void prepare();
+
+  /// In a child: an isolate with random state of its own. Every exception and promise rejection
+  /// that nobody handles is reported in the log, and nothing on standard output.
+  Engine();
+  ~Engine();
+  Engine(const Engine&) = delete;
+  Engine& operator=(const Engine&) = delete;
+
+  /// Lets the engine do what it has put off (finalisers, idle collections). From the main loop
+  /// only.
+  static void runPendingTasks(v8::Isolate* isolate);
+
+  /// Ends the engine for good; no Engine may live or follow.
+  static void dispose();
+
+ private:
+  v8::Isolate* isolate_;
+};
+
+}  // namespace morvik

@@ -1,0 +1,19 @@
+// Where the log goes: all of it to syslog, some of it to standard error.
+#pragma once
+
+#include <glib.h>
+
+#include "host/launch-options.h"
+
+namespace morvik {
+
+/// Opens syslog and makes `logHandler` GLib's default handler. `options` must outlive the process's
+/// last log call.
+void openLog(LaunchOptions& options);
+
+/// The log handler: every message goes to syslog; one whose level is at most 1 << debug also goes
+/// to standard error as "label: text". `options` is the LaunchOptions. Levels beyond WARNING have
+/// no row of their own: ERROR reaches syslog at debug priority and standard error without a label.
+void logHandler(const gchar* domain, GLogLevelFlags level, const gchar* message, gpointer options);
+
+}  // namespace morvik

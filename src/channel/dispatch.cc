@@ -1,0 +1,34 @@
+// The two roads of a received message: the awaited reply, then the listeners.
+#include "channel/dispatch.h"
+
+#include <glib.h>
+#include <zeph-message.pb.h>
+
+#include "channel/callback-table.h"
+#include "channel/interactive-mode.h"
+#include "host/morvik-data.h"
+
+namespace morvik {
+namespace {
+
+void dispatchReply(const zeph::ZephMsg& message) {
+  if (!message.has_correlationid()) return;
+  if (const auto entry = findCallback(message)) {
+    callCallback(entry, message);
+  } else {
+    g_warning("NO CORRELATION FOUND");
+  }
+}
+
+}  // namespace
+
+void dispatch(MorvikData& instance, const zeph::ZephMsg& message) {
+  dispatchReply(message);
+  if (!message.has_interactivemode()) {
+    instance.onMessage(message);
+  } else if (message.interactivemode().action() == zeph::InteractiveMode::STOP) {
+    interactiveModeStopped();
+  }
+}
+
+}  // namespace morvik

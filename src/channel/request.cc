@@ -1,0 +1,69 @@
+// The request pattern, step by step: arguments, interactive mode, message, reply, sending.
+#include "channel/request.h"
+
+#include "channel/connection.h"
+#include "channel/message.h"
+#include "host/morvik-data.h"
+
+namespace morvik {
+
+Request::Request(const Args& args)
+    : args_(args), reader_(args), instance_(currentInstance(args.GetIsolate())) {}
+
+Request::Request(const Args& args, const char* label, int fixed) : Request(args) {
+  label_ = label;
+  expectArguments(fixed);
+  expectInteractive();
+}
+
+void Request::refuse(const char* text) {
+  refused_ = true;
+  throwText(args_.GetIsolate(), text);
+}
+
+void Request::expect(bool condition) {
+  if (!refused() && !condition) refuse("Wrong arguments");
+}
+
+void Request::expectArguments(int fixed) {
+  const bool withCallback = args_.Length() == fixed + 1 && args_[fixed]->IsFunction();
+  if (withCallback) callback_ = args_[fixed].As<v8::Function>();
+  expect(withCallback || args_.Length() == fixed);
+}
+
+void Request::expectInteractive() {
+  if (!refused() && !instance_.interactiveID) refuse("Must be in interactive mode");
+}
+
+std::string Request::ascii(int index) { return refused() ? std::string() : reader_.ascii(index); }
+
+std::string Request::utf8(int index) { return refused() ? std::string() : reader_.utf8(index); }
+
+std::int32_t Request::int32(int index) { return refused() ? 0 : reader_.int32(index); }
+
+std::uint32_t Request::uint32(int index) { return refused() ? 0 : reader_.uint32(index); }
+
+zeph::ZephMsg& Request::message() {
+  if (!message_) {
+    message_ = newZephMsg(nullptr);
+    message_->set_interactiveid(*instance_.interactiveID);
+  }
+  return *message_;
+}
+
+void Request::send(ReplyFunction reply) {
+  if (callback_.IsEmpty()) {
+    sendZephMsg(instance_.socket, message());
+  } else {
+    sendFor(reply, std::make_shared<EventCallbackData>(label_, callback_));
+  }
+}
+
+void Request::sendFor(ReplyFunction reply, std::shared_ptr<void> data) {
+  auto entry = std::make_shared<CallbackEntry>();
+  entry->function = reply;
+  entry->data = std::move(data);
+  sendZephMsgCallback(instance_.socket, message(), std::move(entry));
+}
+
+}  // namespace morvik

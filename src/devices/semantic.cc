@@ -1,0 +1,65 @@
+// Semantic XML to script objects, by libxml2.
+#include "devices/semantic.h"
+
+#include <glib.h>
+#include <libxml/parser.h>
+
+#include <memory>
+
+#include "host/owned.h"
+#include "host/script.h"
+
+namespace morvik {
+namespace {
+
+struct FreeXmlText {
+  void operator()(xmlChar* text) const { xmlFree(text); }
+};
+using XmlText = std::unique_ptr<xmlChar, FreeXmlText>;
+
+const char* chars(const xmlChar* text) { return reinterpret_cast<const char*>(text); }
+
+void setContent(xmlNode* element, v8::Local<v8::Object> object) {
+  const XmlText content(xmlNodeGetContent(element));
+  if (!content) {
+    g_message("node type: Element, children, content: null\n");
+    return;
+  }
+  g_message("node type: Element, content: %s\n", chars(content.get()));
+  setOwn(object, chars(element->name), toScript(chars(content.get())));
+}
+
+// The name is the log's.
+void print_element_names(xmlNode* first,
+                         v8::Local<v8::Object> object);  // NOLINT(misc-no-recursion)
+
+void setElement(xmlNode* element, v8::Local<v8::Object> object) {
+  g_message("node type: Element, name: %s\n", chars(element->name));
+  if (xmlChildElementCount(element) == 0) return setContent(element, object);
+  const auto inner = v8::Object::New(v8::Isolate::GetCurrent());
+  print_element_names(element->children, inner);
+  setOwn(object, chars(element->name), inner);
+}
+
+void print_element_names(xmlNode* first, v8::Local<v8::Object> object) {
+  g_message("node type: print_element_names");
+  for (xmlNode* node = first; node != nullptr; node = node->next) {
+    if (node->type == XML_ELEMENT_NODE) setElement(node, object);
+  }
+}
+
+}  // namespace
+
+void parseSemantic(const std::string& text, v8::Local<v8::Object> object) {
+  g_message("ASR: parseSemantic: size:%d", static_cast<int>(text.size()));
+  const XmlDocument document(
+      xmlReadMemory(text.data(), static_cast<int>(text.size()), "noname.xml", nullptr, 0));
+  if (!document) {
+    g_message("ASR: parseSemantic: Failed to parse document");
+    return;
+  }
+  g_message("ASR: parseSemantic: succeed parse document");
+  print_element_names(xmlDocGetRootElement(document.get()), object);
+}
+
+}  // namespace morvik

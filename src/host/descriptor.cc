@@ -1,0 +1,75 @@
+// descriptor.xml and the access names that it lists.
+#include "host/descriptor.h"
+
+#include <glib.h>
+#include <libxml/parser.h>
+
+#include <cstdlib>
+#include <cstring>
+
+#include "host/path-filter.h"
+#include "host/script.h"
+
+namespace morvik {
+namespace {
+
+constexpr const char* kAccessElements = "/descriptor/accesses/access";
+
+XmlQueryResult findAccesses(xmlDoc* doc) {
+  const XmlQuery query(xmlXPathNewContext(doc));
+  return XmlQueryResult(
+      xmlXPathEvalExpression(reinterpret_cast<const xmlChar*>(kAccessElements), query.get()));
+}
+
+// Stands in the place of a function that the descriptor does not grant.
+void deniedStub(const Args& args) {
+  const v8::String::Utf8Value access(args.GetIsolate(), args.Data());
+  g_debug("ERROR ACCESS: %s", *access);
+  std::exit(1);
+}
+
+}  // namespace
+
+std::unique_ptr<Descriptor> loadDescriptor(const MorvikData& instance) {
+  const std::string path = appPath(instance, "descriptor.xml", kStartPathSize);
+  g_debug("searching descriptor: %s", path.c_str());
+  g_debug("loading descriptor");
+  auto descriptor = std::make_unique<Descriptor>();
+  descriptor->doc.reset(xmlReadFile(path.c_str(), nullptr, 0));
+  if (!descriptor->doc) std::exit(0);  // no word of our own: to the launcher a normal end
+  descriptor->root = xmlDocGetRootElement(descriptor->doc.get());
+  descriptor->accesses = findAccesses(descriptor->doc.get());
+  return descriptor;
+}
+
+int accessCount(const Descriptor& descriptor) {
+  if (!descriptor.accesses || descriptor.accesses->nodesetval == nullptr) return 0;
+  return descriptor.accesses->nodesetval->nodeNr;
+}
+
+const char* accessName(const Descriptor& descriptor, int index) {
+  const xmlNode* content = descriptor.accesses->nodesetval->nodeTab[index]->children;
+  if (content == nullptr) g_error("descriptor.xml: access element %d is empty", index + 1);
+  // An element in the place of the text has no text of its own and grants nothing.
+  if (content->content == nullptr) return "";
+  return reinterpret_cast<const char*>(content->content);
+}
+
+bool hasAccess(const Descriptor& descriptor, const char* name) {
+  for (int i = 0; i < accessCount(descriptor); ++i) {
+    if (std::strcmp(accessName(descriptor, i), name) == 0) return true;
+  }
+  return false;
+}
+
+void bindGated(const Descriptor& descriptor, v8::Local<v8::ObjectTemplate> target,
+               const char* access, const char* functionName, v8::FunctionCallback callback,
+               v8::Local<v8::Value> data) {
+  v8::Isolate* isolate = v8::Isolate::GetCurrent();
+  const auto function = hasAccess(descriptor, access)
+                            ? v8::FunctionTemplate::New(isolate, callback, data)
+                            : v8::FunctionTemplate::New(isolate, deniedStub, toScript(access));
+  target->Set(isolate, functionName, function);
+}
+
+}  // namespace morvik

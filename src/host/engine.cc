@@ -1,0 +1,126 @@
+// The script engine's set-up. Built without run-time type information, see CMakeLists.txt.
+#include "host/engine.h"
+
+#include <glib.h>
+#include <libplatform/libplatform.h>
+#include <sys/random.h>
+
+#include <cstdlib>
+
+#include "host/script.h"
+
+namespace morvik {
+namespace {
+
+// No thread, less memory, and no WebAssembly, whose memories would stand outside the limits.
+constexpr const char* kFlags = "--single-threaded --optimize-for-size --no-expose-wasm";
+
+constexpr int kStackFrames = 10;
+
+// Gives array buffers zeroed memory up to a limit in all; beyond it the script gets a RangeError.
+class LimitedAllocator final : public v8::ArrayBuffer::Allocator {
+ public:
+  void* Allocate(std::size_t length) override {
+    if (length > kMaxArrayBuffers - taken_) return nullptr;
+    void* memory = std::calloc(length > 0 ? length : 1, 1);
+    if (memory != nullptr) taken_ += length;
+    return memory;
+  }
+  void* AllocateUninitialized(std::size_t length) override { return Allocate(length); }
+  void Free(void* memory, std::size_t length) override {
+    taken_ -= length;
+    std::free(memory);
+  }
+
+ private:
+  std::size_t taken_ = 0;
+};
+
+// What the launcher prepares and every child inherits.
+struct Prepared {
+  v8::Platform* platform;
+  v8::ResourceConstraints constraints;
+};
+
+Prepared& preparedKeptForLife() {
+  static auto& prepared = *new Prepared{};
+  return prepared;
+}
+
+LimitedAllocator& allocatorKeptForLife() {
+  static auto& allocator = *new LimitedAllocator;
+  return allocator;
+}
+
+// Comes right before the engine would give up on its own, with a report on standard output that
+// nobody asked for.
+std::size_t heapLimitReached(void* /*data*/, std::size_t limit, std::size_t /*initial*/) {
+  g_error("script engine out of memory: the application's heap has reached its limit of %zu bytes",
+          limit);
+}
+
+// The engine gives no text of its own where it fails before it has an isolate.
+const char* orUnknown(const char* text) { return text != nullptr ? text : "unknown place"; }
+
+void outOfMemory(const char* location, bool /*isHeapLimit*/) {
+  g_error("script engine out of memory: %s", orUnknown(location));
+}
+
+void fatalError(const char* location, const char* message) {
+  g_error("script engine failed: %s: %s", orUnknown(location), orUnknown(message));
+}
+
+bool drawEntropy(unsigned char* buffer, std::size_t length) {
+  return getentropy(buffer, length) == 0;
+}
+
+v8::Isolate* newIsolate() {
+  v8::Isolate::CreateParams params;
+  params.constraints = preparedKeptForLife().constraints;
+  params.array_buffer_allocator = &allocatorKeptForLife();
+  return v8::Isolate::New(params);
+}
+
+void watchOver(v8::Isolate* isolate) {
+  isolate->AddNearHeapLimitCallback(heapLimitReached, nullptr);
+  isolate->SetOOMErrorHandler(outOfMemory);
+  isolate->SetFatalErrorHandler(fatalError);
+  isolate->AddMessageListener(onEngineMessage);
+  isolate->SetPromiseRejectCallback(onPromiseReject);
+  isolate->SetCaptureStackTraceForUncaughtExceptions(true, kStackFrames, v8::StackTrace::kOverview);
+}
+
+}  // namespace
+
+void Engine::prepare() {
+  v8::V8::SetFlagsFromString(kFlags);
+  v8::V8::SetEntropySource(drawEntropy);  // fresh for every isolate, also after a fork
+  Prepared& prepared = preparedKeptForLife();
+  prepared.platform = v8::platform::NewSingleThreadedDefaultPlatform().release();
+  v8::V8::InitializePlatform(prepared.platform);
+  v8::V8::Initialize();
+  prepared.constraints.set_max_young_generation_size_in_bytes(kMaxYoungSpace);
+  prepared.constraints.set_max_old_generation_size_in_bytes(kMaxOldSpace);
+}
+
+Engine::Engine() : isolate_(newIsolate()) {
+  isolate_->Enter();
+  watchOver(isolate_);
+}
+
+Engine::~Engine() {
+  isolate_->Exit();
+  isolate_->Dispose();
+}
+
+void Engine::runPendingTasks(v8::Isolate* isolate) {
+  while (v8::platform::PumpMessageLoop(preparedKeptForLife().platform, isolate)) {
+  }
+}
+
+void Engine::dispose() {
+  v8::V8::Dispose();
+  v8::V8::DisposePlatform();
+}
+
+}  // namespace morvik

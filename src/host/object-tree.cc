@@ -1,0 +1,35 @@
+// The one explicit list of what a script can be granted.
+#include "host/object-tree.h"
+
+#include "devices/devices.h"
+#include "host/script.h"
+
+namespace morvik {
+namespace {
+
+struct GatedObject {
+  const char* access;  // also the object's name
+  std::span<const Binding> (*functions)();
+};
+
+// In the order in which the descriptor is asked.
+constexpr GatedObject kDevices[] = {
+    {"led", ledFunctions},
+};
+
+void addIfGranted(v8::Local<v8::ObjectTemplate> parent, const Descriptor& descriptor,
+                  const GatedObject& object) {
+  if (!hasAccess(descriptor, object.access)) return;
+  const auto target = v8::ObjectTemplate::New(v8::Isolate::GetCurrent());
+  bind(target, object.functions());
+  parent->Set(v8::Isolate::GetCurrent(), object.access, target);
+}
+
+}  // namespace
+
+void buildDeviceTree(v8::Local<v8::ObjectTemplate> /*global*/, v8::Local<v8::ObjectTemplate> morvik,
+                     const Descriptor& descriptor) {
+  for (const GatedObject& device : kDevices) addIfGranted(morvik, descriptor, device);
+}
+
+}  // namespace morvik

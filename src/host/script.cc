@@ -1,0 +1,232 @@
+// Values, refusals, kept functions and the one road from the main loop into script.
+#include "host/script.h"
+
+#include <glib.h>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "host/engine.h"
+
+namespace morvik {
+namespace {
+
+// A promise that was rejected while nobody handled it.
+struct Rejection {
+  v8::Global<v8::Promise> promise;
+  v8::Global<v8::Message> message;
+};
+
+std::vector<Rejection>& rejectionsKeptForLife() {
+  static auto& rejections = *new std::vector<Rejection>;
+  return rejections;
+}
+
+int runningScripts = 0;
+// True while the engine runs script of its own accord, outside every TryCatch of ours.
+bool runsPendingTasks = false;
+
+std::string textOrApology(v8::Isolate* isolate, v8::Local<v8::Value> value) {
+  const v8::String::Utf8Value text(isolate, value);
+  return *text != nullptr ? *text : "<string conversion failed>";
+}
+
+// Marks the columns of the failing expression below the source line.
+std::string underline(v8::Local<v8::Context> context, v8::Local<v8::Message> message) {
+  const int start = std::max(message->GetStartColumn(context).FromMaybe(0), 0);
+  const int end = std::max(message->GetEndColumn(context).FromMaybe(start), start);
+  return std::string(static_cast<std::size_t>(start), ' ') +
+         std::string(static_cast<std::size_t>(end - start), '^');
+}
+
+void warnUnlessEmpty(v8::Isolate* isolate, v8::MaybeLocal<v8::Value> stack) {
+  v8::Local<v8::Value> value;
+  if (!stack.ToLocal(&value) || value->IsUndefined()) return;
+  const std::string text = textOrApology(isolate, value);
+  if (!text.empty()) g_warning("%s", text.c_str());
+}
+
+void report(v8::Isolate* isolate, v8::Local<v8::Value> exception, v8::Local<v8::Message> message,
+            v8::MaybeLocal<v8::Value> stack) {
+  const v8::Local<v8::Context> context = isolate->GetCurrentContext();
+  const std::string text = textOrApology(isolate, exception);
+  if (message.IsEmpty()) g_error("%s\n", text.c_str());
+  const std::string resource = textOrApology(isolate, message->GetScriptOrigin().ResourceName());
+  g_warning("%s:%i: %s", resource.c_str(), message->GetLineNumber(context).FromMaybe(0),
+            text.c_str());
+  v8::Local<v8::String> line;
+  if (!message->GetSourceLine(context).ToLocal(&line)) line = v8::String::Empty(isolate);
+  g_warning("%s", textOrApology(isolate, line).c_str());
+  g_warning("%s", underline(context, message).c_str());
+  warnUnlessEmpty(isolate, stack);
+}
+
+void reportRejection(v8::Isolate* isolate, const Rejection& rejection) {
+  const v8::Local<v8::Promise> promise = rejection.promise.Get(isolate);
+  const v8::Context::Scope entered(promise->GetCreationContext().ToLocalChecked());
+  const v8::Local<v8::Value> reason = promise->Result();
+  report(isolate, reason, rejection.message.Get(isolate),
+         v8::TryCatch::StackTrace(isolate->GetCurrentContext(), reason));
+}
+
+// Reporting turns values into text, which may run script and reject more promises: those wait for
+// the next run, so that no script can keep this busy for ever.
+void reportRejections(v8::Isolate* isolate) {
+  const std::vector<Rejection> batch = std::exchange(rejectionsKeptForLife(), {});
+  for (const Rejection& rejection : batch) reportRejection(isolate, rejection);
+}
+
+void runPendingTasks(v8::Isolate* isolate) {
+  runsPendingTasks = true;
+  Engine::runPendingTasks(isolate);
+  runsPendingTasks = false;
+}
+
+}  // namespace
+
+void bind(v8::Local<v8::ObjectTemplate> target, std::span<const Binding> functions) {
+  v8::Isolate* isolate = v8::Isolate::GetCurrent();
+  for (const Binding& binding : functions) {
+    target->Set(isolate, binding.name, v8::FunctionTemplate::New(isolate, binding.function));
+  }
+}
+
+v8::Local<v8::String> toScript(std::string_view utf8) {
+  return v8::String::NewFromUtf8(v8::Isolate::GetCurrent(), utf8.data(), v8::NewStringType::kNormal,
+                                 static_cast<int>(utf8.size()))
+      .ToLocalChecked();
+}
+
+void setOwn(v8::Local<v8::Object> object, std::string_view name, v8::Local<v8::Value> value) {
+  const v8::Local<v8::Context> context = v8::Isolate::GetCurrent()->GetCurrentContext();
+  object->CreateDataProperty(context, toScript(name), value).Check();
+}
+
+void throwText(v8::Isolate* isolate, std::string_view text) {
+  isolate->ThrowException(toScript(text));
+}
+
+MorvikData& currentInstance(v8::Isolate* isolate) {
+  const v8::Local<v8::Object> global = isolate->GetCurrentContext()->Global();
+  return *static_cast<MorvikData*>(global->GetAlignedPointerFromInternalField(0));
+}
+
+std::optional<std::string> asciiText(v8::Isolate* isolate, v8::Local<v8::Value> value) {
+  v8::Local<v8::String> string;
+  if (!value->ToString(isolate->GetCurrentContext()).ToLocal(&string)) return std::nullopt;
+  std::string text(static_cast<std::size_t>(string->Length()), '\0');
+  string->WriteOneByte(isolate, reinterpret_cast<std::uint8_t*>(text.data()), 0, string->Length(),
+                       v8::String::NO_NULL_TERMINATION);
+  std::replace(text.begin(), text.end(), '\0', ' ');
+  return text;
+}
+
+std::optional<std::string> utf8Text(v8::Isolate* isolate, v8::Local<v8::Value> value) {
+  v8::Local<v8::String> string;
+  if (!value->ToString(isolate->GetCurrentContext()).ToLocal(&string)) return std::nullopt;
+  const v8::String::Utf8Value text(isolate, string);
+  return std::string(*text, static_cast<std::size_t>(text.length()));
+}
+
+template <typename T, typename Convert>
+T ArgumentReader::read(int index, Convert convert) {
+  if (threw_) return T{};
+  const auto value = convert(args_.GetIsolate(), args_[index]);
+  threw_ = !value.has_value();
+  return value.value_or(T{});
+}
+
+namespace {
+
+template <typename T>
+std::optional<T> maybe(v8::Maybe<T> value) {
+  return value.IsJust() ? std::optional<T>(value.FromJust()) : std::nullopt;
+}
+
+}  // namespace
+
+std::string ArgumentReader::ascii(int index) { return read<std::string>(index, asciiText); }
+
+std::string ArgumentReader::utf8(int index) { return read<std::string>(index, utf8Text); }
+
+std::int32_t ArgumentReader::int32(int index) {
+  return read<std::int32_t>(index, [](v8::Isolate* isolate, v8::Local<v8::Value> value) {
+    return maybe(value->Int32Value(isolate->GetCurrentContext()));
+  });
+}
+
+std::uint32_t ArgumentReader::uint32(int index) {
+  return read<std::uint32_t>(index, [](v8::Isolate* isolate, v8::Local<v8::Value> value) {
+    return maybe(value->Uint32Value(isolate->GetCurrentContext()));
+  });
+}
+
+ScriptFunction::ScriptFunction(v8::Local<v8::Function> function)
+    : function_(v8::Isolate::GetCurrent(), function),
+      context_(v8::Isolate::GetCurrent(), v8::Isolate::GetCurrent()->GetCurrentContext()) {}
+
+bool ScriptFunction::call(std::initializer_list<v8::Local<v8::Value>> arguments) const {
+  v8::Isolate* isolate = v8::Isolate::GetCurrent();
+  const ScriptRun run(isolate);
+  const v8::Local<v8::Function> function = function_.Get(isolate);
+  const v8::Local<v8::Context> context = context_.Get(isolate);
+  const v8::Context::Scope entered(context);
+  const v8::TryCatch tryCatch(isolate);
+  std::vector<v8::Local<v8::Value>> values(arguments);
+  v8::Local<v8::Value> result;
+  if (function->Call(context, function, static_cast<int>(values.size()), values.data())
+          .ToLocal(&result)) {
+    return result->IsTrue();
+  }
+  reportException(tryCatch);
+  return false;
+}
+
+TemporaryContext::TemporaryContext()
+    : handles_(v8::Isolate::GetCurrent()),
+      context_(v8::Context::New(v8::Isolate::GetCurrent())),
+      entered_(context_) {}
+
+v8::Local<v8::Object> TemporaryContext::newObject() const {
+  return v8::Object::New(v8::Isolate::GetCurrent());
+}
+
+ScriptRun::ScriptRun(v8::Isolate* isolate) : handles_(isolate) { ++runningScripts; }
+
+ScriptRun::~ScriptRun() {
+  if (--runningScripts > 0) return;
+  v8::Isolate* isolate = v8::Isolate::GetCurrent();
+  runPendingTasks(isolate);
+  reportRejections(isolate);
+}
+
+void reportException(const v8::TryCatch& tryCatch) {
+  v8::Isolate* isolate = v8::Isolate::GetCurrent();
+  report(isolate, tryCatch.Exception(), tryCatch.Message(),
+         tryCatch.StackTrace(isolate->GetCurrentContext()));
+}
+
+// With a verbose TryCatch the engine tells here what reportException tells too; only where no
+// TryCatch of ours stands is this the one report.
+void onEngineMessage(v8::Local<v8::Message> message, v8::Local<v8::Value> exception) {
+  if (!runsPendingTasks) return;
+  v8::Isolate* isolate = v8::Isolate::GetCurrent();
+  report(isolate, exception, message,
+         v8::TryCatch::StackTrace(isolate->GetCurrentContext(), exception));
+}
+
+void onPromiseReject(v8::PromiseRejectMessage rejection) {
+  v8::Isolate* isolate = v8::Isolate::GetCurrent();
+  std::vector<Rejection>& rejections = rejectionsKeptForLife();
+  if (rejection.GetEvent() == v8::kPromiseRejectWithNoHandler) {
+    const auto message = v8::Exception::CreateMessage(isolate, rejection.GetValue());
+    rejections.push_back({v8::Global<v8::Promise>(isolate, rejection.GetPromise()),
+                          v8::Global<v8::Message>(isolate, message)});
+  } else if (rejection.GetEvent() == v8::kPromiseHandlerAddedAfterReject) {
+    std::erase_if(rejections,
+                  [&](const Rejection& entry) { return entry.promise == rejection.GetPromise(); });
+  }
+}
+
+}  // namespace morvik

@@ -1,0 +1,23 @@
+// Fresh UUIDs in lower case.
+#include "host/uuid.h"
+
+#include <uuid/uuid.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+
+namespace morvik {
+
+std::string newUuid() {
+  uuid_t bytes;
+  uuid_generate(bytes);
+  std::array<char, UUID_STR_LEN> text{};
+  uuid_unparse(bytes, text.data());
+  std::string lower(text.data());
+  std::transform(lower.begin(), lower.end(), lower.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return lower;
+}
+
+}  // namespace morvik

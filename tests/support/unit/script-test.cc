@@ -1,0 +1,143 @@
+// The fixture around an application's script.
+#include "support/unit/script-test.h"
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "channel/callback-table.h"
+#include "channel/dispatch.h"
+#include "channel/frame.h"
+#include "devices/devices.h"
+#include "host/engine.h"
+#include "host/globals.h"
+
+namespace morvik::test {
+namespace {
+
+// Forking a process in which the engine stands is not possible: a death test starts anew.
+[[maybe_unused]] const bool deathTestsStartAnew = [] {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  return true;
+}();
+
+// One engine for a whole process, as in the program.
+void engineKeptForLife() {
+  static Engine* engine = [] {
+    Engine::prepare();
+    return new Engine;
+  }();
+  (void)engine;
+}
+
+}  // namespace
+
+struct ScriptTest::Engaged {
+  explicit Engaged(v8::Isolate* isolate) : handles(isolate) {}
+  v8::HandleScope handles;
+  v8::Local<v8::Context> context;
+};
+
+ScriptTest::ScriptTest() {
+  engineKeptForLife();
+  int ends[2];
+  if (socketpair(AF_UNIX, SOCK_STREAM, 0, ends) != 0) abort();
+  instance.socket = ends[0];
+  server = ends[1];
+  instance.options = &options;
+  instance.appName = "app";
+  instance.mainLoop = g_main_loop_new(nullptr, FALSE);
+  engaged_ = std::make_unique<Engaged>(isolate());
+  const auto global = buildGlobalTemplate();
+  const auto morvik = v8::ObjectTemplate::New(isolate());
+  addMorvikFunctions(morvik);
+  const auto led = v8::ObjectTemplate::New(isolate());
+  bind(led, ledFunctions());
+  morvik->Set(isolate(), "led", led);
+  addGlobals(global, morvik, instance);
+  engaged_->context = v8::Context::New(isolate(), nullptr, global);
+  engaged_->context->Global()->SetAlignedPointerInInternalField(0, &instance);
+}
+
+ScriptTest::~ScriptTest() {
+  instance.releaseListeners();
+  releaseCallbacks();
+  g_main_loop_unref(instance.mainLoop);
+  close(instance.socket);
+  close(server);
+}
+
+v8::Isolate* ScriptTest::isolate() { return v8::Isolate::GetCurrent(); }
+
+v8::Local<v8::Context> ScriptTest::context() { return engaged_->context; }
+
+std::string ScriptTest::run(const std::string& source) {
+  const ScriptRun scriptRun(isolate());
+  const v8::Context::Scope entered(context());
+  v8::TryCatch tryCatch(isolate());
+  v8::Local<v8::Script> script;
+  v8::Local<v8::Value> result;
+  if (v8::Script::Compile(context(), toScript(source)).ToLocal(&script) &&
+      script->Run(context()).ToLocal(&result)) {
+    return *v8::String::Utf8Value(isolate(), result);
+  }
+  return std::string("throws: ") + *v8::String::Utf8Value(isolate(), tryCatch.Exception());
+}
+
+std::vector<std::string> ScriptTest::logged() const {
+  constexpr std::string_view kPrefix = "JSLOG: ";
+  std::vector<std::string> texts;
+  for (const std::string& text : log.texts(G_LOG_LEVEL_MESSAGE)) {
+    if (text.starts_with(kPrefix)) texts.push_back(text.substr(kPrefix.size()));
+  }
+  return texts;
+}
+
+void ScriptTest::expose(const char* name, v8::FunctionCallback function) {
+  const v8::Context::Scope entered(context());
+  const auto value = v8::Function::New(context(), function).ToLocalChecked();
+  context()->Global()->Set(context(), toScript(name), value).Check();
+}
+
+void ScriptTest::becomeInteractive(const std::string& id) { instance.interactiveID = id; }
+
+std::optional<zeph::ZephMsg> ScriptTest::sent() {
+  std::array<std::uint8_t, kFrameHeaderSize> header{};
+  if (recv(server, header.data(), header.size(), MSG_DONTWAIT | MSG_WAITALL) !=
+      static_cast<ssize_t>(header.size())) {
+    return std::nullopt;
+  }
+  std::string body(bodyLength(header), '\0');
+  if (!body.empty()) recv(server, body.data(), body.size(), MSG_WAITALL);
+  zeph::ZephMsg message;
+  EXPECT_TRUE(message.ParseFromString(body));
+  return message;
+}
+
+// Over the wire form, so that what is not serialised is not delivered.
+void ScriptTest::deliver(const zeph::ZephMsg& message) {
+  zeph::ZephMsg received;
+  EXPECT_TRUE(received.ParsePartialFromString(message.SerializePartialAsString()));
+  dispatch(instance, received);
+}
+
+void ScriptTest::answer(const zeph::ZephMsg& request, zeph::ZephMsg message) {
+  message.set_id("answer");
+  message.set_correlationid(request.id());
+  deliver(message);
+}
+
+void ScriptTest::respond(const zeph::ZephMsg& request, zeph::VReturnCode code) {
+  zeph::ZephMsg message;
+  message.mutable_response()->set_code(code);
+  answer(request, message);
+}
+
+void ScriptTest::runLoopUntil(const std::function<bool()>& condition) {
+  const gint64 deadline = g_get_monotonic_time() + 10 * G_USEC_PER_SEC;
+  while (!condition() && g_get_monotonic_time() < deadline) {
+    g_main_context_iteration(nullptr, FALSE);
+  }
+  ASSERT_TRUE(condition()) << "not within ten seconds";
+}
+
+}  // namespace morvik::test
