@@ -4,6 +4,7 @@
 #include <glib.h>
 
 #include "channel/message.h"
+#include "host/data-object.h"
 
 namespace morvik {
 namespace {
@@ -11,24 +12,12 @@ namespace {
 // Which object fields a step fills beside `type`.
 enum class Describe { kNo, kYes };
 
-constexpr int kFileFields = 2;
-constexpr int kPathField = 1;
-
 void setCode(v8::Local<v8::Object> object, const auto& result) {
   if (result.has_code()) setOwn(object, "type", toScript(nameOf(result.code())));
 }
 
 void setDescription(v8::Local<v8::Object> object, const auto& result) {
   if (result.has_description()) setOwn(object, "description", toScript(result.description()));
-}
-
-// A script object that stands for a file: nothing on it can be seen, field 1 holds the path.
-v8::Local<v8::Object> fileObject(v8::Local<v8::Context> context, const char* path) {
-  const auto shape = v8::ObjectTemplate::New(v8::Isolate::GetCurrent());
-  shape->SetInternalFieldCount(kFileFields);
-  const auto object = shape->NewInstance(context).ToLocalChecked();
-  object->SetInternalField(kPathField, toScript(path));
-  return object;
 }
 
 // Hands the script an object for one result. `path`, when not null, adds the file as `data`,
@@ -39,7 +28,7 @@ void callWithObject(const EventCallbackData& data, const auto& result, Describe 
   const auto object = temporary.newObject();
   setCode(object, result);
   if (describe == Describe::kYes) setDescription(object, result);
-  if (path != nullptr) setOwn(object, "data", fileObject(temporary.context(), path));
+  if (path != nullptr) setOwn(object, "data", newFileObject(temporary.context(), path));
   data.function.call({object});
 }
 

@@ -1,15 +1,16 @@
 // The fixture around an application's script.
 #include "support/unit/script-test.h"
 
+#include <libxml/parser.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include "channel/callback-table.h"
 #include "channel/dispatch.h"
 #include "channel/frame.h"
-#include "devices/devices.h"
 #include "host/engine.h"
 #include "host/globals.h"
+#include "host/object-tree.h"
 
 namespace morvik::test {
 namespace {
@@ -27,6 +28,25 @@ void engineKeptForLife() {
     return new Engine;
   }();
   (void)engine;
+}
+
+constexpr std::string_view kEveryAccess =
+    "<descriptor><accesses>"
+    "<access>led</access><access>ears</access><access>tts</access><access>webcam</access>"
+    "<access>asr</access><access>multimedia</access><access>button</access><access>rfid</access>"
+    "<access>m2m</access><access>message</access><access>contact</access>"
+    "<access>serial</access><access>dock</access><access>http</access>"
+    "<access>twitter</access><access>facebook</access><access>soundcloud</access>"
+    "</accesses></descriptor>";
+
+std::unique_ptr<Descriptor> everythingGranted() {
+  auto descriptor = std::make_unique<Descriptor>();
+  descriptor->doc.reset(xmlReadMemory(kEveryAccess.data(), static_cast<int>(kEveryAccess.size()),
+                                      "descriptor.xml", nullptr, 0));
+  const XmlQuery query(xmlXPathNewContext(descriptor->doc.get()));
+  descriptor->accesses.reset(xmlXPathEvalExpression(
+      reinterpret_cast<const xmlChar*>("/descriptor/accesses/access"), query.get()));
+  return descriptor;
 }
 
 }  // namespace
@@ -50,9 +70,8 @@ ScriptTest::ScriptTest() {
   const auto global = buildGlobalTemplate();
   const auto morvik = v8::ObjectTemplate::New(isolate());
   addMorvikFunctions(morvik);
-  const auto led = v8::ObjectTemplate::New(isolate());
-  bind(led, ledFunctions());
-  morvik->Set(isolate(), "led", led);
+  instance.descriptor = everythingGranted();
+  buildDeviceTree(global, morvik, *instance.descriptor);
   addGlobals(global, morvik, instance);
   engaged_->context = v8::Context::New(isolate(), nullptr, global);
   engaged_->context->Global()->SetAlignedPointerInInternalField(0, &instance);
