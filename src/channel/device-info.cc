@@ -4,9 +4,9 @@
 #include <glib.h>
 
 #include <memory>
-#include <utility>
 
 #include "channel/channel-functions.h"
+#include "channel/pending-function.h"
 #include "channel/request.h"
 
 namespace morvik {
@@ -32,7 +32,7 @@ void InfoMorvikCallbackFunction(void* data, const zeph::ZephMsg& message) {
     g_message("InfoMorvikCallbackFunction: has_morvikinfo_response false");
     return;
   }
-  const auto function = std::exchange(static_cast<PendingInfo*>(data)->function, std::nullopt);
+  const auto function = static_cast<PendingFunction*>(data)->take();
   if (!function) return;  // answered before
   const TemporaryContext temporary;
   function->call({infoObject(temporary, message.morvikinfo_response())});
@@ -53,10 +53,9 @@ void info(const Args& args) {
   g_message("ConfigMorvikGet");
   request.expectInteractive();
   if (request.refused()) return;
-  auto pending = std::make_shared<PendingInfo>();
-  pending->function.emplace(args[0].As<v8::Function>());
   request.message().mutable_morvikinfo_query();
-  request.sendFor(InfoMorvikCallbackFunction, std::move(pending));
+  request.sendFor(InfoMorvikCallbackFunction,
+                  std::make_shared<PendingFunction>(args[0].As<v8::Function>()));
 }
 
 }  // namespace morvik
