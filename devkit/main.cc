@@ -19,6 +19,7 @@ int showHelp(int argc, char** argv);
 
 constexpr Verb kVerbs[] = {
     {"device", "run a virtual device that applications connect to", morvik::devkit::runDevice},
+    {"log", "stand in for the system log on a machine that has none", morvik::devkit::runLog},
     {"help", "show this", showHelp},
 };
 

@@ -1,5 +1,4 @@
 // morvik-dev device: the virtual device on a port of this machine, until it is told to stop.
-#include <glib-unix.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -10,6 +9,7 @@
 #include "device/device-server.h"
 #include "device/display.h"
 #include "options.h"
+#include "until-told.h"
 #include "verbs.h"
 
 namespace morvik::devkit {
@@ -28,11 +28,6 @@ constexpr VerbHelp kHelp = {
     "Examples:\n"
     "  morvik-dev device\n"
     "  morvik-dev device --port=0 | tee device.log"};
-
-gboolean quit(gpointer loop) {
-  g_main_loop_quit(static_cast<GMainLoop*>(loop));
-  return G_SOURCE_CONTINUE;
-}
 
 void printLine(const std::string& line) { std::puts(line.c_str()); }
 
@@ -62,11 +57,9 @@ int serve(int port) {
   if (const auto failure = server.listen(static_cast<std::uint16_t>(port), text)) {
     return tellFailure(*failure, port, text);
   }
-  const GLoop loop(g_main_loop_new(nullptr, FALSE));
-  g_unix_signal_add(SIGINT, quit, loop.get());
-  g_unix_signal_add(SIGTERM, quit, loop.get());
+  UntilTold untilTold;
   std::printf("listening on 127.0.0.1:%d\n", server.port());
-  g_main_loop_run(loop.get());
+  untilTold.run();
   return EXIT_SUCCESS;
 }
 

@@ -8,5 +8,6 @@ namespace morvik::devkit {
 inline constexpr int kUsageError = 2;
 
 int runDevice(int argc, char** argv);
+int runLog(int argc, char** argv);
 
 }  // namespace morvik::devkit
