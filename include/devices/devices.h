@@ -8,5 +8,10 @@
 namespace morvik {
 
 std::span<const Binding> ledFunctions();
+std::span<const Binding> earsFunctions();
+std::span<const Binding> ttsFunctions();
+std::span<const Binding> webcamFunctions();
+std::span<const Binding> multimediaFunctions();
+std::span<const Binding> dockFunctions();
 
 }  // namespace morvik

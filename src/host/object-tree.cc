@@ -15,6 +15,11 @@ struct GatedObject {
 // In the order in which the descriptor is asked.
 constexpr GatedObject kDevices[] = {
     {"led", ledFunctions},
+    {"ears", earsFunctions},
+    {"tts", ttsFunctions},
+    {"webcam", webcamFunctions},
+    {"multimedia", multimediaFunctions},
+    {"dock", dockFunctions},
 };
 
 void addIfGranted(v8::Local<v8::ObjectTemplate> parent, const Descriptor& descriptor,

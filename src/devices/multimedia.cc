@@ -1,0 +1,190 @@
+// morvik.multimedia: plays and records sound, controls the player and asks for its music library.
+#include <glib.h>
+
+#include <array>
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "channel/message.h"
+#include "channel/pending-function.h"
+#include "channel/request.h"
+#include "devices/devices.h"
+#include "devices/listener.h"
+#include "devices/substring.h"
+#include "host/data-object.h"
+#include "host/morvik-data.h"
+
+namespace morvik {
+namespace {
+
+// Room for the path of an application's sound, its end mark included: longer ones are cut.
+constexpr std::size_t kSoundPathSize = 255;
+
+bool isLocal(const std::string& source) { return source.starts_with("./") && source.size() >= 3; }
+
+// Where the server finds a sound of the application's own folder.
+std::string localPath(const MorvikData& instance, const std::string& source) {
+  const auto file = substring(source.c_str(), 2, source.size());
+  g_message("MULTIMEDIA: tmpStr[%s]", file.get());
+  std::array<char, kSoundPathSize> path{};
+  std::snprintf(path.data(), path.size(), "/usr/morvik/apps/%s/%s", instance.appName.c_str(),
+                file.get());
+  g_message("MULTIMEDIA: buffer play[%s]", path.data());
+  return path.data();
+}
+
+// What is not local goes as it is, whatever it names.
+std::string playedUrl(const MorvikData& instance, const std::string& source) {
+  if (isLocal(source)) return localPath(instance, source);
+  g_message("MULTIMEDIA: *ascii play[%s]", source.c_str());
+  return source;
+}
+
+// A text, or the path that a data object stands for: then the script plays that file.
+std::optional<std::string> sourceOf(const Args& args) {
+  if (args[0]->IsString()) return asciiText(args.GetIsolate(), args[0]);
+  const auto path = dataPath(args[0]);
+  return path ? asciiText(args.GetIsolate(), *path) : std::nullopt;
+}
+
+// The source is looked at before the interactive test, on purpose.
+void play(const Args& args) {
+  const auto source = sourceOf(args);
+  if (!source) return throwText(args.GetIsolate(), "Wrong arguments");
+  Request request(args, "MutimediaPlay", 1);
+  if (request.refused()) return;
+  g_message("MULTIMEDIA: play[%s]", source->c_str());
+  zeph::Multimedia::Play& message = *request.message().mutable_multimedia()->mutable_play();
+  message.set_url(playedUrl(request.instance(), *source));
+  request.send();
+}
+
+// The field of the request that says what the player shall do, or which list is asked for.
+template <typename Field>
+using Mutable = Field* (zeph::Multimedia::*)();
+
+template <typename Field>
+void control(const Args& args, const char* label, const char* line, Mutable<Field> field) {
+  Request request(args, label, 0);
+  if (request.refused()) return;
+  g_message("%s", line);
+  (request.message().mutable_multimedia()->*field)();
+  request.send();
+}
+
+void pause(const Args& args) {
+  control(args, "MutimediaPause", "MULTIMEDIA: pause", &zeph::Multimedia::mutable_pause);
+}
+
+void resume(const Args& args) {
+  control(args, "MultimediaResume", "MULTIMEDIA: resume", &zeph::Multimedia::mutable_resume);
+}
+
+void stop(const Args& args) {
+  control(args, "MutimediaStop", "MULTIMEDIA: stop", &zeph::Multimedia::mutable_stop);
+}
+
+void next(const Args& args) {
+  control(args, "MultimediaNext", "MULTIMEDIA: next", &zeph::Multimedia::mutable_next);
+}
+
+void previous(const Args& args) {
+  control(args, "MultimediaPrevious", "MULTIMEDIA: previous", &zeph::Multimedia::mutable_previous);
+}
+
+// The first list that is not empty, whichever was asked for, and of it the first entry alone: what
+// the script gets, on purpose.
+const std::string* firstEntry(const zeph::Multimedia& answer) {
+  for (const auto* list : {&answer.artistlist(), &answer.folderlist(), &answer.playlistlist(),
+                           &answer.genrelist(), &answer.songlist()}) {
+    if (!list->empty()) return &list->Get(0);
+  }
+  return nullptr;
+}
+
+// An answer without a list uses the query up all the same, on purpose.
+void MultimedialistCallback(void* data, const zeph::ZephMsg& message) {
+  g_message("MULTIMEDIA: MultimedialistCallback");
+  const auto function = static_cast<PendingFunction*>(data)->take();
+  const std::string* entry = firstEntry(message.multimedia());
+  if (entry == nullptr) {
+    g_message("MULTIMEDIA: MultimedialistCallback : no list");
+    return;
+  }
+  if (!function) return;  // answered before
+  const v8::HandleScope handles(v8::Isolate::GetCurrent());
+  function->call({toScript(*entry)});
+}
+
+// Unlike the player's commands, a query needs its function.
+template <typename Field>
+void query(const Args& args, const char* line, Mutable<Field> field) {
+  Request request(args);
+  request.expect(args.Length() == 1 && args[0]->IsFunction());
+  request.expectInteractive();
+  if (request.refused()) return;
+  g_message("%s", line);
+  (request.message().mutable_multimedia()->*field)();
+  request.sendFor(MultimedialistCallback,
+                  std::make_shared<PendingFunction>(args[0].As<v8::Function>()));
+}
+
+void artist(const Args& args) {
+  query(args, "MULTIMEDIA: GetArtist", &zeph::Multimedia::mutable_getartist);
+}
+
+void folder(const Args& args) {
+  query(args, "MULTIMEDIA: GetFolder", &zeph::Multimedia::mutable_getfolder);
+}
+
+void genre(const Args& args) {
+  query(args, "MULTIMEDIA: GetGenre", &zeph::Multimedia::mutable_getgenre);
+}
+
+void playlist(const Args& args) {
+  query(args, "MULTIMEDIA: GetPlaylist", &zeph::Multimedia::mutable_getplaylist);
+}
+
+void song(const Args& args) {
+  query(args, "MULTIMEDIA: GetSong", &zeph::Multimedia::mutable_getsong);
+}
+
+// Leaves no line in the log, on purpose. The recording lies where the answer says.
+void record(const Args& args) {
+  Request request(args, "MutimediaRecord", 0);
+  if (request.refused()) return;
+  request.message().mutable_multimedia()->mutable_record()->set_url("");
+  request.send(EventCallbackRecord);
+}
+
+// The script hears what the player did.
+class MultimediaMsgCallback final : public ScriptListener {
+ public:
+  using ScriptListener::ScriptListener;
+
+ private:
+  [[nodiscard]] bool hears(const zeph::ZephMsg& message) const override {
+    return message.has_multimediacallback();
+  }
+
+  bool tell(const zeph::ZephMsg& message) override {
+    const v8::HandleScope handles(v8::Isolate::GetCurrent());
+    return function.call({toScript(nameOf(message.multimediacallback().action()))});
+  }
+};
+
+constexpr Binding kFunctions[] = {
+    {"play", play},         {"pause", pause},   {"resume", resume},
+    {"stop", stop},         {"next", next},     {"previous", previous},
+    {"artist", artist},     {"folder", folder}, {"genre", genre},
+    {"playlist", playlist}, {"song", song},     {"addListener", addListener<MultimediaMsgCallback>},
+    {"record", record},
+};
+
+}  // namespace
+
+std::span<const Binding> multimediaFunctions() { return kFunctions; }
+
+}  // namespace morvik
