@@ -1,0 +1,45 @@
+// Blocking HTTP and HTTPS requests for scripts: `http.get`, `post`, `get2`, `post2`, and the two
+// operations behind them for callers inside the program.
+//
+// A request returns when its transfer has ended; there is no time limit. Nothing lasts between two
+// requests.
+#pragma once
+
+#include <v8.h>
+
+#include <span>
+#include <string>
+
+namespace morvik {
+
+/// A field that goes out in the body of a post beside the script's own parameters, without ever
+/// standing on an object that a script can reach. It takes the place of a parameter of the same
+/// name that is the script object's own; otherwise it follows the object's own parameters and comes
+/// before those that the object inherits. It counts as a parameter like any other: with it, a lone
+/// file among the script's parameters is no longer the only one.
+struct ExtraField {
+  std::string name;
+  std::string value;  ///< UTF-8; escaped on the wire as any other value
+};
+
+/// GET of args[0], with the headers args[1] when `count` is 2 and it is an object. `count` is the
+/// number of arguments that the script gave; `args` holds as many of them as the operation looks at
+/// (two), or all when there are fewer.
+///
+/// Gives an object with the texts `header` and `content`. A failed transfer is no failure here: its
+/// `content` is "curl error". Empty when the script has an exception: refused arguments, or what
+/// its own objects threw while they were read; nothing was sent then.
+v8::MaybeLocal<v8::Object> httpget(v8::Isolate* isolate, std::span<const v8::Local<v8::Value>> args,
+                                   int count);
+
+/// POST to args[0] with the parameters args[1], the headers args[2], and args[3] telling whether it
+/// goes as a form; args[3] counts only when `count` is exactly 4. `args` and the result are as for
+/// httpget, with four arguments looked at. `extra` may be null and is read before the call returns.
+v8::MaybeLocal<v8::Object> httppost(v8::Isolate* isolate,
+                                    std::span<const v8::Local<v8::Value>> args, int count,
+                                    const ExtraField* extra = nullptr);
+
+/// The `content` of what httpget or httppost gave; empty when that is empty.
+v8::MaybeLocal<v8::Value> contentOf(v8::MaybeLocal<v8::Object> result);
+
+}  // namespace morvik

@@ -1,0 +1,12 @@
+// The web features' script functions, one line for each feature.
+#pragma once
+
+#include <span>
+
+#include "host/script.h"
+
+namespace morvik {
+
+std::span<const Binding> httpFunctions();
+
+}  // namespace morvik
