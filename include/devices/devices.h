@@ -11,7 +11,12 @@ std::span<const Binding> ledFunctions();
 std::span<const Binding> earsFunctions();
 std::span<const Binding> ttsFunctions();
 std::span<const Binding> webcamFunctions();
+std::span<const Binding> asrFunctions();
 std::span<const Binding> multimediaFunctions();
+std::span<const Binding> buttonFunctions();
+std::span<const Binding> rfidFunctions();
+std::span<const Binding> m2mFunctions();
+std::span<const Binding> serialFunctions();
 std::span<const Binding> dockFunctions();
 
 }  // namespace morvik

@@ -33,6 +33,10 @@ v8::Local<v8::String> toScript(std::string_view utf8);
 /// Sets a property of the object's own, whatever its name is, without running any setter.
 void setOwn(v8::Local<v8::Object> object, std::string_view name, v8::Local<v8::Value> value);
 
+/// The setter of an accessor that takes assignments without effect and without error.
+void ignoreAssignment(v8::Local<v8::Name> name, v8::Local<v8::Value> value,
+                      const v8::PropertyCallbackInfo<void>& info);
+
 /// Throws the text as a plain String, which is how every script function refuses.
 void throwText(v8::Isolate* isolate, std::string_view text);
 

@@ -7,6 +7,7 @@
 #include "channel/channel-functions.h"
 #include "host/launch-type.h"
 #include "host/morvik-data.h"
+#include "host/resources.h"
 #include "host/script.h"
 #include "host/uuid.h"
 
@@ -59,7 +60,8 @@ constexpr Binding kFirstFunctions[] = {
     {"log", log}, {"exit", exit}, {"setTimeout", setTimeout}, {"ping", ping}};
 constexpr Binding kMorvikFunctions[] = {{"ping", ping},   {"info", info}, {"connect", connect},
                                         {"start", start}, {"stop", stop}, {"random", random}};
-constexpr Binding kLaterFunctions[] = {{"uuid", uuid}, {"timestamp", timestamp}};
+constexpr Binding kLaterFunctions[] = {
+    {"include", include}, {"uuid", uuid}, {"timestamp", timestamp}};
 
 }  // namespace
 
@@ -81,6 +83,9 @@ void addGlobals(v8::Local<v8::ObjectTemplate> global, v8::Local<v8::ObjectTempla
   v8::Isolate* isolate = v8::Isolate::GetCurrent();
   bind(global, kLaterFunctions);
   global->Set(isolate, "morvik", morvik);
+  const auto file = v8::ObjectTemplate::New(isolate);
+  bind(file, fileFunctions());
+  global->Set(isolate, "file", file);
   global->Set(isolate, "cmdline", toScript(instance.cmdline));
   global->Set(isolate, "instanceName", toScript(instance.instanceName));
   global->Set(isolate, "appName", toScript(instance.appName));

@@ -56,9 +56,6 @@ void readSemantic(v8::Local<v8::Name> /*name*/, const v8::PropertyCallbackInfo<v
   }
 }
 
-void ignoreAssignment(v8::Local<v8::Name> /*name*/, v8::Local<v8::Value> /*value*/,
-                      const v8::PropertyCallbackInfo<void>& /*info*/) {}
-
 void buildVoiceLaunch(v8::Local<v8::ObjectTemplate> launchType, const std::string& text) {
   set(launchType, "name", toScript("ASR"));
   Fields fields(text);

@@ -18,7 +18,12 @@ constexpr GatedObject kDevices[] = {
     {"ears", earsFunctions},
     {"tts", ttsFunctions},
     {"webcam", webcamFunctions},
+    {"asr", asrFunctions},
     {"multimedia", multimediaFunctions},
+    {"button", buttonFunctions},
+    {"rfid", rfidFunctions},
+    {"m2m", m2mFunctions},
+    {"serial", serialFunctions},
     {"dock", dockFunctions},
 };
 

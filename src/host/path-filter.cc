@@ -1,10 +1,13 @@
 // The filter on script-given file names, and the forming of paths in an application's folder.
 #include "host/path-filter.h"
 
+#include <glib.h>
+
 #include <cstdio>
 #include <cstring>
 
 #include "host/morvik-data.h"
+#include "host/script.h"
 
 namespace morvik {
 namespace {
@@ -24,6 +27,14 @@ bool isForbiddenPath(const char* path) {
     if (!isAllowed(*path, previous)) return true;
   }
   return false;
+}
+
+bool refusePath(v8::Isolate* isolate, const std::string& name) {
+  if (!isForbiddenPath(name.c_str())) return false;
+  const std::string text = "access denied: " + name;
+  g_warning("%s", text.c_str());
+  throwText(isolate, text);
+  return true;
 }
 
 std::string appPath(const MorvikData& instance, const char* file, std::size_t size) {

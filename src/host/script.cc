@@ -103,6 +103,9 @@ void setOwn(v8::Local<v8::Object> object, std::string_view name, v8::Local<v8::V
   object->CreateDataProperty(context, toScript(name), value).Check();
 }
 
+void ignoreAssignment(v8::Local<v8::Name> /*name*/, v8::Local<v8::Value> /*value*/,
+                      const v8::PropertyCallbackInfo<void>& /*info*/) {}
+
 void throwText(v8::Isolate* isolate, std::string_view text) {
   isolate->ThrowException(toScript(text));
 }

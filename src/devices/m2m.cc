@@ -1,0 +1,86 @@
+// morvik.m2m: call, answer, hangup, account, addListener. Requests are fire and forget; how a call
+// goes is what the listeners hear.
+#include <glib.h>
+
+#include "channel/message.h"
+#include "channel/request.h"
+#include "devices/devices.h"
+#include "devices/listener.h"
+
+namespace morvik {
+namespace {
+
+// A request whose count is exact: no function of this feature takes one in the last place.
+class ExactRequest : public Request {
+ public:
+  ExactRequest(const Args& args, int count) : Request(args) {
+    expect(args.Length() == count);
+    expectInteractive();
+  }
+};
+
+void call(const Args& args) {
+  g_debug("call");  // before any check: a refused call logs it too, on purpose
+  ExactRequest request(args, 1);
+  const std::string address = request.utf8(0);
+  if (request.refused()) return;
+  request.message().mutable_m2m()->mutable_call()->set_address(address);
+  request.send();
+}
+
+void answer(const Args& args) {
+  ExactRequest request(args, 1);
+  if (request.refused()) return;
+  const bool accept = args[0]->BooleanValue(args.GetIsolate());
+  request.message().mutable_m2m()->mutable_answer()->set_accept(accept);
+  request.send();
+}
+
+void hangup(const Args& args) {
+  ExactRequest request(args, 0);
+  if (request.refused()) return;
+  request.message().mutable_m2m()->mutable_hangup();
+  request.send();
+}
+
+void account(const Args& args) {
+  ExactRequest request(args, 4);
+  zeph::M2m::Account account;
+  account.set_sipid(request.utf8(0));
+  account.set_sipdomain(request.utf8(1));
+  account.set_sippassword(request.utf8(2));
+  account.set_stunserver(request.utf8(3));
+  if (request.refused()) return;
+  *request.message().mutable_m2m()->mutable_account() = account;
+  request.send();
+}
+
+class M2mMsgCallback final : public ScriptListener {
+ public:
+  using ScriptListener::ScriptListener;
+
+ private:
+  [[nodiscard]] bool hears(const zeph::ZephMsg& message) const override {
+    return message.has_m2mcallback();
+  }
+  bool tell(const zeph::ZephMsg& message) override {
+    const TemporaryContext temporary;
+    g_message("M2m: M2mMsgCallback");
+    const auto object = temporary.newObject();
+    setOwn(object, "type", toScript(nameOf(message.m2mcallback().type())));
+    setOwn(object, "correspondant", toScript(message.m2mcallback().correspondant()));
+    return function.call({object});
+  }
+};
+
+constexpr Binding kFunctions[] = {{"call", call},
+                                  {"answer", answer},
+                                  {"hangup", hangup},
+                                  {"account", account},
+                                  {"addListener", addListener<M2mMsgCallback>}};
+
+}  // namespace
+
+std::span<const Binding> m2mFunctions() { return kFunctions; }
+
+}  // namespace morvik

@@ -1,0 +1,50 @@
+// morvik.rfid: addListener. Hears which tag came to the reader or left it.
+#include <glib.h>
+
+#include "channel/message.h"
+#include "devices/devices.h"
+#include "devices/listener.h"
+
+namespace morvik {
+namespace {
+
+v8::Local<v8::Value> number(std::int32_t value) {
+  return v8::Integer::New(v8::Isolate::GetCurrent(), value);
+}
+
+v8::Local<v8::Object> tagObject(const TemporaryContext& temporary, const zeph::RfidCallback& tag) {
+  const auto object = temporary.newObject();
+  setOwn(object, "id", toScript(tag.id()));
+  if (tag.has_direction()) setOwn(object, "direction", toScript(nameOf(tag.direction())));
+  if (tag.has_app()) setOwn(object, "app", number(tag.app()));
+  if (tag.has_type()) setOwn(object, "type", toScript(nameOf(tag.type())));
+  if (tag.has_pict()) setOwn(object, "pict", number(tag.pict()));
+  if (tag.has_color()) setOwn(object, "color", toScript(nameOf(tag.color())));
+  // The tag's bytes become a text that ends at their first zero byte, on purpose.
+  if (tag.has_content()) setOwn(object, "content", toScript(tag.content().c_str()));
+  return object;
+}
+
+class RfidMsgCallback final : public ScriptListener {
+ public:
+  using ScriptListener::ScriptListener;
+
+ private:
+  [[nodiscard]] bool hears(const zeph::ZephMsg& message) const override {
+    return message.has_rfidcallback();
+  }
+  bool tell(const zeph::ZephMsg& message) override {
+    const TemporaryContext temporary;
+    g_message("RFID: RfidMsgCallback");
+    g_message("RFID: RfidMsgCallback : %s", message.rfidcallback().id().c_str());
+    return function.call({tagObject(temporary, message.rfidcallback())});
+  }
+};
+
+constexpr Binding kFunctions[] = {{"addListener", addListener<RfidMsgCallback>}};
+
+}  // namespace
+
+std::span<const Binding> rfidFunctions() { return kFunctions; }
+
+}  // namespace morvik
