@@ -25,14 +25,14 @@ class AppClient {
   void sendBytes(const std::string& bytes);
   void send(const zeph::ZephMsg& message);
 
-  // The next message, in the order of arrival; a message without an id after ten seconds.
+  // The next message, in the order of arrival; a message without an id when none comes.
   zeph::ZephMsg receive();
   // Sends and gives the next message.
   zeph::ZephMsg ask(const zeph::ZephMsg& message);
 
   // Everything that has arrived is left in the socket from now on.
   void stopReading();
-  // The server has ended the connection, or does so within ten seconds.
+  // The server has ended the connection, or does so in time.
   bool sawEnd();
   void disconnect();
 

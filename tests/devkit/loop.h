@@ -17,7 +17,7 @@ class Loop {
   Loop(const Loop&) = delete;
   Loop& operator=(const Loop&) = delete;
 
-  // Runs until the condition holds. False when it does not hold within ten seconds.
+  // Runs until the condition holds. False when it does not hold in time.
   [[nodiscard]] bool runUntil(const std::function<bool()>& condition);
 
   // Runs what is ready now, without waiting for more.
