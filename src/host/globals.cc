@@ -10,6 +10,7 @@
 #include "host/resources.h"
 #include "host/script.h"
 #include "host/uuid.h"
+#include "web/signing.h"
 
 namespace morvik {
 namespace {
@@ -60,8 +61,10 @@ constexpr Binding kFirstFunctions[] = {
     {"log", log}, {"exit", exit}, {"setTimeout", setTimeout}, {"ping", ping}};
 constexpr Binding kMorvikFunctions[] = {{"ping", ping},   {"info", info}, {"connect", connect},
                                         {"start", start}, {"stop", stop}, {"random", random}};
-constexpr Binding kLaterFunctions[] = {
-    {"include", include}, {"uuid", uuid}, {"timestamp", timestamp}};
+constexpr Binding kLaterFunctions[] = {{"include", include},
+                                       {"signHMACSHA1", signHMACSHA1},
+                                       {"uuid", uuid},
+                                       {"timestamp", timestamp}};
 
 }  // namespace
 

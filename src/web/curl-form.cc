@@ -1,0 +1,42 @@
+// libcurl's form list: the multipart interface that this program uses on purpose, though libcurl
+// calls it deprecated. Only here.
+#include <curl/curl.h>
+
+#include <utility>
+
+#include "web/http-body.h"
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+
+namespace morvik {
+
+CurlForm::CurlForm() = default;
+
+CurlForm::~CurlForm() { curl_formfree(first_); }
+
+CurlForm::CurlForm(CurlForm&& other) noexcept
+    : first_(std::exchange(other.first_, nullptr)), last_(std::exchange(other.last_, nullptr)) {}
+
+CurlForm& CurlForm::operator=(CurlForm&& other) noexcept {
+  std::swap(first_, other.first_);
+  std::swap(last_, other.last_);
+  return *this;
+}
+
+// The results are not looked at: a part that libcurl does not take is missing.
+void CurlForm::addText(const std::string& name, const std::string& text) {
+  curl_formadd(&first_, &last_, CURLFORM_COPYNAME, name.c_str(), CURLFORM_COPYCONTENTS,
+               text.c_str(), CURLFORM_END);
+}
+
+void CurlForm::addFile(const std::string& name, const std::string& path) {
+  curl_formadd(&first_, &last_, CURLFORM_COPYNAME, name.c_str(), CURLFORM_FILE, path.c_str(),
+               CURLFORM_END);
+}
+
+void CurlForm::attachTo(void* curl) const { curl_easy_setopt(curl, CURLOPT_HTTPPOST, first_); }
+
+}  // namespace morvik
+
+#pragma GCC diagnostic pop

@@ -1,0 +1,69 @@
+// Signatures for scripts: with a key of the script's own, or with secrets that it may not read.
+#include "web/signing.h"
+
+#include <glib.h>
+
+#include <array>
+
+#include "host/owned.h"
+#include "web/base64.h"
+#include "web/encoding.h"
+#include "web/hidden-value.h"
+#include "web/hmac-sha1.h"
+
+namespace morvik {
+namespace {
+
+constexpr const char* kTwitter = "twitter";
+
+v8::Local<v8::String> signature(std::string_view text, std::string_view key) {
+  HmacSha1 hmac;
+  std::array<unsigned char, HmacSha1::kDigestSize> digest{};
+  hmac.sign(text, key, digest);
+  return toScript(base64Encode(digest));
+}
+
+std::string escaped(const std::string& secret) {
+  char* text = nullptr;
+  urlEncode(secret.c_str(), &text);
+  const CurlText owned(text);
+  return owned ? std::string(owned.get()) : std::string();
+}
+
+// Nothing when the look-up threw.
+std::optional<std::string> secretOf(v8::Isolate* isolate, const char* name) {
+  v8::Local<v8::Value> secret;
+  if (!socialSecret(isolate, kTwitter, name).ToLocal(&secret)) return std::nullopt;
+  return asciiText(isolate, secret);
+}
+
+// Both secrets are escaped, so that the one "&" is always the separator.
+std::optional<std::string> twitterKey(v8::Isolate* isolate) {
+  const auto consumer = secretOf(isolate, "consumersecret");
+  const auto token = consumer ? secretOf(isolate, "tokensecret") : std::nullopt;
+  if (!token) return std::nullopt;
+  const std::string first = escaped(*consumer);
+  return first + "&" + escaped(*token);
+}
+
+}  // namespace
+
+void signHMACSHA1(const Args& args) {
+  if (args.Length() != 2) return throwText(args.GetIsolate(), "SignHMACSHA1: Wrong arguments");
+  ArgumentReader reader(args);
+  const std::string text = reader.ascii(0);
+  const std::string key = reader.ascii(1);
+  if (!reader.threw()) args.GetReturnValue().Set(signature(text, key));
+}
+
+void twitterSign(const Args& args) {
+  v8::Isolate* isolate = args.GetIsolate();
+  if (args.Length() != 1 || !args[0]->IsString()) {
+    g_warning("TwitterSign Wrong arguments");
+    return throwText(isolate, "Wrong arguments");
+  }
+  const auto key = twitterKey(isolate);
+  if (key) args.GetReturnValue().Set(signature(*asciiText(isolate, args[0]), *key));
+}
+
+}  // namespace morvik
