@@ -5,7 +5,9 @@
 #include <sys/stat.h>
 #include <zeph-message.pb.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <optional>
 
@@ -29,7 +31,9 @@ std::optional<std::string> readWhole(const std::string& path) {
     g_warning("%s", std::strerror(errno));
     return std::nullopt;
   }
-  std::string bytes(static_cast<std::size_t>(facts.st_size), '\0');
+  // The message library counts in int; what lies beyond is cut off like any damaged end.
+  const auto size = std::min(static_cast<std::size_t>(facts.st_size), std::size_t{INT_MAX});
+  std::string bytes(size, '\0');
   bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file.get()));
   return bytes;
 }

@@ -4,6 +4,7 @@
 #include <glib.h>
 
 #include <algorithm>
+#include <climits>
 #include <utility>
 #include <vector>
 
@@ -92,9 +93,11 @@ void bind(v8::Local<v8::ObjectTemplate> target, std::span<const Binding> functio
   }
 }
 
+// The engine counts in int, and refuses every text that comes near its end: a fatal error there.
 v8::Local<v8::String> toScript(std::string_view utf8) {
+  const auto length = static_cast<int>(std::min(utf8.size(), std::size_t{INT_MAX}));
   return v8::String::NewFromUtf8(v8::Isolate::GetCurrent(), utf8.data(), v8::NewStringType::kNormal,
-                                 static_cast<int>(utf8.size()))
+                                 length)
       .ToLocalChecked();
 }
 
