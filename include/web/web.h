@@ -7,6 +7,9 @@
 
 namespace morvik {
 
+std::span<const Binding> messageFunctions();
+std::span<const Binding> contactFunctions();
+std::span<const Binding> socialFunctions();
 std::span<const Binding> httpFunctions();
 
 }  // namespace morvik

@@ -3,6 +3,7 @@
 
 #include "devices/devices.h"
 #include "host/script.h"
+#include "web/web.h"
 
 namespace morvik {
 namespace {
@@ -14,32 +15,34 @@ struct GatedObject {
 
 // In the order in which the descriptor is asked.
 constexpr GatedObject kDevices[] = {
-    {"led", ledFunctions},
-    {"ears", earsFunctions},
-    {"tts", ttsFunctions},
-    {"webcam", webcamFunctions},
-    {"asr", asrFunctions},
-    {"multimedia", multimediaFunctions},
-    {"button", buttonFunctions},
-    {"rfid", rfidFunctions},
-    {"m2m", m2mFunctions},
-    {"serial", serialFunctions},
+    {"led", ledFunctions},         {"ears", earsFunctions},
+    {"tts", ttsFunctions},         {"webcam", webcamFunctions},
+    {"asr", asrFunctions},         {"multimedia", multimediaFunctions},
+    {"button", buttonFunctions},   {"rfid", rfidFunctions},
+    {"m2m", m2mFunctions},         {"message", messageFunctions},
+    {"contact", contactFunctions}, {"serial", serialFunctions},
     {"dock", dockFunctions},
 };
 
+void addObject(v8::Local<v8::ObjectTemplate> parent, const char* name,
+               std::span<const Binding> functions) {
+  const auto target = v8::ObjectTemplate::New(v8::Isolate::GetCurrent());
+  bind(target, functions);
+  parent->Set(v8::Isolate::GetCurrent(), name, target);
+}
+
 void addIfGranted(v8::Local<v8::ObjectTemplate> parent, const Descriptor& descriptor,
                   const GatedObject& object) {
-  if (!hasAccess(descriptor, object.access)) return;
-  const auto target = v8::ObjectTemplate::New(v8::Isolate::GetCurrent());
-  bind(target, object.functions());
-  parent->Set(v8::Isolate::GetCurrent(), object.access, target);
+  if (hasAccess(descriptor, object.access)) addObject(parent, object.access, object.functions());
 }
 
 }  // namespace
 
-void buildDeviceTree(v8::Local<v8::ObjectTemplate> /*global*/, v8::Local<v8::ObjectTemplate> morvik,
+void buildDeviceTree(v8::Local<v8::ObjectTemplate> global, v8::Local<v8::ObjectTemplate> morvik,
                      const Descriptor& descriptor) {
   for (const GatedObject& device : kDevices) addIfGranted(morvik, descriptor, device);
+  addObject(global, "social", socialFunctions());
+  addIfGranted(global, descriptor, {"http", httpFunctions});
 }
 
 }  // namespace morvik

@@ -1,0 +1,62 @@
+// morvik.contact: get. The server keeps the contacts; nothing is remembered here.
+#include "web/contacts.h"
+
+#include <glib.h>
+
+#include <memory>
+
+#include "channel/pending-function.h"
+#include "channel/request.h"
+#include "web/web.h"
+#include "web/wire-values.h"
+
+namespace morvik {
+namespace {
+
+// Element 0 decides for all of them whether they have a `name`, on purpose: with a name there, an
+// element without one gets an empty text; without, no element gets any.
+v8::Local<v8::Array> objectsOf(const zeph::Contact& contact) {
+  const bool named = contact.objects_size() > 0 && contact.objects(0).has_name();
+  return arrayOf(contact.objects(), [named](const zeph::Contact::Object& wire) {
+    const auto object = v8::Object::New(v8::Isolate::GetCurrent());
+    setOwn(object, "id", endMarked(wire.iddb()));
+    if (named) setOwn(object, "name", endMarked(wire.name()));
+    return object;
+  });
+}
+
+void get(const Args& args) {
+  Request request(args);
+  request.expect(args.Length() == 1 && args[0]->IsFunction());
+  request.expectInteractive();
+  if (request.refused()) return;
+  request.message().mutable_getcontactlist();
+  request.sendFor(getContactCallbackFunction,
+                  std::make_shared<PendingFunction>(args[0].As<v8::Function>()));
+}
+
+constexpr Binding kFunctions[] = {{"get", get}};
+
+}  // namespace
+
+v8::Local<v8::Object> contactToObject(const zeph::Contact& contact) {
+  const auto object = v8::Object::New(v8::Isolate::GetCurrent());
+  if (contact.has_firstname()) setOwn(object, "firstname", endMarked(contact.firstname()));
+  if (contact.has_lastname()) setOwn(object, "lastname", endMarked(contact.lastname()));
+  if (contact.has_alias()) setOwn(object, "alias", endMarked(contact.alias()));
+  if (contact.has_uuid()) setOwn(object, "uuid", endMarked(contact.uuid()));
+  setOwn(object, "objects", objectsOf(contact));
+  return object;
+}
+
+void getContactCallbackFunction(void* data, const zeph::ZephMsg& message) {
+  g_debug("getContactCallbackFunction");
+  const auto function = static_cast<PendingFunction*>(data)->take();
+  if (!function) return;  // answered before
+  const TemporaryContext temporary;
+  function->call({arrayOf(message.contactlist().contacts(), contactToObject)});
+}
+
+std::span<const Binding> contactFunctions() { return kFunctions; }
+
+}  // namespace morvik

@@ -1,0 +1,117 @@
+// social.facebook and social.soundcloud: get and post, which add the user's token to a request that
+// goes to the service's own domain. No script ever gets hold of the token.
+#include <glib.h>
+
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "web/hidden-value.h"
+#include "web/http-client.h"
+#include "web/social.h"
+#include "web/url-patterns.h"
+
+namespace morvik {
+namespace {
+
+struct Gateway {
+  const char* service;  // also the name of its object on `social`
+  UrlPattern pattern;
+  const char* parameter;  // carries the token
+};
+
+constexpr Gateway kFacebook = {"facebook", UrlPattern::kFacebook, "access_token"};
+constexpr Gateway kSoundcloud = {"soundcloud", UrlPattern::kSoundcloud, "oauth_token"};
+
+// What httppost looks at of a script's arguments.
+constexpr int kPostArguments = 4;
+
+// The URL of the call, or nothing after an exception: it is another's, or there is no token to
+// send, which happens when the script has put an object of its own in the gateway's place.
+std::optional<std::string> checkedUrl(const Args& args, const Gateway& gateway,
+                                      v8::Local<v8::Value> token) {
+  auto url = asciiText(args.GetIsolate(), args[0]);
+  if (!url) return std::nullopt;
+  const char* refusal = nullptr;
+  if (!isUrlAuthorised(*url, gateway.pattern)) {
+    refusal = "unauthorised url";
+  } else if (!token->IsString()) {
+    refusal = "no token";
+  }
+  if (refusal == nullptr) return url;
+  throwText(args.GetIsolate(), refusal);
+  return std::nullopt;
+}
+
+// One unit for each byte, as the URL was read.
+v8::Local<v8::Value> fromBytes(v8::Isolate* isolate, const std::string& bytes) {
+  return v8::String::NewFromOneByte(isolate, reinterpret_cast<const std::uint8_t*>(bytes.data()),
+                                    v8::NewStringType::kNormal, static_cast<int>(bytes.size()))
+      .ToLocalChecked();
+}
+
+// Behind a fragment as well, and not escaped, both on purpose.
+std::string withToken(const std::string& url, const Gateway& gateway, const std::string& token) {
+  return url + (hasQuery(url) ? "&" : "?") + gateway.parameter + "=" + token;
+}
+
+// What follows the URL does not count: there are no headers on this road.
+v8::MaybeLocal<v8::Value> secureHttpGet(const Args& args, const Gateway& gateway,
+                                        v8::Local<v8::Value> token) {
+  v8::Isolate* isolate = args.GetIsolate();
+  g_message("secureHttpGet");
+  if (!args[0]->IsString()) {
+    throwText(isolate, "Signature error function");
+    return {};
+  }
+  const auto url = checkedUrl(args, gateway, token);
+  if (!url) return {};
+  const std::string whole = withToken(*url, gateway, asciiText(isolate, token).value());
+  // The one text for all services, and the token in it, are meant so.
+  g_message("FacebookHttpGet URL %s", whole.c_str());
+  const v8::Local<v8::Value> arguments[] = {fromBytes(isolate, whole)};
+  return contentOf(httpget(isolate, arguments, 1));
+}
+
+// The token goes out beside the script's parameters and never stands among them, where a getter or
+// a Proxy could see it.
+v8::MaybeLocal<v8::Value> secureHttpPost(const Args& args, const Gateway& gateway,
+                                         v8::Local<v8::Value> token) {
+  v8::Isolate* isolate = args.GetIsolate();
+  g_message("secureHttpPost");
+  if (args.Length() < 2 || !args[0]->IsString() || !args[1]->IsObject()) {
+    throwText(isolate, "Signature error function");
+    return {};
+  }
+  if (!checkedUrl(args, gateway, token)) return {};
+  std::vector<v8::Local<v8::Value>> arguments;
+  for (int i = 0; i < std::min(args.Length(), kPostArguments); ++i) arguments.push_back(args[i]);
+  const ExtraField extra{gateway.parameter, utf8Text(isolate, token).value()};
+  // The count stays the script's own: with more than four, the fourth does not count.
+  return contentOf(httppost(isolate, arguments, args.Length(), &extra));
+}
+
+using Operation = v8::MaybeLocal<v8::Value> (*)(const Args&, const Gateway&, v8::Local<v8::Value>);
+
+// By name each time, so a function that was taken off its object works as well.
+template <const Gateway& gateway, Operation operation>
+void entry(const Args& args) {
+  v8::Local<v8::Value> token;
+  if (!socialSecret(args.GetIsolate(), gateway.service, "token").ToLocal(&token)) return;
+  v8::Local<v8::Value> content;
+  if (operation(args, gateway, token).ToLocal(&content)) args.GetReturnValue().Set(content);
+}
+
+constexpr Binding kFacebookFunctions[] = {{"get", entry<kFacebook, secureHttpGet>},
+                                          {"post", entry<kFacebook, secureHttpPost>}};
+constexpr Binding kSoundcloudFunctions[] = {{"get", entry<kSoundcloud, secureHttpGet>},
+                                            {"post", entry<kSoundcloud, secureHttpPost>}};
+
+}  // namespace
+
+std::span<const Binding> facebookFunctions() { return kFacebookFunctions; }
+
+std::span<const Binding> soundcloudFunctions() { return kSoundcloudFunctions; }
+
+}  // namespace morvik
