@@ -41,15 +41,17 @@ std::string underline(v8::Local<v8::Context> context, v8::Local<v8::Message> mes
          std::string(static_cast<std::size_t>(end - start), '^');
 }
 
-void warnUnlessEmpty(v8::Isolate* isolate, v8::MaybeLocal<v8::Value> stack) {
-  v8::Local<v8::Value> value;
-  if (!stack.ToLocal(&value) || value->IsUndefined()) return;
-  const std::string text = textOrApology(isolate, value);
+// Reading a stack may run script: what that throws is no part of the report.
+void reportStack(v8::Isolate* isolate, v8::Local<v8::Value> exception) {
+  const v8::TryCatch tryCatch(isolate);
+  v8::Local<v8::Value> stack;
+  if (!v8::TryCatch::StackTrace(isolate->GetCurrentContext(), exception).ToLocal(&stack)) return;
+  if (stack->IsUndefined()) return;
+  const std::string text = textOrApology(isolate, stack);
   if (!text.empty()) g_warning("%s", text.c_str());
 }
 
-void report(v8::Isolate* isolate, v8::Local<v8::Value> exception, v8::Local<v8::Message> message,
-            v8::MaybeLocal<v8::Value> stack) {
+void report(v8::Isolate* isolate, v8::Local<v8::Value> exception, v8::Local<v8::Message> message) {
   const v8::Local<v8::Context> context = isolate->GetCurrentContext();
   const std::string text = textOrApology(isolate, exception);
   if (message.IsEmpty()) g_error("%s\n", text.c_str());
@@ -60,15 +62,13 @@ void report(v8::Isolate* isolate, v8::Local<v8::Value> exception, v8::Local<v8::
   if (!message->GetSourceLine(context).ToLocal(&line)) line = v8::String::Empty(isolate);
   g_warning("%s", textOrApology(isolate, line).c_str());
   g_warning("%s", underline(context, message).c_str());
-  warnUnlessEmpty(isolate, stack);
+  reportStack(isolate, exception);
 }
 
 void reportRejection(v8::Isolate* isolate, const Rejection& rejection) {
   const v8::Local<v8::Promise> promise = rejection.promise.Get(isolate);
   const v8::Context::Scope entered(promise->GetCreationContext().ToLocalChecked());
-  const v8::Local<v8::Value> reason = promise->Result();
-  report(isolate, reason, rejection.message.Get(isolate),
-         v8::TryCatch::StackTrace(isolate->GetCurrentContext(), reason));
+  report(isolate, promise->Result(), rejection.message.Get(isolate));
 }
 
 // Reporting turns values into text, which may run script and reject more promises: those wait for
@@ -208,18 +208,13 @@ ScriptRun::~ScriptRun() {
 }
 
 void reportException(const v8::TryCatch& tryCatch) {
-  v8::Isolate* isolate = v8::Isolate::GetCurrent();
-  report(isolate, tryCatch.Exception(), tryCatch.Message(),
-         tryCatch.StackTrace(isolate->GetCurrentContext()));
+  report(v8::Isolate::GetCurrent(), tryCatch.Exception(), tryCatch.Message());
 }
 
 // With a verbose TryCatch the engine tells here what reportException tells too; only where no
 // TryCatch of ours stands is this the one report.
 void onEngineMessage(v8::Local<v8::Message> message, v8::Local<v8::Value> exception) {
-  if (!runsPendingTasks) return;
-  v8::Isolate* isolate = v8::Isolate::GetCurrent();
-  report(isolate, exception, message,
-         v8::TryCatch::StackTrace(isolate->GetCurrentContext(), exception));
+  if (runsPendingTasks) report(v8::Isolate::GetCurrent(), exception, message);
 }
 
 void onPromiseReject(v8::PromiseRejectMessage rejection) {
