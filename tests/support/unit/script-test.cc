@@ -15,11 +15,13 @@
 namespace morvik::test {
 namespace {
 
-// Forking a process in which the engine stands is not possible: a death test starts anew.
-[[maybe_unused]] const bool deathTestsStartAnew = [] {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  return true;
-}();
+// Forking a process in which the engine stands is not possible: a death test starts anew. Said when
+// the tests begin, because the test library's own set-up comes behind that of this file.
+class DeathTestsStartAnew : public testing::Environment {
+  void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+};
+[[maybe_unused]] const auto* const environment =
+    testing::AddGlobalTestEnvironment(new DeathTestsStartAnew);
 
 // One engine for a whole process, as in the program.
 void engineKeptForLife() {
