@@ -30,11 +30,14 @@ std::string escaped(const std::string& secret) {
   return owned ? std::string(owned.get()) : std::string();
 }
 
-// Nothing when the look-up threw.
+// Nothing after an exception: the look-up threw, or there is no secret, which happens when the
+// script has put an object of its own in the place of social.twitter.
 std::optional<std::string> secretOf(v8::Isolate* isolate, const char* name) {
   v8::Local<v8::Value> secret;
   if (!socialSecret(isolate, kTwitter, name).ToLocal(&secret)) return std::nullopt;
-  return asciiText(isolate, secret);
+  if (secret->IsString()) return asciiText(isolate, secret);
+  throwText(isolate, "no token");
+  return std::nullopt;
 }
 
 // Both secrets are escaped, so that the one "&" is always the separator.
