@@ -102,16 +102,18 @@ std::string inWords(const ZephMsg& message) {
 std::string printable(std::string_view text) {
   const GText valid(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())));
   std::string line;
-  for (const char *at = valid.get(), *next = at; *at != '\0'; at = next) {
-    next = g_utf8_next_char(at);
+  const char* at = valid.get();
+  while (*at != '\0') {
+    const char* next = g_utf8_next_char(at);
     const bool visible = g_unichar_isprint(g_utf8_get_char(at)) != FALSE;
     line.append(visible ? std::string_view(at, static_cast<std::size_t>(next - at)) : "?");
+    at = next;
   }
   return line;
 }
 
 std::string describe(const ZephMsg& message) {
-  const std::string words = inWords(message);
+  std::string words = inWords(message);
   if (g_utf8_strlen(words.c_str(), -1) <= kLongestText) return words;
   const char* cut = g_utf8_offset_to_pointer(words.c_str(), kLongestText);
   return words.substr(0, static_cast<std::size_t>(cut - words.c_str())) + " ...";

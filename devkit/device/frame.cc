@@ -16,9 +16,7 @@ std::string frameOf(std::string_view payload) {
   return frame;
 }
 
-void FrameReader::feed(std::string_view bytes) {
-  if (!brokenBy_) buffer_.append(bytes);
-}
+void FrameReader::feed(std::string_view bytes) { buffer_.append(bytes); }
 
 std::optional<std::string> FrameReader::next() {
   const std::optional<std::uint32_t> length = waitingLength();

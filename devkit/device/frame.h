@@ -23,7 +23,7 @@ std::string frameOf(std::string_view payload);
 // Puts whole payloads together from bytes that arrive in pieces of any size.
 class FrameReader {
  public:
-  // Takes the next bytes of the stream. Without effect once the stream is broken.
+  // Takes the next bytes of the stream.
   void feed(std::string_view bytes);
 
   // The next whole payload, or nothing when more bytes are needed or the stream is broken.
