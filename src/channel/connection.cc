@@ -55,8 +55,8 @@ void sendAll(int socket, const unsigned char* bytes, std::size_t length) {
 }
 
 bool messageWaits(int socket) {
-  // A descriptor beyond select's set cannot be waited for.
-  if (socket >= FD_SETSIZE) g_error("Failed to select socket");
+  // A descriptor outside select's set cannot be waited for.
+  if (socket < 0 || socket >= FD_SETSIZE) g_error("Failed to select socket");
   fd_set set;
   FD_ZERO(&set);
   FD_SET(socket, &set);
