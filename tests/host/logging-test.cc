@@ -1,0 +1,168 @@
+// The log: priorities, labels and the threshold of standard error.
+#include "host/logging.h"
+
+#include <gmock/gmock.h>
+#include <syslog.h>
+
+#include <climits>
+#include <csignal>
+#include <cstdarg>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct SystemLine {
+  int priority;
+  std::string text;
+};
+std::vector<SystemLine> systemLines;
+
+struct Opened {
+  std::string ident;
+  int options = 0;
+  int facility = 0;
+} opened;
+
+}  // namespace
+
+// These stand before the C library's own in this program.
+extern "C" void syslog(int priority, const char* format, ...) {
+  char text[256];
+  va_list values;
+  va_start(values, format);
+  std::vsnprintf(text, sizeof text, format, values);
+  va_end(values);
+  systemLines.push_back({priority, text});
+}
+
+extern "C" void openlog(const char* ident, int options, int facility) {
+  opened = {ident, options, facility};
+}
+
+namespace morvik::test {
+namespace {
+
+class LoggingTest : public testing::Test {
+ protected:
+  LoggingTest() { systemLines.clear(); }
+  ~LoggingTest() override { g_log_set_default_handler(g_log_default_handler, nullptr); }
+
+  // What reaches standard error.
+  std::string printed(int level, int debug, const char* text) {
+    LaunchOptions options;
+    options.debug = debug;
+    testing::internal::CaptureStderr();
+    logHandler("AnyDomain", static_cast<GLogLevelFlags>(level), text, &options);
+    return testing::internal::GetCapturedStderr();
+  }
+};
+
+constexpr int kFatalError = G_LOG_LEVEL_ERROR | G_LOG_FLAG_FATAL;  // as GLib hands it over
+
+TEST_F(LoggingTest, aLevelHasItsPriorityAndItsLabel) {
+  const struct {
+    int level;
+    int priority;
+    const char* printed;
+  } rows[] = {
+      {G_LOG_LEVEL_DEBUG, 7, "DEBUG: text\n"},
+      {G_LOG_LEVEL_INFO, 6, "INFO: text\n"},
+      {G_LOG_LEVEL_MESSAGE, 5, "MESSAGE: text\n"},
+      {G_LOG_LEVEL_WARNING, 4, "WARNING: text\n"},
+      // The table stops here: what is worse is told at debug priority and without a label.
+      {G_LOG_LEVEL_CRITICAL, 7, ": text\n"},
+      {G_LOG_LEVEL_ERROR, 7, ": text\n"},
+      {kFatalError, 7, ": text\n"},
+      {G_LOG_LEVEL_WARNING | G_LOG_FLAG_FATAL, 7, ": text\n"},
+      {0, 7, ": text\n"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.level);
+    systemLines.clear();
+    EXPECT_EQ(printed(row.level, 7, "text"), row.printed);
+    ASSERT_EQ(systemLines.size(), 1U);
+    EXPECT_EQ(systemLines[0].priority, row.priority);
+    EXPECT_EQ(systemLines[0].text, "text");
+  }
+}
+
+TEST_F(LoggingTest, theThresholdHoldsForStandardErrorOnly) {
+  const int levels[] = {G_LOG_LEVEL_DEBUG,   G_LOG_LEVEL_INFO,     G_LOG_LEVEL_MESSAGE,
+                        G_LOG_LEVEL_WARNING, G_LOG_LEVEL_CRITICAL, kFatalError,
+                        G_LOG_LEVEL_ERROR};
+  const struct {
+    int debug;
+    const char* printed;
+  } rows[] = {
+      {7, "DEBUG: x\nINFO: x\nMESSAGE: x\nWARNING: x\n: x\n: x\n: x\n"},
+      {6, "INFO: x\nMESSAGE: x\nWARNING: x\n: x\n: x\n: x\n"},
+      {5, "MESSAGE: x\nWARNING: x\n: x\n: x\n: x\n"},
+      {4, "WARNING: x\n: x\n: x\n: x\n"},
+      {3, ": x\n: x\n: x\n"},  // none of the four, but CRITICAL and ERROR
+      {2, ": x\n"},            // ERROR, and not with its fatal flag
+      {1, ""},
+      {0, ""},
+      {8, "DEBUG: x\nINFO: x\nMESSAGE: x\nWARNING: x\n: x\n: x\n: x\n"},
+      {30, "DEBUG: x\nINFO: x\nMESSAGE: x\nWARNING: x\n: x\n: x\n: x\n"},
+      {31, ""},  // a plain shift by these would not be defined
+      {32, ""},
+      {39, ""},
+      {INT_MAX, ""},
+      {-1, ""},
+      {-25, ""},
+      {INT_MIN, ""},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.debug);
+    systemLines.clear();
+    std::string all;
+    for (const int level : levels) all += printed(level, row.debug, "x");
+    EXPECT_EQ(all, row.printed);
+    EXPECT_EQ(systemLines.size(), std::size(levels));  // never filtered
+  }
+}
+
+TEST_F(LoggingTest, aTextIsNoFormat) {
+  EXPECT_EQ(printed(G_LOG_LEVEL_MESSAGE, 7, "100%s %d%n"), "MESSAGE: 100%s %d%n\n");
+  EXPECT_EQ(systemLines.at(0).text, "100%s %d%n");
+}
+
+TEST_F(LoggingTest, openingNamesTheProgramAndTakesEveryMessage) {
+  LaunchOptions options;
+  options.debug = 5;
+  openLog(options);
+  EXPECT_EQ(opened.ident, "MorvikVM");
+  EXPECT_EQ(opened.options, LOG_PID | LOG_CONS | LOG_NDELAY);
+  EXPECT_EQ(opened.facility, LOG_LOCAL1);
+
+  testing::internal::CaptureStderr();
+  g_message("one");
+  g_debug("two");
+  options.debug = 7;  // the settings are read anew for each message
+  g_log("AnotherDomain", G_LOG_LEVEL_DEBUG, "three");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "MESSAGE: one\nDEBUG: three\n");
+  EXPECT_EQ(systemLines.size(), 3U);
+}
+
+TEST_F(LoggingTest, theProgramsDomainIsItsName) {
+  static std::string domain;
+  g_log_set_default_handler(
+      [](const gchar* name, GLogLevelFlags, const gchar*, gpointer) { domain = name; }, nullptr);
+  g_message("text");
+  EXPECT_EQ(domain, "MorvikVM");
+}
+
+void dieOfAnError() {
+  static LaunchOptions options;
+  openLog(options);
+  g_error("cannot go on");
+}
+
+TEST_F(LoggingTest, anErrorIsWrittenAndEndsTheProcess) {
+  EXPECT_EXIT(dieOfAnError(), testing::KilledBySignal(SIGTRAP), ": cannot go on\n");
+}
+
+}  // namespace
+}  // namespace morvik::test

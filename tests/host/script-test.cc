@@ -1,0 +1,485 @@
+// The one header between the engine and the rest: conversions by a table of odd values, refusals,
+// kept functions, and that each uncaught exception is reported once.
+#include "host/script.h"
+
+#include <csignal>
+#include <cstdint>
+
+#include "support/unit/script-test.h"
+
+namespace morvik::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::EndsWith;
+
+// What the last exposed function has read.
+struct Read {
+  std::string ascii;
+  std::string utf8;
+  std::int32_t int32 = 0;
+  std::uint32_t uint32 = 0;
+  bool threw = false;
+};
+Read lastRead;
+
+void readText(const Args& args) {
+  ArgumentReader reader(args);
+  lastRead.ascii = reader.ascii(0);
+  lastRead.utf8 = reader.utf8(0);
+  lastRead.threw = reader.threw();
+}
+
+void readNumber(const Args& args) {
+  ArgumentReader reader(args);
+  lastRead.int32 = reader.int32(0);
+  lastRead.uint32 = reader.uint32(0);
+  lastRead.threw = reader.threw();
+}
+
+class HostScriptTest : public ScriptTest {
+ protected:
+  HostScriptTest() {
+    expose("readText", readText);
+    expose("readNumber", readNumber);
+  }
+
+  v8::Local<v8::Function> function(const std::string& expression) {
+    run("var f = " + expression);
+    const v8::Context::Scope entered(context());
+    return context()->Global()->Get(context(), toScript("f")).ToLocalChecked().As<v8::Function>();
+  }
+
+  ScriptFunction kept(const std::string& expression) {
+    const auto local = function(expression);
+    const v8::Context::Scope entered(context());
+    return ScriptFunction(local);
+  }
+
+  // Runs text as main.js and reports what it throws. A TryCatch without messages stands for an
+  // exception about which the engine has nothing to tell.
+  void report(const std::string& source, bool withMessage = true) {
+    const v8::Context::Scope entered(context());
+    v8::TryCatch tryCatch(isolate());
+    tryCatch.SetCaptureMessage(withMessage);
+    v8::ScriptOrigin origin(isolate(), toScript("main.js"));
+    v8::Local<v8::Script> script;
+    if (v8::Script::Compile(context(), toScript(source), &origin).ToLocal(&script)) {
+      ASSERT_TRUE(script->Run(context()).IsEmpty());
+    }
+    reportException(tryCatch);
+  }
+};
+
+TEST_F(HostScriptTest, convertsOddValuesAsTheEngineDoes) {
+  const struct {
+    const char* argument;
+    std::string ascii;
+    std::string utf8;
+    std::int32_t int32;
+    std::uint32_t uint32;
+  } rows[] = {
+      {"", "undefined", "undefined", 0, 0},
+      {"undefined", "undefined", "undefined", 0, 0},
+      {"null", "null", "null", 0, 0},
+      {"true", "true", "true", 1, 1},
+      {"false", "false", "false", 0, 0},
+      {"5", "5", "5", 5, 5},
+      {"-1", "-1", "-1", -1, 4294967295U},
+      {"-0", "0", "0", 0, 0},
+      {"2.9", "2.9", "2.9", 2, 2},
+      {"-2.9", "-2.9", "-2.9", -2, 4294967294U},
+      {"NaN", "NaN", "NaN", 0, 0},
+      {"Infinity", "Infinity", "Infinity", 0, 0},
+      {"2147483648", "2147483648", "2147483648", INT32_MIN, 2147483648U},
+      {"4294967297", "4294967297", "4294967297", 1, 1},
+      {"1e21", "1e+21", "1e+21", -559939584, 3735027712U},
+      {"'abc'", "abc", "abc", 0, 0},
+      {"''", "", "", 0, 0},
+      {"' 12 '", " 12 ", " 12 ", 12, 12},
+      {"'0x10'", "0x10", "0x10", 16, 16},
+      {"'12px'", "12px", "12px", 0, 0},
+      {"{}", "[object Object]", "[object Object]", 0, 0},
+      {"[]", "", "", 0, 0},
+      {"[7]", "7", "7", 7, 7},
+      {"[1, 2]", "1,2", "1,2", 0, 0},
+      {"{toString() { return 'x'; }, valueOf() { return 5; }}", "x", "x", 5, 5},
+      {"new Number(3)", "3", "3", 3, 3},
+      {"function() {}", "function() {}", "function() {}", 0, 0},
+      {"'a\\0b'", "a b", std::string("a\0b", 3), 0, 0},
+      {"'\\u00e9'", "\xe9", "\xc3\xa9", 0, 0},
+      {"'\\u0141'", "A", "\xc5\x81", 0, 0},
+      {"'\\u0100'", " ", "\xc4\x80", 0, 0},  // a low byte of zero becomes a blank as well
+      {"'\\ud83d\\ude00'", std::string("= "), "\xf0\x9f\x98\x80", 0, 0},
+      {"'\\ud83d'", "=", "\xed\xa0\xbd", 0, 0},  // half a pair
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.argument);
+    EXPECT_EQ(run(std::string("readText(") + row.argument + ")"), "undefined");
+    EXPECT_EQ(lastRead.ascii, row.ascii);
+    EXPECT_EQ(lastRead.utf8, row.utf8);
+    EXPECT_FALSE(lastRead.threw);
+    EXPECT_EQ(run(std::string("readNumber(") + row.argument + ")"), "undefined");
+    EXPECT_EQ(lastRead.int32, row.int32);
+    EXPECT_EQ(lastRead.uint32, row.uint32);
+    EXPECT_FALSE(lastRead.threw);
+  }
+}
+
+TEST_F(HostScriptTest, aConversionThatThrowsReachesTheScript) {
+  const char* const noText = "throws: TypeError: Cannot convert a Symbol value to a string";
+  const char* const noNumber = "throws: TypeError: Cannot convert a Symbol value to a number";
+  const struct {
+    const char* call;
+    const char* result;
+  } rows[] = {
+      {"readText(Symbol('s'))", noText},
+      {"readNumber(Symbol('s'))", noNumber},
+      {"readText({toString() { throw 'no text'; }})", "throws: no text"},
+      {"readNumber({valueOf() { throw 'no number'; }})", "throws: no number"},
+      {"readNumber({toString() { throw 'no text'; }})", "throws: no text"},
+      {"readText(Object.create(null))",
+       "throws: TypeError: Cannot convert object to primitive value"},
+      {"readNumber(Object.create(null))",
+       "throws: TypeError: Cannot convert object to primitive value"},
+      {"readNumber(1n)", "throws: TypeError: Cannot convert a BigInt value to a number"},
+      {"readText([Symbol()])", noText},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.call);
+    lastRead = {};
+    EXPECT_EQ(run(row.call), row.result);
+    EXPECT_TRUE(lastRead.threw);
+    EXPECT_EQ(lastRead.ascii + lastRead.utf8, "");
+    EXPECT_EQ(lastRead.int32, 0);
+    EXPECT_EQ(lastRead.uint32, 0U);
+  }
+  EXPECT_THAT(log.lines(), ElementsAre());  // the script has caught it
+}
+
+TEST_F(HostScriptTest, theFirstConversionThatThrowsEndsTheReading) {
+  expose("readTwo", [](const Args& args) {
+    ArgumentReader reader(args);
+    lastRead.utf8 = reader.ascii(0);
+    lastRead.utf8 += reader.utf8(1);
+    lastRead.int32 = reader.int32(1);
+    lastRead.uint32 = reader.uint32(1);
+  });
+  EXPECT_EQ(run("readTwo({toString() { throw 'first'; }}, {toString() { log('touched'); }})"),
+            "throws: first");
+  EXPECT_THAT(logged(), ElementsAre());
+  EXPECT_EQ(lastRead.utf8, "");
+}
+
+TEST_F(HostScriptTest, aRefusalIsAPlainString) {
+  expose("refuse", [](const Args& args) { throwText(args.GetIsolate(), "Wrong arguments"); });
+  EXPECT_EQ(run("refuse()"), "throws: Wrong arguments");
+  EXPECT_EQ(run("try { refuse(); } catch (e) { typeof e; }"), "string");
+}
+
+TEST_F(HostScriptTest, theInstanceIsFoundFromEveryFunction) {
+  static MorvikData* found;
+  expose("find", [](const Args& args) { found = &currentInstance(args.GetIsolate()); });
+  for (const char* call : {"find()", "find.call(null)", "[1].forEach(find)",
+                           "Promise.resolve().then(find)", "new find()"}) {
+    SCOPED_TRACE(call);
+    found = nullptr;
+    run(call);
+    EXPECT_EQ(found, &instance);
+  }
+}
+
+TEST_F(HostScriptTest, textsBecomeScriptTextsWhateverTheirBytes) {
+  static const std::string texts[] = {"", "abc", "caf\xc3\xa9", std::string("a\0b", 3), "\xff"};
+  expose("text", [](const Args& args) {
+    const auto index = args[0].As<v8::Int32>()->Value();
+    args.GetReturnValue().Set(toScript(texts[index]));
+  });
+  EXPECT_EQ(run("text(0) === ''"), "true");
+  EXPECT_EQ(run("text(1) === 'abc'"), "true");
+  EXPECT_EQ(run("text(2) === 'caf\\u00e9'"), "true");
+  EXPECT_EQ(run("text(3) === 'a\\0b'"), "true");
+  EXPECT_EQ(run("text(4) === '\\ufffd'"), "true");
+}
+
+TEST_F(HostScriptTest, propertiesAreSetWithoutRunningSetters) {
+  expose("make", [](const Args& args) {
+    const auto object = v8::Object::New(args.GetIsolate());
+    for (const char* name : {"__proto__", "trap", "7", ""}) setOwn(object, name, toScript("own"));
+    args.GetReturnValue().Set(object);
+  });
+  EXPECT_EQ(run("Object.defineProperty(Object.prototype, 'trap', {set() { log('trapped'); }});"
+                "JSON.stringify(make())"),
+            R"({"7":"own","__proto__":"own","trap":"own","":"own"})");
+  EXPECT_THAT(logged(), ElementsAre());
+}
+
+TEST_F(HostScriptTest, aKeptFunctionIsCalledWithItselfAsThis) {
+  const ScriptFunction callback =
+      kept("function g(a, b) { log((this === g) + [arguments.length, a, b].join()); }");
+  callback.call();
+  const v8::HandleScope handles(isolate());
+  callback.call({toScript("x"), toScript("y")});
+  EXPECT_THAT(logged(), ElementsAre("true0,,", "true2,x,y"));
+}
+
+TEST_F(HostScriptTest, aKeptFunctionLivesWithoutItsScriptsHelp) {
+  const ScriptFunction callback =
+      kept("(function() { var n = 41; return () => { log(++n); }; })()");
+  run("f = null");
+  isolate()->LowMemoryNotification();
+  callback.call();
+  EXPECT_THAT(logged(), ElementsAre("42"));
+}
+
+TEST_F(HostScriptTest, onlyTheBooleanTrueIsTrue) {
+  const struct {
+    const char* result;
+    bool isTrue;
+  } rows[] = {
+      {"true", true},    {"!0", true},
+      {"false", false},  {"1", false},
+      {"'true'", false}, {"{}", false},
+      {"[]", false},     {"undefined", false},
+      {"null", false},   {"new Boolean(true)", false},
+      {"1n", false},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.result);
+    EXPECT_EQ(kept(std::string("() => (") + row.result + ")").call(), row.isTrue);
+  }
+}
+
+TEST_F(HostScriptTest, aKeptFunctionThatThrowsIsReportedOnceAndCountsAsFalse) {
+  const ScriptFunction callback = kept("function() { throw new Error('thrown'); }");
+  testing::internal::CaptureStdout();
+  EXPECT_FALSE(callback.call());
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  const auto warnings = log.texts(G_LOG_LEVEL_WARNING);
+  ASSERT_EQ(warnings.size(), 4U);
+  EXPECT_THAT(warnings[0], EndsWith(":1: Error: thrown"));
+  EXPECT_EQ(warnings[1], "var f = function() { throw new Error('thrown'); }");
+  EXPECT_EQ(warnings[2], std::string(21, ' ') + "^");
+  EXPECT_THAT(warnings[3], testing::StartsWith("Error: thrown\n    at Function.f ("));
+  EXPECT_EQ(log.lines().size(), 4U);
+  EXPECT_FALSE(callback.call());
+  EXPECT_EQ(log.lines().size(), 8U);
+}
+
+TEST_F(HostScriptTest, endlessRecursionIsAnOrdinaryException) {
+  EXPECT_FALSE(kept("function g() { g(); }").call());
+  EXPECT_THAT(log.texts(G_LOG_LEVEL_WARNING).at(0),
+              EndsWith(": RangeError: Maximum call stack size exceeded"));
+  EXPECT_TRUE(kept("() => true").call());
+}
+
+// An application that runs for months must not grow.
+TEST_F(HostScriptTest, callsFromTheLoopLeaveNoHandlesBehind) {
+  const ScriptFunction good = kept("function() { return {}; }");
+  const ScriptFunction bad = kept("function() { throw 'thrown'; }");
+  const int before = v8::HandleScope::NumberOfHandles(isolate());
+  for (int i = 0; i < 100; ++i) {
+    good.call();
+    bad.call();
+  }
+  EXPECT_EQ(v8::HandleScope::NumberOfHandles(isolate()), before);
+}
+
+TEST_F(HostScriptTest, anObjectForAScriptIsMadeOutsideItsContext) {
+  const ScriptFunction callback =
+      kept("function(o) { log([o instanceof Object, JSON.stringify(o)].join()); }");
+  {
+    const TemporaryContext temporary;
+    callback.call({temporary.newObject()});
+    EXPECT_EQ(isolate()->GetCurrentContext(), temporary.context());
+  }
+  EXPECT_THAT(logged(), ElementsAre("false,{}"));
+}
+
+TEST_F(HostScriptTest, anExceptionIsReportedWithPlaceLineUnderlineAndStack) {
+  const struct {
+    const char* source;
+    std::vector<std::string> lines;
+  } rows[] = {
+      {"throw 'plain';", {"main.js:1: plain", "throw 'plain';", "^"}},
+      {"\n\n  throw 12", {"main.js:3: 12", "  throw 12", "  ^"}},
+      {"throw undefined", {"main.js:1: undefined", "throw undefined", "^"}},
+      {"throw null", {"main.js:1: null", "throw null", "^"}},
+      {"throw ''", {"main.js:1: ", "throw ''", "^"}},
+      {"throw 'caf\\u00e9'", {"main.js:1: caf\xc3\xa9", "throw 'caf\\u00e9'", "^"}},
+      {"throw '%s%n'", {"main.js:1: %s%n", "throw '%s%n'", "^"}},
+      {"throw {}", {"main.js:1: [object Object]", "throw {}", "^"}},
+      {"throw {stack: 'own stack'}",
+       {"main.js:1: [object Object]", "throw {stack: 'own stack'}", "^", "own stack"}},
+      {"throw {stack: ''}", {"main.js:1: [object Object]", "throw {stack: ''}", "^"}},
+      {"throw Symbol('s')", {"main.js:1: <string conversion failed>", "throw Symbol('s')", "^"}},
+      {"throw {toString() { throw 1; }}",
+       {"main.js:1: <string conversion failed>", "throw {toString() { throw 1; }}", "^"}},
+      {"throw {get stack() { throw 1; }}",
+       {"main.js:1: [object Object]", "throw {get stack() { throw 1; }}", "^"}},
+      {"throw {stack: Symbol()}",
+       {"main.js:1: [object Object]", "throw {stack: Symbol()}", "^",
+        "<string conversion failed>"}},
+      {"void [1, missing];",
+       {"main.js:1: ReferenceError: missing is not defined", "void [1, missing];", "         ^",
+        "ReferenceError: missing is not defined\n    at main.js:1:10"}},
+      {"function f() {\n  null.x;\n}\nf();",
+       {"main.js:2: TypeError: Cannot read properties of null (reading 'x')", "  null.x;",
+        "       ^",
+        "TypeError: Cannot read properties of null (reading 'x')\n    at f (main.js:2:8)\n    at "
+        "main.js:4:1"}},
+      {"var = 1;",
+       {"main.js:1: SyntaxError: Unexpected token '='", "var = 1;", "    ^",
+        "SyntaxError: Unexpected token '='"}},
+      {"var a = 'never closed",
+       {"main.js:1: SyntaxError: Invalid or unexpected token", "var a = 'never closed",
+        "        ^^^^^^^^^^^^^", "SyntaxError: Invalid or unexpected token"}},
+      {"let abc; let abc;",
+       {"main.js:1: SyntaxError: Identifier 'abc' has already been declared", "let abc; let abc;",
+        "             ^", "SyntaxError: Identifier 'abc' has already been declared"}},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.source);
+    log.clear();
+    report(row.source);
+    EXPECT_THAT(log.texts(G_LOG_LEVEL_WARNING), ElementsAreArray(row.lines));
+    EXPECT_EQ(log.lines().size(), row.lines.size());
+  }
+}
+
+TEST_F(HostScriptTest, anUnderlineMayBeLongerThanAnyBuffer) {
+  const std::string blanks(3000, ' ');
+  report(blanks + "missing");
+  EXPECT_EQ(log.texts(G_LOG_LEVEL_WARNING).at(2), blanks + "^");
+}
+
+TEST_F(HostScriptTest, aStackHasUpToTenFrames) {
+  const v8::Context::Scope entered(context());
+  v8::TryCatch tryCatch(isolate());
+  auto script = v8::Script::Compile(
+      context(), toScript("(function f(n) { if (n > 0) f(n - 1); else throw 'deep'; })(30)"));
+  EXPECT_TRUE(script.ToLocalChecked()->Run(context()).IsEmpty());
+  EXPECT_EQ(tryCatch.Message()->GetStackTrace()->GetFrameCount(), 10);
+}
+
+TEST_F(HostScriptTest, anExceptionWithoutAMessageIsFatal) {
+  EXPECT_EXIT(report("throw 'nothing to tell'", false), testing::KilledBySignal(SIGTRAP),
+              "fatal: nothing to tell\n\n");
+}
+
+TEST_F(HostScriptTest, aRejectionThatNobodyHandlesIsReportedOnce) {
+  const struct {
+    const char* source;
+    const char* text;
+  } rows[] = {
+      {"Promise.reject('rejected')", "rejected"},
+      {"Promise.reject(new Error('rejected'))", "Error: rejected"},
+      {"Promise.reject()", "undefined"},
+      {"Promise.reject(Symbol())", "<string conversion failed>"},
+      {"new Promise(() => { throw 'rejected'; })", "rejected"},
+      {"(async function() { throw 'rejected'; })()", "rejected"},
+      {"(async function() { await 1; throw 'rejected'; })()", "rejected"},
+      {"Promise.resolve().then(() => { throw 'rejected'; })", "rejected"},
+      {"Promise.reject('rejected').finally(() => {})", "rejected"},
+      {"Promise.reject({get stack() { throw 1; }, toString() { return 'rejected'; }})", "rejected"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.source);
+    log.clear();
+    testing::internal::CaptureStdout();
+    run(row.source);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    const auto warnings = log.texts(G_LOG_LEVEL_WARNING);
+    ASSERT_GE(warnings.size(), 3U);
+    EXPECT_THAT(warnings[0], testing::MatchesRegex("[^:]*:[0-9]+: .*"));
+    EXPECT_THAT(warnings[0], EndsWith(std::string(": ") + row.text));
+    EXPECT_LE(warnings.size(), 4U);
+    run("0");
+    EXPECT_EQ(log.lines().size(), warnings.size());
+  }
+}
+
+TEST_F(HostScriptTest, aRejectionHandledInTheSameRunIsNone) {
+  for (const char* source :
+       {"Promise.reject(1).catch(() => {})", "var p = Promise.reject(1); p.then(0, () => {})",
+        "(async () => { try { await Promise.reject(1); } catch (e) {} })()",
+        "var p = Promise.reject(1); Promise.resolve().then(() => p.catch(() => {}))",
+        "Promise.allSettled([Promise.reject(1)])"}) {
+    SCOPED_TRACE(source);
+    run(source);
+    EXPECT_THAT(log.lines(), ElementsAre());
+  }
+}
+
+TEST_F(HostScriptTest, aRejectionHandledTooLateWasReportedAndIsNotAgain) {
+  run("var p = Promise.reject('early')");
+  const std::size_t reported = log.lines().size();
+  EXPECT_EQ(reported, 3U);
+  run("p.catch(() => {})");
+  EXPECT_EQ(log.lines().size(), reported);
+}
+
+// Turning a reason into text may run script, which must not keep the report busy for ever.
+TEST_F(HostScriptTest, aRejectionFromWithinAReportWaitsForTheNextRun) {
+  run("var n = 0; var again = {toString() { Promise.reject(again); return 'again' + ++n; }};"
+      "Promise.reject(again)");
+  EXPECT_EQ(log.texts(G_LOG_LEVEL_WARNING).size(), 3U);
+  run("0");
+  EXPECT_EQ(log.texts(G_LOG_LEVEL_WARNING).size(), 6U);
+  run("delete again.toString; again.toString = () => 'last'; 0");
+  run("0");
+}
+
+TEST_F(HostScriptTest, rejectionsAreReportedInTheirOrderAfterTheRun) {
+  run("Promise.reject('a'); Promise.reject('b'); log('still running')");
+  const auto texts = log.texts();
+  ASSERT_EQ(texts.size(), 7U);
+  EXPECT_EQ(texts[0], "JSLOG: still running");
+  EXPECT_THAT(texts[1], EndsWith(": a"));
+  EXPECT_THAT(texts[4], EndsWith(": b"));
+}
+
+class FinaliserTest : public HostScriptTest {
+ protected:
+  // Lets `callback` be the finaliser of something that is gone.
+  void finalise(const std::string& callback) {
+    run("var registry = new FinalizationRegistry(" + callback +
+        "); (function() { registry.register({}, 'gone'); })(); 0");
+    isolate()->LowMemoryNotification();
+    run("0");
+  }
+};
+
+TEST_F(FinaliserTest, runsWhenTheScriptDoesNot) {
+  finalise("value => log(value)");
+  EXPECT_THAT(logged(), ElementsAre("gone"));
+}
+
+TEST_F(FinaliserTest, thatThrowsIsReportedOnce) {
+  testing::internal::CaptureStdout();
+  finalise("() => { throw 'thrown'; }");
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  const auto warnings = log.texts(G_LOG_LEVEL_WARNING);
+  ASSERT_EQ(warnings.size(), 3U);
+  EXPECT_THAT(warnings[0], EndsWith(": thrown"));
+  run("0");
+  EXPECT_EQ(log.lines().size(), 3U);
+}
+
+TEST_F(FinaliserTest, thatThrowsWhatThrowsAgainIsStillReportedOnce) {
+  finalise("() => { throw {toString() { return 'odd'; }, get stack() { throw 'more'; }}; }");
+  const auto warnings = log.texts(G_LOG_LEVEL_WARNING);
+  ASSERT_EQ(warnings.size(), 3U);
+  EXPECT_THAT(warnings[0], EndsWith(": odd"));
+}
+
+TEST_F(FinaliserTest, thatRejectsIsReportedAsWell) {
+  finalise("() => { Promise.reject('rejected'); }");
+  const auto warnings = log.texts(G_LOG_LEVEL_WARNING);
+  ASSERT_EQ(warnings.size(), 3U);
+  EXPECT_THAT(warnings[0], EndsWith(": rejected"));
+}
+
+}  // namespace
+}  // namespace morvik::test
