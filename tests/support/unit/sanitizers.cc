@@ -1,7 +1,7 @@
-// What the sanitizers are told about the unit tests, in builds that have them: memory that cannot be
-// had is for the code under test to meet, and leaks with the engine's library on their stack do not
-// count, because it keeps memory in ways that the check cannot follow. Of our own, what is kept for
-// life says so in its name.
+// What the sanitizers are told about the unit tests, in builds that have them: memory that cannot
+// be had is for the code under test to meet, and leaks with the engine's library on their stack do
+// not count, because it keeps memory in ways that the check cannot follow. Of our own, what is kept
+// for life says so in its name.
 
 // The names are the sanitizers'.
 extern "C" {
