@@ -11,7 +11,6 @@ namespace morvik {
 namespace {
 
 using testing::Contains;
-using testing::ElementsAre;
 using testing::Not;
 
 constexpr char kAutokill[] = "/!\\ AUTOKILL, application still not interactive after 10000ms";
@@ -66,12 +65,11 @@ TEST_F(AutokillTest, endsAnApplicationThatCalledExitInItsFirstRun) {
 TEST_F(AutokillTest, leavesAnInteractiveApplicationAlone) {
   shortenTimers();
   connect(
-      "morvik.start(function() { log('granted'); }, {}); var ticks = 0;"
-      "setTimeout(100, function() { log('tick'); return ++ticks < 4; });" +
+      "var ticks = 0; morvik.start(function() {"
+      " setTimeout(100, function() { log('tick'); return ++ticks < 4; }); }, {});" +
       std::string(kSpin));
   device.grant(device.receive());
-  EXPECT_THAT(app.loggedUntil("tick"), ElementsAre("granted"));
-  for (int tick = 2; tick <= 4; ++tick) EXPECT_EQ(app.logged(), "tick");
+  for (int tick = 1; tick <= 4; ++tick) EXPECT_EQ(app.logged(), "tick");
   EXPECT_TRUE(app.alive());
   EXPECT_THAT(app.texts(), Not(Contains(kAutokill)));
 }

@@ -191,7 +191,7 @@ TEST_F(LauncherTest, childrenDoNotPrintTheRefusalAgain) {
   sendHome(guests.back());
   host().waitForLog("end process: " + std::to_string(guests.back().app.pid()) + " nbChild 2");
   host().line("nobody at home");
-  host().waitForLog("end process: sigchild", 3);
+  host().waitForLogTimes("end process: sigchild", 3);
   host().killAll();
   EXPECT_EQ(host().output().awaitEnd(), kRefusal);
 }
@@ -212,7 +212,7 @@ TEST_F(LauncherTest, twoEndsInOneSignalAreCountedOnce) {
   });
   host().line("nobody at home");
   host().waitForLog("setCmdLine nobody at home");
-  host().waitForLog("nbChild 1", 2);
+  host().waitForLogTimes("nbChild 1", 2);
 }
 
 TEST_F(LauncherTest, aForkThatFailsIsSilentAndCostsAPlace) {
@@ -255,7 +255,7 @@ TEST_F(LauncherTest, linesOfAFileAreReadOnceWhateverItsChildrenDo) {
     SCOPED_TRACE(app);
     apps.file("input", app, app + "\n");
     startHost({.input = apps.path() + "/input/" + app});
-    host().waitForLog("end process: sigchild", 8);
+    host().waitForLogTimes("end process: sigchild", 8);
     host().killAll();
     const std::vector<std::string> texts = host().texts(host().pid());
     const std::string first = "MorvikVM buffer:" + app + "\n : len:";

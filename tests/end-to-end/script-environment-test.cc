@@ -244,12 +244,5 @@ TEST_F(ScriptEnvironmentTest, aScriptsGlobalsAreItsOwn) {
   EXPECT_EQ(launch("app").logged(), "undefined");
 }
 
-TEST_F(ScriptEnvironmentTest, theInstanceIsHiddenFromTheScript) {
-  expectLogged(
-      {{"Reflect.ownKeys(globalThis).filter(function(k) {"
-        " return /instance|data|external/i.test(String(k)); })",
-        "instanceName,DataView"}});
-}
-
 }  // namespace
 }  // namespace morvik

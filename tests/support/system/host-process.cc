@@ -174,7 +174,6 @@ HostProcess::~HostProcess() { killAll(); }
 // can have the group's number.
 void HostProcess::killAll() {
   if (std::exchange(finished_, true)) return;
-  input_.close();
   kill(-pid_, SIGKILL);
   while (waitpid(-pid_, nullptr, 0) > 0 || errno == EINTR) {
   }
@@ -200,7 +199,7 @@ LogRecord HostProcess::waitForLog(std::string_view what, const LogMatcher& match
   return log_.await(what, matches);
 }
 
-LogRecord HostProcess::waitForLog(std::string_view text, int times) const {
+LogRecord HostProcess::waitForLogTimes(std::string_view text, int times) const {
   int seen = 0;
   return log_.await(text, [&](const LogRecord& record) {
     if (record.text == text) ++seen;

@@ -55,7 +55,7 @@ class HostProcess {
   LogRecord waitForLog(std::string_view text, std::optional<pid_t> from = {}) const;
   LogRecord waitForLog(std::string_view what, const LogMatcher& matches) const;
   // Waits until so many records with this text came, of whatever process.
-  LogRecord waitForLog(std::string_view text, int times) const;
+  LogRecord waitForLogTimes(std::string_view text, int times) const;
   [[nodiscard]] std::vector<LogRecord> log() const { return log_.records(); }
   // The texts of one process, in order.
   [[nodiscard]] std::vector<std::string> texts(pid_t from) const;

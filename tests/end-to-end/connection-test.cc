@@ -1,0 +1,383 @@
+// morvik.connect and the frames on the connection: what is sent, how what comes is put together,
+// and how an application ends when its connection fails.
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <syslog.h>
+
+#include <string>
+#include <vector>
+
+#include "support/system/system-test.h"
+
+namespace morvik {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsSupersetOf;
+using testing::Not;
+using testing::StartsWith;
+
+constexpr char kLengthFailed[] = "Failed to receive bytes length from server";
+constexpr char kPayloadFailed[] = "Failed to receive bytes from server";
+
+class ConnectTest : public SystemTest {
+ protected:
+  [[nodiscard]] std::string port(int offset = 0) const {
+    return std::to_string(server.port() + offset);
+  }
+};
+
+TEST_F(ConnectTest, refusesWrongArguments) {
+  std::vector<Row> rows;
+  for (const std::string call :
+       {"", "HOST", "1, 2", "HOST, 1.5", "HOST, '80'", "HOST, NaN", "HOST, undefined",
+        "HOST, 4294967296", "HOST, 2147483648", "new String(HOST), PORT", "undefined, PORT",
+        "HOST, PORT, {}", "HOST, PORT, []", "HOST, PORT, log", "HOST, PORT, 1, 2",
+        "HOST, PORT, undefined, undefined"})
+    rows.push_back(
+        {"caught(function() { morvik.connect(" + call + "); })", "string: Wrong arguments"});
+  expectLogged(rows);
+  EXPECT_TRUE(server.quiet());
+}
+
+// A third argument that is an object is refused, and any other one is taken: odd on purpose.
+TEST_F(ConnectTest, takesAThirdArgumentThatIsNoObject) {
+  for (const std::string third : {"", ", 1", ", 'x'", ", true", ", null", ", undefined"}) {
+    App app = run("log(typeof morvik.connect(HOST, PORT" + third +
+                  ")); "
+                  "morvik.start(function() { exit(); });");
+    DeviceLink link = server.accept();
+    EXPECT_EQ(app.logged(), "undefined") << third;
+    link.grant(link.receive());
+    host().waitForLog("end process: " + std::to_string(app.pid()) + " nbChild 0");
+  }
+}
+
+TEST_F(ConnectTest, logsWhereItConnects) {
+  const App app = run("morvik.connect('localhost', PORT);");
+  server.accept();
+  EXPECT_EQ(app.waitForLog("connecting to: localhost:" + port()).priority, LOG_DEBUG);
+}
+
+TEST_F(ConnectTest, usesTheLowSixteenBitsOfThePort) {
+  for (const int offset : {65536, -65536, 7 * 65536}) {
+    const App app = run("morvik.connect(HOST, PORT + " + std::to_string(offset) + ");");
+    server.accept();
+    app.waitForLog("connecting to: 127.0.0.1:" + port(offset));
+    kill(app.pid(), SIGKILL);
+    host().waitForLog("end process: " + std::to_string(app.pid()) + " nbChild 0");
+  }
+}
+
+TEST_F(ConnectTest, throwsWhenTheNameIsUnknown) {
+  App app = run("log(caught(function() { morvik.connect('256.1.1.1', 80); }));");
+  EXPECT_EQ(app.logged(), "string: connection refused");
+  EXPECT_EQ(app.waitForLog("connecting to: 256.1.1.1:80").priority, LOG_DEBUG);
+  EXPECT_EQ(app.waitForLog("nslookup failed on '256.1.1.1'").priority, LOG_DEBUG);
+  EXPECT_EQ(app.waitForLog("connection refused").priority, LOG_WARNING);
+}
+
+TEST_F(ConnectTest, throwsWhenNobodyListens) {
+  for (const int offset : {0, 65536}) {
+    const std::string closed = std::to_string(unusedPort() + offset);
+    App app = run("log(caught(function() { morvik.connect(HOST, " + closed + "); }));");
+    EXPECT_EQ(app.logged(), "string: connection refused");
+    const std::string failed = "connect failed on '127.0.0.1:" + closed + "' : Connection refused";
+    EXPECT_EQ(app.waitForLog(failed).priority, LOG_WARNING);
+    EXPECT_THAT(app.warnings(), ElementsAre(StartsWith("no params"), failed, "connection refused"));
+  }
+}
+
+TEST_F(ConnectTest, mayBeTriedAgainAfterAFailure) {
+  App app =
+      run("caught(function() { morvik.connect('256.1.1.1', 80); });"
+          "log(caught(function() { morvik.start(log, {}); }));"
+          "morvik.connect(HOST, PORT); morvik.start(function() { log('granted'); }, {});");
+  DeviceLink link = server.accept();
+  EXPECT_EQ(app.logged(), "string: Connect first");
+  link.grant(link.receive());
+  EXPECT_EQ(app.logged(), "granted");
+}
+
+TEST_F(ConnectTest, aSecondConnectionTakesThePlaceOfTheFirstWhichStaysOpen) {
+  App app =
+      run("morvik.connect(HOST, PORT); morvik.connect(HOST, PORT);"
+          "morvik.start(function() { log('granted'); }, {});");
+  DeviceLink first = server.accept();
+  DeviceLink second = server.accept();
+  const zeph::ZephMsg start = second.receive();
+  first.grant(start);
+  EXPECT_TRUE(first.quiet()) << "neither a message nor an end";
+  second.grant(start);
+  EXPECT_EQ(app.logged(), "granted");
+  first.close();
+  second.send(stopNotice());
+  app.waitForLog("interactive mode stopped, autokill in 300000ms");
+}
+
+TEST_F(ConnectTest, nothingConnectsByItself) {
+  App app = run("setTimeout(20, function() { log('end'); });");
+  EXPECT_EQ(app.logged(), "end");
+  EXPECT_TRUE(server.quiet());
+}
+
+// --- frames
+
+class FrameTest : public DeviceTest {
+ protected:
+  // An interactive application that logs the codes which answer its one request.
+  void ask() {
+    interactive("morvik.led.light('red', log);");
+    request = device.receive();
+  }
+  zeph::ZephMsg request;
+};
+
+TEST_F(FrameTest, areALengthInFourBytesAndAMessage) {
+  connect("morvik.start(log, {});");
+  const std::string word = device.receiveBytes(4);
+  EXPECT_EQ(word.substr(0, 3), std::string(3, '\0'));
+  const std::string payload = device.receiveBytes(static_cast<unsigned char>(word[3]));
+  zeph::ZephMsg message;
+  ASSERT_TRUE(message.ParseFromString(payload));
+  EXPECT_EQ(lengthWord(payload.size()), word);
+  EXPECT_THAT(message.id(), testing::MatchesRegex("[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}"));
+  EXPECT_TRUE(device.quiet());
+}
+
+TEST_F(FrameTest, areLoggedOnTheirWay) {
+  ask();
+  const zeph::ZephMsg reply = responseTo(request, "OK");
+  device.send(reply);
+  EXPECT_EQ(app.logged(), "OK");
+  EXPECT_EQ(app.waitForLog("Sending MSG\n" + request.DebugString()).priority, LOG_DEBUG);
+  EXPECT_EQ(app.waitForLog("message received").priority, LOG_DEBUG);
+  EXPECT_EQ(app.waitForLog("Received MSG\n" + reply.DebugString()).priority, LOG_DEBUG);
+}
+
+TEST_F(FrameTest, withCredentialsAreNotLogged) {
+  ask();
+  zeph::ZephMsg reply = responseTo(request, "OK");
+  ASSERT_NE(reply.mutable_social(), nullptr);
+  reply.mutable_response()->set_description("very secret");
+  device.send(reply);
+  EXPECT_EQ(app.logged(), "OK");
+  for (const std::string& text : app.texts()) EXPECT_THAT(text, Not(HasSubstr("very secret")));
+}
+
+TEST_F(FrameTest, mayComeByteByByteBehindTheirLength) {
+  ask();
+  const std::string frame = frameOf(responseTo(request, "OK"));
+  device.sendBytes(frame.substr(0, 4));
+  device.awaitRead();
+  device.sendByteByByte(frame.substr(4));
+  EXPECT_EQ(app.logged(), "OK");
+}
+
+TEST_F(FrameTest, mayComeTwoAtOnce) {
+  ask();
+  device.sendBytes(frameOf(responseTo(request, "OK")) + frameOf(eventFor(request, "TERMINATED")) +
+                   frameOf(eventFor(request, "CANCELLED")));
+  EXPECT_EQ(app.logged(), "OK");
+  EXPECT_EQ(app.logged(), "TERMINATED");
+  EXPECT_EQ(app.logged(), "CANCELLED");
+}
+
+TEST_F(FrameTest, mayBeLarge) {
+  ask();
+  zeph::ZephMsg reply = responseTo(request, "OK");
+  reply.set_recipient(std::string(100000, 'r'));
+  device.send(reply);
+  EXPECT_EQ(app.logged(), "OK");
+}
+
+TEST_F(FrameTest, ofLengthZeroAreEmptyMessages) {
+  ask();
+  device.sendBytes(lengthWord(0));
+  device.reply(request, "OK");
+  EXPECT_EQ(app.logged(), "OK");
+  EXPECT_THAT(app.texts(), Contains("Received MSG\n"));
+  EXPECT_THAT(app.texts(), Not(Contains("NO CORRELATION FOUND")));
+}
+
+// The length word is read right only when it comes whole: its bytes are counted one by one, and
+// written four apart.
+TEST_F(FrameTest, whoseLengthComesInPiecesAreNotPutTogether) {
+  for (const std::size_t first : {1U, 2U, 3U}) {
+    SCOPED_TRACE(first);
+    startHost();
+    ask();
+    const std::string frame = frameOf(responseTo(request, "OK"));
+    device.sendBytes(frame.substr(0, first));
+    device.awaitRead();
+    device.sendBytes(frame.substr(first));
+    device.finishSending();
+    app.waitUntilEnded();
+    EXPECT_THAT(app.texts(), Not(Contains("JSLOG: OK")));
+    const std::string last = app.texts().back();
+    EXPECT_TRUE(last == kPayloadFailed || last == kLengthFailed) << last;
+  }
+}
+
+TEST_F(FrameTest, withUnknownFieldsAreRead) {
+  ask();
+  zeph::ZephMsg reply = responseTo(request, "OK");
+  std::string payload = reply.SerializeAsString();
+  payload += std::string("\xf8\xff\xff\xff\x0f\x07", 6);  // a number in the greatest field
+  device.sendBytes(lengthWord(payload.size()) + payload);
+  EXPECT_EQ(app.logged(), "OK");
+}
+
+TEST_F(FrameTest, thatAreCutShortCountForWhatWasReadWhole) {
+  ask();
+  std::string payload = responseTo(request, "OK").SerializeAsString();
+  payload += "\x1a\x7fno hundred bytes";
+  device.sendBytes(lengthWord(payload.size()) + payload);
+  device.event(request, "TERMINATED");
+  EXPECT_EQ(app.logged(), "OK");
+  EXPECT_EQ(app.logged(), "TERMINATED");
+}
+
+TEST_F(FrameTest, withoutAnIdAreDispatchedAllTheSame) {
+  ask();
+  zeph::ZephMsg reply = responseTo(request, "OK");
+  reply.clear_id();
+  device.send(reply);
+  EXPECT_EQ(app.logged(), "OK");
+}
+
+TEST_F(FrameTest, ofGarbageDoNoHarm) {
+  ask();
+  device.sendBytes(lengthWord(64) + std::string(64, '\xff'));
+  device.reply(request, "OK");
+  EXPECT_EQ(app.logged(), "OK");
+}
+
+TEST_F(FrameTest, areSentWholeWhenTheServerReadsSlowly) {
+  const std::string color = "new Array(3000001).join('c')";
+  interactive("morvik.led.light(" + color + "); log('sent');");
+  EXPECT_EQ(device.receive().led().light().color(), std::string(3000000, 'c'));
+  EXPECT_EQ(app.logged(), "sent");
+}
+
+TEST_F(FrameTest, thatAreSentDoNotWaitForTheServer) {
+  interactive("for (var i = 0; i < 100; ++i) morvik.led.light(i); log('sent');");
+  EXPECT_EQ(app.logged(), "sent");
+  for (int i = 0; i < 100; ++i)
+    EXPECT_EQ(device.receive().led().light().color(), std::to_string(i));
+}
+
+// --- ends
+
+class ConnectionEndTest : public DeviceTest {
+ protected:
+  template <class Cause>
+  void expectFatal(const std::string& text, Cause cause) {
+    EXPECT_EQ(endOf(app, cause), killedBy(SIGTRAP));
+    const LogRecord last = app.records().back();
+    EXPECT_EQ(last.text, text);
+    EXPECT_EQ(last.priority, LOG_DEBUG);
+  }
+};
+
+TEST_F(ConnectionEndTest, betweenMessagesIsFatal) {
+  connect("");
+  expectFatal(kLengthFailed, [&] { device.close(); });
+}
+
+TEST_F(ConnectionEndTest, byAResetIsFatal) {
+  connect("");
+  expectFatal(kLengthFailed, [&] { device.reset(); });
+}
+
+TEST_F(ConnectionEndTest, insideALengthIsFatal) {
+  connect("");
+  expectFatal(kLengthFailed, [&] {
+    device.sendBytes(lengthWord(100).substr(0, 2));
+    device.close();
+  });
+}
+
+TEST_F(ConnectionEndTest, insideAPayloadIsFatal) {
+  interactive("log('granted');");
+  EXPECT_EQ(app.logged(), "granted");
+  expectFatal(kPayloadFailed, [&] {
+    device.sendBytes(lengthWord(100) + "not a hundred bytes");
+    device.close();
+  });
+}
+
+TEST_F(ConnectionEndTest, behindALengthIsFatal) {
+  connect("");
+  expectFatal(kPayloadFailed, [&] {
+    device.sendBytes(lengthWord(1));
+    device.close();
+  });
+}
+
+TEST_F(ConnectionEndTest, behindTheGreatestLengthIsFatal) {
+  connect("");
+  expectFatal(kPayloadFailed, [&] {
+    device.sendBytes(lengthWord(0xffffffff));
+    device.close();
+  });
+}
+
+TEST_F(ConnectionEndTest, isNotToldToTheScript) {
+  interactive(
+      "ping(function(code) { log('ping ' + code); });"
+      "setTimeout(60000, function() { log('timer'); }); log('granted');");
+  EXPECT_EQ(app.logged(), "granted");
+  expectFatal(kLengthFailed, [&] {
+    device.receive();
+    device.close();
+  });
+  for (const std::string& text : app.texts()) EXPECT_THAT(text, Not(StartsWith("JSLOG: ping")));
+}
+
+// The peer has finished in order, so the kernel answers a later send with SIGPIPE.
+TEST_F(ConnectionEndTest, duringSendsToAClosedSocketIsASignalWithoutALog) {
+  interactive("log('granted'); for (;;) morvik.led.light('red');");
+  EXPECT_EQ(app.logged(), "granted");
+  const Exit exit = endOf(app, [&] {
+    device.finishSending();
+    device.close();
+  });
+  EXPECT_EQ(exit, killedBy(SIGPIPE));
+  EXPECT_THAT(app.texts().back(), StartsWith("Sending MSG"));
+}
+
+TEST_F(ConnectionEndTest, duringSendsToABrokenConnectionIsFatal) {
+  interactive("log('granted'); for (;;) morvik.led.light('red');");
+  EXPECT_EQ(app.logged(), "granted");
+  expectFatal("send failed: Connection reset by peer", [&] { device.reset(); });
+}
+
+// An application inherits the launcher's handler; the wait for a message is not taken up again.
+TEST_F(ConnectionEndTest, byASignalDuringTheWaitIsFatal) {
+  connect("log('connected');");
+  EXPECT_EQ(app.logged(), "connected");
+  expectFatal("Failed to select socket", [&] { kill(app.pid(), SIGCHLD); });
+  EXPECT_THAT(app.texts(), IsSupersetOf({"end process: sigchild", "end process: -1 nbChild 0"}));
+}
+
+TEST_F(ConnectionEndTest, byASignalInsideAFrameIsFatal) {
+  connect("");
+  device.sendBytes(lengthWord(100) + "some of it");
+  app.waitForLog("message received");
+  device.awaitRead();
+  expectFatal(kPayloadFailed, [&] { kill(app.pid(), SIGCHLD); });
+}
+
+TEST_F(ConnectionEndTest, byADescriptorBeyondTheWaitsReachIsFatal) {
+  startHost({.lowDescriptorsTaken = true});
+  apps.gate("far");
+  apps.file("far", "main.js", prelude() + "morvik.connect(HOST, PORT);");
+  app = launch("far");
+  expectFatal("Failed to select socket", [&] { apps.openGate("far", descriptorXml({})); });
+}
+
+}  // namespace
+}  // namespace morvik

@@ -1,0 +1,170 @@
+// What an application may use, and that it harms nobody but itself.
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <syslog.h>
+
+#include <string>
+#include <vector>
+
+#include "support/system/system-test.h"
+
+namespace morvik {
+namespace {
+
+using testing::AnyOf;
+using testing::ContainsRegex;
+using testing::ElementsAre;
+using testing::StartsWith;
+
+class LimitsTest : public DeviceTest {
+ protected:
+  // An application that answers when its device speaks.
+  struct Neighbour {
+    App app;
+    DeviceLink device;
+    zeph::ZephMsg start;
+  };
+  Neighbour invite() {
+    Neighbour neighbour{run("morvik.connect(HOST, PORT); morvik.start(function() {"
+                            " log('alive'); }, {});"),
+                        server.accept(),
+                        {}};
+    neighbour.start = neighbour.device.receive();
+    return neighbour;
+  }
+  static void expectAlive(Neighbour& neighbour) {
+    neighbour.device.grant(neighbour.start);
+    EXPECT_EQ(neighbour.app.logged(), "alive");
+  }
+};
+
+struct Glutton {
+  std::string name;
+  std::string script;
+};
+
+class GluttonTest : public LimitsTest, public testing::WithParamInterface<Glutton> {};
+
+TEST_P(GluttonTest, endsAloneAndSaysSo) {
+  connect("morvik.start(function() { " + GetParam().script + " }, {});");
+  const zeph::ZephMsg start = device.receive();
+  Neighbour neighbour = invite();
+  device.grant(start);
+  host().waitForLog("end process: " + std::to_string(app.pid()) + " nbChild 1");
+  const LogRecord last = app.records().back();
+  EXPECT_THAT(last.text, ContainsRegex("[Mm]emory"));
+  EXPECT_EQ(last.priority, LOG_DEBUG);
+  expectAlive(neighbour);
+  host().killAll();
+  EXPECT_EQ(host().output().awaitEnd(), "");
+}
+
+TEST_P(GluttonTest, isEndedByAFatalLog) {
+  connect("morvik.start(function() { " + GetParam().script + " }, {});");
+  const zeph::ZephMsg start = device.receive();
+  EXPECT_EQ(endOf(app, [&] { device.grant(start); }), killedBy(SIGTRAP));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Memory, GluttonTest,
+    testing::Values(Glutton{"objects", "var all = []; for (;;) all.push({a: {}, b: [1, 2, 3]});"},
+                    Glutton{"texts",
+                            "var all = []; for (var i = 0;; ++i)"
+                            " all.push('some text ' + i + new Array(100).join('x' + i));"},
+                    Glutton{"functions",
+                            "var f = null; for (;;) f = (function(g) {"
+                            " return function() { return g; }; })(f);"}),
+    [](const auto& row) { return row.param.name; });
+
+TEST_F(LimitsTest, scriptsHaveAboutTenMebibytes) {
+  app =
+      run("var all = []; for (var i = 0; i < 6; ++i)"
+          " { all.push(new Array(131072).fill(i + 0.5)); log(i); } log('end');");
+  EXPECT_THAT(app.loggedUntil("end"), ElementsAre("0", "1", "2", "3", "4", "5"));
+}
+
+constexpr char kTooLarge[] = "object: RangeError: Array buffer allocation failed";
+
+TEST_F(LimitsTest, arrayBuffersHaveTenMebibytesInAll) {
+  expectLogged({{"caught(function() { new ArrayBuffer(10485760); })", "nothing"}});
+  expectLogged({{"caught(function() { new ArrayBuffer(10485761); })", kTooLarge}});
+  expectLogged({{"caught(function() { new ArrayBuffer(5e8); })", kTooLarge}});
+}
+
+TEST_F(LimitsTest, otherBuffersCountToo) {
+  expectLogged({{"caught(function() { new Uint8Array(1e8); })", kTooLarge},
+                {"caught(function() { new Float64Array(2e6); })", kTooLarge},
+                {"caught(function() { new SharedArrayBuffer(5e8); })",
+                 "object: RangeError: Array buffer allocation failed"},
+                {"typeof new Uint8Array(1e6)", "object"}});
+}
+
+TEST_F(LimitsTest, manyBuffersCountTogetherAndTheApplicationGoesOn) {
+  app =
+      run("var all = [];\n"
+          "log(caught(function() { for (;;) all.push(new ArrayBuffer(1048576)); }));\n"
+          "log(all.length);\n"
+          "setTimeout(0, function() { log('alive'); });");
+  EXPECT_EQ(app.logged(), kTooLarge);
+  EXPECT_EQ(app.logged(), "10");
+  EXPECT_EQ(app.logged(), "alive");
+}
+
+TEST_F(LimitsTest, droppedBuffersMakeRoom) {
+  app =
+      run("log(caught(function() {"
+          " for (var i = 0; i < 200; ++i) new ArrayBuffer(1048576); }));");
+  EXPECT_EQ(app.logged(), "nothing");
+}
+
+TEST_F(LimitsTest, webAssemblyIsNotOffered) { expectLogged({{"typeof WebAssembly", "undefined"}}); }
+
+TEST_F(LimitsTest, aScriptThatSpinsBlocksOnlyItself) {
+  app = run("log('spinning'); for (;;);");
+  EXPECT_EQ(app.logged(), "spinning");
+  Neighbour one = invite();
+  Neighbour two = invite();
+  expectAlive(one);
+  expectAlive(two);
+  host().line("one too many");
+  host().output().await("too many mvm ignore request\n");
+  kill(app.pid(), SIGKILL);
+  host().waitForLog("end process: " + std::to_string(app.pid()) + " nbChild 2");
+  Neighbour three = invite();
+  expectAlive(three);
+}
+
+// Months of callbacks must not fill the heap. Each of these results is 16 KB, so a heap that kept
+// them would be full long before the end.
+TEST_F(LimitsTest, repliesLeaveNothingBehind) {
+  interactive(
+      "var left = 1500; ping(function again() {"
+      " if (--left > 0) ping(again); else log('end'); return new Array(2000).fill(0.5); });");
+  for (int i = 0; i < 1500; ++i) receiveAndReply("OK");
+  EXPECT_EQ(app.logged(), "end");
+}
+
+TEST_F(LimitsTest, timersLeaveNothingBehind) {
+  app =
+      run("var left = 1500; setTimeout(0, function again() {"
+          " if (--left > 0) setTimeout(0, again); else log('end');"
+          " return new Array(2000).fill(0.5); });");
+  EXPECT_EQ(app.logged(), "end");
+}
+
+TEST_F(LimitsTest, infoObjectsLeaveNothingBehind) {
+  interactive(
+      "var left = 300; morvik.info(function again(info) {"
+      " if (--left > 0) morvik.info(again); else log('end'); });");
+  for (int i = 0; i < 300; ++i) {
+    zeph::ZephMsg reply = replyTo(device.receive());
+    zeph::KeyValue* info = reply.mutable_morvikinfo_response()->add_infos();
+    info->set_key("text");
+    info->set_value(std::string(1000, 'x'));
+    device.send(reply);
+  }
+  EXPECT_EQ(app.logged(), "end");
+}
+
+}  // namespace
+}  // namespace morvik
