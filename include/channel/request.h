@@ -48,7 +48,7 @@ class Request {
 
   [[nodiscard]] MorvikData& instance() const { return instance_; }
 
-  /// The message, made at the first call: a fresh id and the instance's interactive id.
+  /// The message, made at the first call: a fresh id and the instance's interactive id, if any.
   zeph::ZephMsg& message();
 
   /// Sends. Without a function from the script it is fire and forget; with one, `reply` hears every

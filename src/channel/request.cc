@@ -46,7 +46,7 @@ std::uint32_t Request::uint32(int index) { return refused() ? 0 : reader_.uint32
 zeph::ZephMsg& Request::message() {
   if (!message_) {
     message_ = newZephMsg(nullptr);
-    message_->set_interactiveid(*instance_.interactiveID);
+    if (instance_.interactiveID) message_->set_interactiveid(*instance_.interactiveID);
   }
   return *message_;
 }

@@ -216,6 +216,12 @@ TEST_F(RequestTest, withoutAFunctionNobodyWaits) {
   }
 }
 
+TEST_F(RequestTest, aRequestThatDoesNotAskForInteractiveModeCarriesNoInteractiveId) {
+  expose("unchecked", [](const Args& args) { Request(args).send(); });
+  EXPECT_EQ(run("unchecked()"), "undefined");
+  EXPECT_FALSE(sent().value_or(zephMsg("interactiveId: 'none sent'")).has_interactiveid());
+}
+
 TEST_F(RequestTest, aReplyMayHaveDataOfItsOwn) {
   becomeInteractive();
   heardData = std::make_shared<std::string>();
