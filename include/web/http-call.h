@@ -5,6 +5,7 @@
 #include <v8.h>
 
 #include <string>
+#include <string_view>
 
 #include "web/http-body.h"
 
@@ -17,5 +18,9 @@ namespace morvik {
 /// Empty, with an exception for the script, when a text is longer than the engine can hold.
 v8::MaybeLocal<v8::Value> httpCall(v8::Isolate* isolate, const std::string& url,
                                    curl_slist* headers, const HttpBody& body, bool wantObject);
+
+/// Received bytes as a text, taken as UTF-8, NULs included. Empty, with a RangeError for the
+/// script, when there are more than any text of the engine's can have.
+v8::MaybeLocal<v8::String> responseText(v8::Isolate* isolate, std::string_view bytes);
 
 }  // namespace morvik

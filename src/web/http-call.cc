@@ -62,20 +62,11 @@ void fail(CURLcode code, HttpBuffer& body) {
   g_debug("curl error : %s", reinterpret_cast<const char*>(body.data.get()));
 }
 
-// Bytes as text, NULs included. What is longer than any text of the engine's throws.
-v8::MaybeLocal<v8::String> textOf(v8::Isolate* isolate, const HttpBuffer& buffer) {
-  if (buffer.len <= static_cast<std::size_t>(v8::String::kMaxLength)) {
-    return toScript(buffer.bytes());
-  }
-  isolate->ThrowException(v8::Exception::RangeError(toScript("Invalid string length")));
-  return {};
-}
-
 v8::MaybeLocal<v8::Value> resultOf(v8::Isolate* isolate, const Response& response) {
   v8::Local<v8::String> header;
   v8::Local<v8::String> content;
-  if (!textOf(isolate, response.header).ToLocal(&header)) return {};
-  if (!textOf(isolate, response.body).ToLocal(&content)) return {};
+  if (!responseText(isolate, response.header.bytes()).ToLocal(&header)) return {};
+  if (!responseText(isolate, response.body.bytes()).ToLocal(&content)) return {};
   const auto result = v8::Object::New(isolate);
   setOwn(result, "header", header);
   setOwn(result, "content", content);
@@ -83,6 +74,12 @@ v8::MaybeLocal<v8::Value> resultOf(v8::Isolate* isolate, const Response& respons
 }
 
 }  // namespace
+
+v8::MaybeLocal<v8::String> responseText(v8::Isolate* isolate, std::string_view bytes) {
+  if (bytes.size() <= static_cast<std::size_t>(v8::String::kMaxLength)) return toScript(bytes);
+  isolate->ThrowException(v8::Exception::RangeError(toScript("Invalid string length")));
+  return {};
+}
 
 v8::MaybeLocal<v8::Value> httpCall(v8::Isolate* isolate, const std::string& url,
                                    curl_slist* headers, const HttpBody& body, bool wantObject) {
@@ -94,7 +91,7 @@ v8::MaybeLocal<v8::Value> httpCall(v8::Isolate* isolate, const std::string& url,
     fail(code, response.body);
   }
   if (wantObject) return resultOf(isolate, response);
-  return textOf(isolate, response.body).FromMaybe(v8::Local<v8::String>());
+  return responseText(isolate, response.body.bytes()).FromMaybe(v8::Local<v8::String>());
 }
 
 }  // namespace morvik
