@@ -5,7 +5,6 @@
 #include <syslog.h>
 
 #include <algorithm>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -309,25 +308,17 @@ TEST_F(LauncherTest, aShortLineBehindALongOneIsNotMixedWithIt) {
   host().waitForLog("setCmdLine ab", host().pid());
 }
 
-// What stands in a status file of a process, by its name.
-std::string statusOf(pid_t process, const std::string& name) {
-  std::ifstream status("/proc/" + std::to_string(process) + "/status");
-  for (std::string line; std::getline(status, line);)
-    if (line.starts_with(name + ":")) return line.substr(line.find_last_of('\t') + 1);
-  return "none";
-}
-
 TEST_F(LauncherTest, anApplicationHasNoStandardInputAndNoBlockedSignals) {
   Guest guest = invite();
   const std::string process = "/proc/" + std::to_string(guest.app.pid());
   EXPECT_EQ(std::filesystem::read_symlink(process + "/fd/0"), "/dev/null");
-  EXPECT_EQ(statusOf(guest.app.pid(), "SigBlk"), "0000000000000000");
+  EXPECT_EQ(HostProcess::statusOf(guest.app.pid(), "SigBlk"), "0000000000000000");
 }
 
 TEST_F(LauncherTest, launcherAndApplicationsHaveOneThreadEach) {
   Guest guest = invite();
-  EXPECT_EQ(statusOf(host().pid(), "Threads"), "1");
-  EXPECT_EQ(statusOf(guest.app.pid(), "Threads"), "1");
+  EXPECT_EQ(HostProcess::statusOf(host().pid(), "Threads"), "1");
+  EXPECT_EQ(HostProcess::statusOf(guest.app.pid(), "Threads"), "1");
 }
 
 }  // namespace

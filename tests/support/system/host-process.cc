@@ -16,6 +16,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
+#include <fstream>
 #include <ostream>
 #include <sstream>
 #include <stdexcept>
@@ -58,15 +59,15 @@ bool forbidFork() {
          prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
 }
 
-bool takeLowDescriptors() {
+// Descriptors that exec would close must be taken as well; `complaints` moves out of the way.
+bool takeLowDescriptors(int& complaints) {
   const rlimit enough{FD_SETSIZE + 256, FD_SETSIZE + 256};
   if (setrlimit(RLIMIT_NOFILE, &enough) != 0) return false;
-  const int nothing = open("/dev/null", O_RDONLY);
-  while (true) {
-    const int next = dup(nothing);
-    if (next < 0) return false;
-    if (next >= FD_SETSIZE) return true;
-  }
+  complaints = fcntl(complaints, F_DUPFD_CLOEXEC, FD_SETSIZE);
+  const int nothing = open("/dev/null", O_RDONLY | O_CLOEXEC);
+  for (int number = STDERR_FILENO + 1; number < FD_SETSIZE; ++number)
+    if (number != nothing && dup2(nothing, number) < 0) return false;
+  return fcntl(nothing, F_SETFD, 0) == 0;
 }
 
 // What the program is started with, made before the fork: behind it nothing may allocate.
@@ -86,17 +87,19 @@ struct Launch {
 }
 
 [[noreturn]] void becomeHost(const Launch& launch) {
+  int complaints = launch.complaints;
   setpgid(0, 0);
+  signal(SIGPIPE, SIG_DFL);
   for (int stream = 0; stream < 3; ++stream) dup2(launch.streams.at(size_t(stream)), stream);
   const rlimit noCore{0, 0};
   setrlimit(RLIMIT_CORE, &noCore);
   const char* failed = launch.log->enterNamespace();
-  if (failed != nullptr) complain(launch.complaints, failed);
-  if (launch.options->forkFails && !forbidFork()) complain(launch.complaints, "seccomp");
-  if (launch.options->lowDescriptorsTaken && !takeLowDescriptors())
-    complain(launch.complaints, "descriptors");
+  if (failed != nullptr) complain(complaints, failed);
+  if (launch.options->forkFails && !forbidFork()) complain(complaints, "seccomp");
+  if (launch.options->lowDescriptorsTaken && !takeLowDescriptors(complaints))
+    complain(complaints, "descriptors");
   execve(MORVIKVM, launch.arguments.data(), launch.environment.data());
-  complain(launch.complaints, MORVIKVM);
+  complain(complaints, MORVIKVM);
 }
 
 std::vector<char*> pointersTo(std::vector<std::string>& texts) {
@@ -199,10 +202,11 @@ LogRecord HostProcess::waitForLog(std::string_view what, const LogMatcher& match
   return log_.await(what, matches);
 }
 
-LogRecord HostProcess::waitForLogTimes(std::string_view text, int times) const {
+LogRecord HostProcess::waitForLogTimes(std::string_view text, int times,
+                                       std::optional<pid_t> from) const {
   int seen = 0;
   return log_.await(text, [&](const LogRecord& record) {
-    if (record.text == text) ++seen;
+    if (record.text == text && (!from || record.pid == *from)) ++seen;
     return seen == times;
   });
 }
@@ -226,6 +230,23 @@ bool HostProcess::alive(pid_t process) {
   const Descriptor handle = handleOf(process);
   pollfd watched{handle.get(), POLLIN, 0};
   return handle.get() >= 0 && poll(&watched, 1, 0) == 0;
+}
+
+std::string HostProcess::statusOf(pid_t process, const std::string& name) {
+  std::ifstream status("/proc/" + std::to_string(process) + "/status");
+  for (std::string line; std::getline(status, line);)
+    if (line.starts_with(name + ":")) return line.substr(line.find_last_of('\t') + 1);
+  return "";
+}
+
+void HostProcess::waitUntilLooping(pid_t process) {
+  constexpr int kTimes = 3;
+  const auto slept = [&] {
+    const std::string times = statusOf(process, "voluntary_ctxt_switches");
+    return times.empty() ? 0 : std::stoi(times);
+  };
+  const int before = slept();
+  waitUntil("a process in its loop", [&] { return !alive(process) || slept() > before + kTimes; });
 }
 
 // Not reaped here: its number keeps standing for the group.

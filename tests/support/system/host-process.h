@@ -54,8 +54,8 @@ class HostProcess {
   // Waits for a record with exactly this text, of the process when one is given.
   LogRecord waitForLog(std::string_view text, std::optional<pid_t> from = {}) const;
   LogRecord waitForLog(std::string_view what, const LogMatcher& matches) const;
-  // Waits until so many records with this text came, of whatever process.
-  LogRecord waitForLogTimes(std::string_view text, int times) const;
+  // Waits until so many records with this text came, of the process when one is given.
+  LogRecord waitForLogTimes(std::string_view text, int times, std::optional<pid_t> from = {}) const;
   [[nodiscard]] std::vector<LogRecord> log() const { return log_.records(); }
   // The texts of one process, in order.
   [[nodiscard]] std::vector<std::string> texts(pid_t from) const;
@@ -71,6 +71,11 @@ class HostProcess {
   static void waitUntilEnded(pid_t process);
   // Whether a process of this host has not ended.
   [[nodiscard]] static bool alive(pid_t process);
+  // What /proc tells of a process of this host: the field of that name in its status.
+  [[nodiscard]] static std::string statusOf(pid_t process, const std::string& name);
+  // Waits until a process has slept a few more times, so that it is in its loop again, or has
+  // ended.
+  static void waitUntilLooping(pid_t process);
   // Stops the launcher with the empty line and waits for its end; its applications go on.
   void leaveApps();
   // Ends everything, so that the streams come to their ends too.

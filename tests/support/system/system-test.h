@@ -34,6 +34,9 @@ class App {
   std::vector<std::string> loggedUntil(std::string_view end);
 
   LogRecord waitForLog(std::string_view text) const { return host_->waitForLog(text, pid_); }
+  LogRecord waitForLogTimes(std::string_view text, int times) const {
+    return host_->waitForLogTimes(text, times, pid_);
+  }
   LogRecord waitForLogThatStarts(std::string_view beginning) const;
   // All texts of the process so far, addresses and fresh ids shown as "%p" and "%id".
   [[nodiscard]] std::vector<std::string> texts() const;
