@@ -1,7 +1,6 @@
 // The fixture around an application's script.
 #include "support/unit/script-test.h"
 
-#include <libxml/parser.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -11,6 +10,7 @@
 #include "host/engine.h"
 #include "host/globals.h"
 #include "host/object-tree.h"
+#include "support/unit/granted.h"
 
 namespace morvik::test {
 namespace {
@@ -32,24 +32,9 @@ void engineKeptForLife() {
   }();
 }
 
-constexpr std::string_view kEveryAccess =
-    "<descriptor><accesses>"
-    "<access>led</access><access>ears</access><access>tts</access><access>webcam</access>"
-    "<access>asr</access><access>multimedia</access><access>button</access><access>rfid</access>"
-    "<access>m2m</access><access>message</access><access>contact</access>"
-    "<access>serial</access><access>dock</access><access>http</access>"
-    "<access>twitter</access><access>facebook</access><access>soundcloud</access>"
-    "</accesses></descriptor>";
-
-std::unique_ptr<Descriptor> everythingGranted() {
-  auto descriptor = std::make_unique<Descriptor>();
-  descriptor->doc.reset(xmlReadMemory(kEveryAccess.data(), static_cast<int>(kEveryAccess.size()),
-                                      "descriptor.xml", nullptr, 0));
-  const XmlQuery query(xmlXPathNewContext(descriptor->doc.get()));
-  descriptor->accesses.reset(xmlXPathEvalExpression(
-      reinterpret_cast<const xmlChar*>("/descriptor/accesses/access"), query.get()));
-  return descriptor;
-}
+constexpr const char* kEveryAccess =
+    "led ears tts webcam asr multimedia button rfid m2m message contact serial dock http twitter "
+    "facebook soundcloud";
 
 }  // namespace
 
@@ -72,7 +57,7 @@ ScriptTest::ScriptTest() {
   const auto global = buildGlobalTemplate();
   const auto morvik = v8::ObjectTemplate::New(isolate());
   addMorvikFunctions(morvik);
-  instance.descriptor = everythingGranted();
+  instance.descriptor = granted(kEveryAccess);
   buildDeviceTree(global, morvik, *instance.descriptor);
   addGlobals(global, morvik, instance);
   engaged_->context = v8::Context::New(isolate(), nullptr, global);
