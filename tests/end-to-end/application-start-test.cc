@@ -7,6 +7,7 @@
 #include <syslog.h>
 
 #include <cstring>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -41,7 +42,7 @@ class ApplicationStartTest : public SystemTest {
   std::string loggedBy(const std::string& line) {
     App app = launch(line);
     std::string text = app.logged();
-    host().waitForLog("end process: " + std::to_string(app.pid()) + " nbChild 0");
+    waitUntilReaped(app, 0);
     return text;
   }
 
@@ -96,7 +97,7 @@ TEST_F(ApplicationStartTest, aMissingDescriptorEndsItWithoutAWordAndFreesItsPlac
     startHost();
     apps.file("no-descriptor", "main.js", "log('never')");
     const App app = launch(name);
-    host().waitForLog("end process: " + std::to_string(app.pid()) + " nbChild 0");
+    waitUntilReaped(app, 0);
     EXPECT_THAT(app.texts(),
                 ElementsAre("running app: " + apps.path() + "/" + name,
                             "searching descriptor: " + apps.path() + "/" + name + "/descriptor.xml",
@@ -110,6 +111,19 @@ TEST_F(ApplicationStartTest, anAccessElementWithoutTextIsFatalWhenASearchReaches
   EXPECT_EQ(end.exit, killedBy(SIGTRAP));
   EXPECT_EQ(end.records.back().priority, LOG_DEBUG);
   EXPECT_NE(end.records.back().text, "decriptor loaded");
+}
+
+// The search for a name ends at the first match, so an empty element behind all names is not met.
+TEST_F(ApplicationStartTest, anAccessElementWithoutTextHarmsNobodyBehindAllNames) {
+  const std::string names =
+      "led ears tts webcam asr multimedia button rfid m2m message contact serial dock http";
+  std::istringstream words(names);
+  std::string accesses;
+  for (std::string name; words >> name;) accesses += "<access>" + name + "</access>";
+  apps.app("app", {}, "log(typeof morvik.led);");
+  apps.file("app", "descriptor.xml",
+            "<descriptor><accesses>" + accesses + "<access/></accesses></descriptor>");
+  EXPECT_EQ(launch("app").logged(), "object");
 }
 
 struct Grant {

@@ -13,8 +13,6 @@ namespace {
 using testing::Contains;
 using testing::Not;
 
-constexpr char kAutokill[] = "/!\\ AUTOKILL, application still not interactive after 10000ms";
-
 // Keeps the first run of a script going until the device's grant lies in the socket.
 constexpr char kSpin[] = "var end = Date.now() + 300; while (Date.now() < end);";
 
@@ -104,7 +102,7 @@ TEST_F(AutokillTest, endsOnlyTheApplicationThatIsMeant) {
   const App other = run("");
   other.waitUntilEnded();
   EXPECT_EQ(app.logged(), "alive");
-  host().waitForLog("end process: " + std::to_string(other.pid()) + " nbChild 1");
+  waitUntilReaped(other, 1);
 }
 
 }  // namespace

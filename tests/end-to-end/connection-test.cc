@@ -29,15 +29,14 @@ class ConnectTest : public SystemTest {
 };
 
 TEST_F(ConnectTest, refusesWrongArguments) {
-  std::vector<Row> rows;
-  for (const std::string call :
+  std::vector<std::string> calls;
+  for (const std::string arguments :
        {"", "HOST", "1, 2", "HOST, 1.5", "HOST, '80'", "HOST, NaN", "HOST, undefined",
         "HOST, 4294967296", "HOST, 2147483648", "new String(HOST), PORT", "undefined, PORT",
         "HOST, PORT, {}", "HOST, PORT, []", "HOST, PORT, log", "HOST, PORT, 1, 2",
         "HOST, PORT, undefined, undefined"})
-    rows.push_back(
-        {"caught(function() { morvik.connect(" + call + "); })", "string: Wrong arguments"});
-  expectLogged(rows);
+    calls.push_back("morvik.connect(" + arguments + ")");
+  expectThrown(calls, "string: Wrong arguments");
   EXPECT_TRUE(server.quiet());
 }
 
@@ -50,7 +49,7 @@ TEST_F(ConnectTest, takesAThirdArgumentThatIsNoObject) {
     DeviceLink link = server.accept();
     EXPECT_EQ(app.logged(), "undefined") << third;
     link.grant(link.receive());
-    host().waitForLog("end process: " + std::to_string(app.pid()) + " nbChild 0");
+    waitUntilReaped(app, 0);
   }
 }
 
@@ -66,7 +65,7 @@ TEST_F(ConnectTest, usesTheLowSixteenBitsOfThePort) {
     server.accept();
     app.waitForLog("connecting to: 127.0.0.1:" + port(offset));
     kill(app.pid(), SIGKILL);
-    host().waitForLog("end process: " + std::to_string(app.pid()) + " nbChild 0");
+    waitUntilReaped(app, 0);
   }
 }
 
@@ -85,7 +84,7 @@ TEST_F(ConnectTest, throwsWhenNobodyListens) {
     EXPECT_EQ(app.logged(), "string: connection refused");
     const std::string failed = "connect failed on '127.0.0.1:" + closed + "' : Connection refused";
     EXPECT_EQ(app.waitForLog(failed).priority, LOG_WARNING);
-    EXPECT_THAT(app.warnings(), ElementsAre(StartsWith("no params"), failed, "connection refused"));
+    EXPECT_THAT(app.warnings(), ElementsAre(kNoParams, failed, "connection refused"));
   }
 }
 
@@ -116,6 +115,21 @@ TEST_F(ConnectTest, aSecondConnectionTakesThePlaceOfTheFirstWhichStaysOpen) {
   app.waitForLog("interactive mode stopped, autokill in 300000ms");
 }
 
+// A server that takes nobody in: the system goes on trying, and the whole application waits.
+TEST_F(ConnectTest, blocksTheApplicationAndItsStartTimerUntilTheSystemHasConnected) {
+  startHost({.shortTimersFrom = 10000});
+  FullDevice busy;
+  apps.app("app", {}, "morvik.connect('127.0.0.1', " + std::to_string(busy.port()) + ");");
+  const App app = launch("app");
+  app.waitForLogThatStarts("connecting to: ");
+  const App other = run("");
+  other.waitUntilEnded();  // by the timer that the first one has not reached
+  EXPECT_TRUE(app.alive());
+  busy.makeRoom();
+  app.waitUntilEnded();
+  EXPECT_EQ(app.texts().back(), kAutokill);
+}
+
 TEST_F(ConnectTest, nothingConnectsByItself) {
   App app = run("setTimeout(20, function() { log('end'); });");
   EXPECT_EQ(app.logged(), "end");
@@ -142,7 +156,7 @@ TEST_F(FrameTest, areALengthInFourBytesAndAMessage) {
   zeph::ZephMsg message;
   ASSERT_TRUE(message.ParseFromString(payload));
   EXPECT_EQ(lengthWord(payload.size()), word);
-  EXPECT_THAT(message.id(), testing::MatchesRegex("[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}"));
+  EXPECT_THAT(message.id(), testing::MatchesRegex(kUuid));
   EXPECT_TRUE(device.quiet());
 }
 

@@ -129,7 +129,7 @@ TEST_F(CorrelationTest, requestsHaveIdsOfTheirOwn) {
   std::set<std::string> ids;
   for (int i = 0; i < 4; ++i) {
     const zeph::ZephMsg request = device.receive();
-    EXPECT_THAT(request.id(), testing::MatchesRegex("[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}"));
+    EXPECT_THAT(request.id(), testing::MatchesRegex(kUuid));
     ids.insert(request.id());
   }
   EXPECT_EQ(ids.size(), 4U);
@@ -152,7 +152,7 @@ TEST_F(CorrelationTest, aReplyThatStartsInteractiveModeIsAReplyLikeOthers) {
   reply.mutable_interactivemode()->set_action(zeph::InteractiveMode::START);
   device.send(reply);
   EXPECT_EQ(app.logged(), "OK");
-  EXPECT_THAT(app.warnings(), ElementsAre(testing::StartsWith("no params")));
+  EXPECT_THAT(app.warnings(), ElementsAre(kNoParams));
 }
 
 TEST_F(CorrelationTest, aMessageForNobodyIsReadAndForgotten) {
@@ -164,7 +164,7 @@ TEST_F(CorrelationTest, aMessageForNobodyIsReadAndForgotten) {
   device.reply(request, "OK");
   EXPECT_EQ(app.logged(), "OK");
   EXPECT_THAT(app.texts(), Contains(withoutAddresses("Received MSG\n" + pressed.DebugString())));
-  EXPECT_THAT(app.warnings(), ElementsAre(testing::StartsWith("no params")));
+  EXPECT_THAT(app.warnings(), ElementsAre(kNoParams));
 }
 
 }  // namespace

@@ -17,9 +17,6 @@ using testing::ElementsAreArray;
 using testing::SizeIs;
 using testing::StartsWith;
 
-constexpr char kNoParams[] = "no params loaded: No such file or directory";
-constexpr char kAutokill[] = "/!\\ AUTOKILL, application still not interactive after 10000ms";
-
 struct Report {
   std::string name;
   std::string mainJs;

@@ -17,7 +17,6 @@ using testing::MatchesRegex;
 using testing::Not;
 using testing::StartsWith;
 
-constexpr char kUuid[] = "[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}";
 constexpr char kStopNotice[] = "interactive mode stopped, autokill in 300000ms";
 constexpr char kStopped[] = "interactive mode stopped, autokill";
 constexpr char kDeprecated[] = "DEPRECATED Use SetInteractive";
@@ -30,13 +29,6 @@ class InteractiveModeTest : public DeviceTest {
     const auto first = std::ranges::find(texts, beginning);
     const auto last = std::find(first, texts.end(), end);
     return {first, last == texts.end() ? last : last + 1};
-  }
-  // What each code in the script throws.
-  void expectThrown(const std::vector<std::string>& calls, const std::string& thrown) {
-    std::vector<Row> rows;
-    for (const std::string& call : calls)
-      rows.push_back({"caught(function() { " + call + "; })", thrown});
-    expectLogged(rows);
   }
 };
 
@@ -345,7 +337,7 @@ TEST_F(StopNoticeTest, isOnlyWhatHasTheActionToStop) {
   device.send(start);
   device.reply(ping, "OK");
   EXPECT_EQ(app.logged(), "OK");
-  EXPECT_THAT(app.warnings(), ElementsAre(StartsWith("no params")));
+  EXPECT_THAT(app.warnings(), ElementsAre(kNoParams));
 }
 
 TEST_F(StopNoticeTest, withACorrelationIdReachesItsFunctionFirst) {

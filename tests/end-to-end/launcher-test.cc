@@ -21,25 +21,10 @@ using testing::Not;
 constexpr char kRefusal[] = "too many mvm ignore request\n";
 constexpr char kBreak[] = "MorvikVM buffer:vide -> break";
 
-// An application that ends well when its server grants interactive mode.
-constexpr char kEndsWhenGranted[] =
-    "morvik.connect(HOST, PORT); morvik.start(function() { exit(); }, {});";
-
 class LauncherTest : public SystemTest {
  protected:
-  // A launched application and its connection.
-  struct Guest {
-    App app;
-    DeviceLink device;
-    zeph::ZephMsg start;
-  };
-  Guest invite() {
-    Guest guest{run(kEndsWhenGranted), server.accept(), {}};
-    guest.start = guest.device.receive();
-    return guest;
-  }
   static void sendHome(Guest& guest) {
-    guest.device.grant(guest.start);
+    guest.grant();
     guest.app.waitUntilEnded();
   }
 
@@ -109,13 +94,13 @@ TEST_F(LauncherTest, aLineIsSplitAtItsFirstTwoBlanks) {
 }
 
 TEST_F(LauncherTest, aNewlineAloneStopsItAndLeavesTheApplicationsRunning) {
-  Guest guest = invite();
+  Guest guest = invite("exit();");
   host().line("");
   EXPECT_EQ(host().waitForExit(), exited(0));
   EXPECT_EQ(host().texts(host().pid()).back(), kBreak);
   host().waitForLog("MorvikVM buffer:\n : len:1", host().pid());
   EXPECT_EQ(host().waitForLog(kBreak).priority, LOG_NOTICE);
-  guest.device.grant(guest.start);
+  guest.grant();
   EXPECT_EQ(HostProcess::waitForExit(guest.app.pid()), exited(0));
 }
 
@@ -145,7 +130,7 @@ TEST_F(LauncherTest, endOfInputAtTheVeryFirstReadStopsIt) {
 
 TEST_F(LauncherTest, theFourthLineIsParsedLoggedAndRefused) {
   std::vector<Guest> guests;
-  for (int i = 0; i < 3; ++i) guests.push_back(invite());
+  for (int i = 0; i < 3; ++i) guests.push_back(invite("exit();"));
   host().line("fourth RFID bob");
   waitForOutput(1);
   host().line("fifth");
@@ -164,31 +149,31 @@ TEST_F(LauncherTest, theFourthLineIsParsedLoggedAndRefused) {
 
 TEST_F(LauncherTest, aReapedApplicationFreesItsPlace) {
   std::vector<Guest> guests;
-  for (int i = 0; i < 3; ++i) guests.push_back(invite());
+  for (int i = 0; i < 3; ++i) guests.push_back(invite("exit();"));
   host().line("refused");
   waitForOutput(1);
   sendHome(guests[1]);
-  const std::string reaped = "end process: " + std::to_string(guests[1].app.pid()) + " nbChild 2";
-  EXPECT_EQ(host().waitForLog(reaped, host().pid()).priority, LOG_DEBUG);
+  const LogRecord reaped = waitUntilReaped(guests[1].app, 2);
+  EXPECT_EQ(reaped.priority, LOG_DEBUG);
   EXPECT_EQ(host().waitForLog("end process: sigchild", host().pid()).priority, LOG_DEBUG);
-  Guest next = invite();
+  Guest next = invite("exit();");
   sendHome(next);
-  host().waitForLog("end process: " + std::to_string(next.app.pid()) + " nbChild 2");
+  waitUntilReaped(next.app, 2);
   sendHome(guests[0]);
-  host().waitForLog("end process: " + std::to_string(guests[0].app.pid()) + " nbChild 1");
+  waitUntilReaped(guests[0].app, 1);
   EXPECT_EQ(host().output().soFar(), kRefusal);
 }
 
 TEST_F(LauncherTest, childrenDoNotPrintTheRefusalAgain) {
   std::vector<Guest> guests;
-  for (int i = 0; i < 3; ++i) guests.push_back(invite());
+  for (int i = 0; i < 3; ++i) guests.push_back(invite("exit();"));
   host().line("refused");
   waitForOutput(1);
   sendHome(guests[0]);
-  host().waitForLog("end process: " + std::to_string(guests[0].app.pid()) + " nbChild 2");
-  guests.push_back(invite());
+  waitUntilReaped(guests[0].app, 2);
+  guests.push_back(invite("exit();"));
   sendHome(guests.back());
-  host().waitForLog("end process: " + std::to_string(guests.back().app.pid()) + " nbChild 2");
+  waitUntilReaped(guests.back().app, 2);
   host().line("nobody at home");
   host().waitForLogTimes("end process: sigchild", 3);
   host().killAll();
@@ -198,8 +183,8 @@ TEST_F(LauncherTest, childrenDoNotPrintTheRefusalAgain) {
 // One signal may stand for two ended children, and each signal counts for one: the count then
 // stays one too high, on purpose.
 TEST_F(LauncherTest, twoEndsInOneSignalAreCountedOnce) {
-  Guest one = invite();
-  Guest two = invite();
+  Guest one = invite("exit();");
+  Guest two = invite("exit();");
   kill(host().pid(), SIGSTOP);
   siginfo_t info{};
   waitid(P_PID, static_cast<id_t>(host().pid()), &info, WSTOPPED);
@@ -308,15 +293,28 @@ TEST_F(LauncherTest, aShortLineBehindALongOneIsNotMixedWithIt) {
   host().waitForLog("setCmdLine ab", host().pid());
 }
 
+TEST_F(LauncherTest, aZeroByteEndsALine) {
+  using std::string_literals::operator""s;
+  host().write("ab\0cd\n"s);
+  host().waitForLog("MorvikVM buffer:ab : len:2", host().pid());
+  host().waitForLog("setCmdLine ab", host().pid());
+}
+
+TEST_F(LauncherTest, manyApplicationsMayFollowEachOther) {
+  apps.app("app", {}, "setTimeout(0, function() { exit(); });");
+  for (int i = 0; i < 20; ++i) waitUntilReaped(launch("app"), 0);
+  EXPECT_EQ(std::ranges::count(host().texts(host().pid()), "nbChild 0"), 20);
+}
+
 TEST_F(LauncherTest, anApplicationHasNoStandardInputAndNoBlockedSignals) {
-  Guest guest = invite();
+  Guest guest = invite("exit();");
   const std::string process = "/proc/" + std::to_string(guest.app.pid());
   EXPECT_EQ(std::filesystem::read_symlink(process + "/fd/0"), "/dev/null");
   EXPECT_EQ(HostProcess::statusOf(guest.app.pid(), "SigBlk"), "0000000000000000");
 }
 
 TEST_F(LauncherTest, launcherAndApplicationsHaveOneThreadEach) {
-  Guest guest = invite();
+  Guest guest = invite("exit();");
   EXPECT_EQ(HostProcess::statusOf(host().pid(), "Threads"), "1");
   EXPECT_EQ(HostProcess::statusOf(guest.app.pid(), "Threads"), "1");
 }

@@ -16,25 +16,13 @@ using testing::ContainsRegex;
 using testing::ElementsAre;
 using testing::StartsWith;
 
+constexpr char kTellAlive[] = "log('alive');";
+
 class LimitsTest : public DeviceTest {
  protected:
-  // An application that answers when its device speaks.
-  struct Neighbour {
-    App app;
-    DeviceLink device;
-    zeph::ZephMsg start;
-  };
-  Neighbour invite() {
-    Neighbour neighbour{run("morvik.connect(HOST, PORT); morvik.start(function() {"
-                            " log('alive'); }, {});"),
-                        server.accept(),
-                        {}};
-    neighbour.start = neighbour.device.receive();
-    return neighbour;
-  }
-  static void expectAlive(Neighbour& neighbour) {
-    neighbour.device.grant(neighbour.start);
-    EXPECT_EQ(neighbour.app.logged(), "alive");
+  static void expectAlive(Guest& guest) {
+    guest.grant();
+    EXPECT_EQ(guest.app.logged(), "alive");
   }
 };
 
@@ -46,12 +34,11 @@ struct Glutton {
 class GluttonTest : public LimitsTest, public testing::WithParamInterface<Glutton> {};
 
 TEST_P(GluttonTest, endsAloneAndSaysSo) {
-  connect("morvik.start(function() { " + GetParam().script + " }, {});");
-  const zeph::ZephMsg start = device.receive();
-  Neighbour neighbour = invite();
-  device.grant(start);
-  host().waitForLog("end process: " + std::to_string(app.pid()) + " nbChild 1");
-  const LogRecord last = app.records().back();
+  Guest glutton = invite(GetParam().script);
+  Guest neighbour = invite(kTellAlive);
+  glutton.grant();
+  waitUntilReaped(glutton.app, 1);
+  const LogRecord last = glutton.app.records().back();
   EXPECT_THAT(last.text, ContainsRegex("[Mm]emory"));
   EXPECT_EQ(last.priority, LOG_DEBUG);
   expectAlive(neighbour);
@@ -60,9 +47,8 @@ TEST_P(GluttonTest, endsAloneAndSaysSo) {
 }
 
 TEST_P(GluttonTest, isEndedByAFatalLog) {
-  connect("morvik.start(function() { " + GetParam().script + " }, {});");
-  const zeph::ZephMsg start = device.receive();
-  EXPECT_EQ(endOf(app, [&] { device.grant(start); }), killedBy(SIGTRAP));
+  Guest glutton = invite(GetParam().script);
+  EXPECT_EQ(endOf(glutton.app, [&] { glutton.grant(); }), killedBy(SIGTRAP));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -86,9 +72,9 @@ TEST_F(LimitsTest, scriptsHaveAboutTenMebibytes) {
 constexpr char kTooLarge[] = "object: RangeError: Array buffer allocation failed";
 
 TEST_F(LimitsTest, arrayBuffersHaveTenMebibytesInAll) {
-  expectLogged({{"caught(function() { new ArrayBuffer(10485760); })", "nothing"}});
-  expectLogged({{"caught(function() { new ArrayBuffer(10485761); })", kTooLarge}});
-  expectLogged({{"caught(function() { new ArrayBuffer(5e8); })", kTooLarge}});
+  expectThrown({"new ArrayBuffer(10485760)"}, "nothing");
+  expectThrown({"new ArrayBuffer(10485761)"}, kTooLarge);
+  expectThrown({"new ArrayBuffer(5e8)"}, kTooLarge);
 }
 
 TEST_F(LimitsTest, otherBuffersCountToo) {
@@ -122,15 +108,15 @@ TEST_F(LimitsTest, webAssemblyIsNotOffered) { expectLogged({{"typeof WebAssembly
 TEST_F(LimitsTest, aScriptThatSpinsBlocksOnlyItself) {
   app = run("log('spinning'); for (;;);");
   EXPECT_EQ(app.logged(), "spinning");
-  Neighbour one = invite();
-  Neighbour two = invite();
+  Guest one = invite(kTellAlive);
+  Guest two = invite(kTellAlive);
   expectAlive(one);
   expectAlive(two);
   host().line("one too many");
   host().output().await("too many mvm ignore request\n");
   kill(app.pid(), SIGKILL);
-  host().waitForLog("end process: " + std::to_string(app.pid()) + " nbChild 2");
-  Neighbour three = invite();
+  waitUntilReaped(app, 2);
+  Guest three = invite(kTellAlive);
   expectAlive(three);
 }
 

@@ -21,19 +21,6 @@ using testing::Not;
 
 class ScriptEnvironmentTest : public SystemTest {};
 
-// A call and what it throws, or "nothing".
-using Calls = std::vector<std::pair<std::string, std::string>>;
-
-class RefusalTest : public SystemTest {
- protected:
-  void expectThrown(const Calls& calls) {
-    std::vector<Row> rows;
-    for (const auto& [call, thrown] : calls)
-      rows.push_back({"caught(function() { " + call + "; })", thrown});
-    expectLogged(rows);
-  }
-};
-
 // --- log
 
 TEST_F(ScriptEnvironmentTest, logWritesAMessage) {
@@ -63,7 +50,7 @@ TEST_F(ScriptEnvironmentTest, logTakesAnyValueAsText) {
                 {"'\\ud83d\\ude00'", "= "}});
 }
 
-TEST_F(RefusalTest, logTakesExactlyOneValue) {
+TEST_F(ScriptEnvironmentTest, logTakesExactlyOneValue) {
   expectThrown(
       {{"log()", "string: Wrong arguments"},
        {"log(1, 2)", "string: Wrong arguments"},
@@ -103,7 +90,7 @@ TEST_F(ScriptEnvironmentTest, exitWithAnArgumentIsRefusedButLogged) {
 
 // --- setTimeout
 
-TEST_F(RefusalTest, setTimeoutTakesANumberAndAFunction) {
+TEST_F(ScriptEnvironmentTest, setTimeoutTakesANumberAndAFunction) {
   const std::string refusal = "string: Must be setTimeout(int,function)";
   expectThrown({{"setTimeout()", refusal},
                 {"setTimeout(1)", refusal},
@@ -213,7 +200,7 @@ TEST_F(ScriptEnvironmentTest, uuidIsAFreshLowerCaseText) {
   App app = run("log(typeof uuid()); for (var i = 0; i < 50; ++i) log(uuid('x')); log('end');");
   EXPECT_EQ(app.logged(), "string");
   const std::vector<std::string> ids = app.loggedUntil("end");
-  EXPECT_THAT(ids, testing::Each(MatchesRegex("[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}")));
+  EXPECT_THAT(ids, testing::Each(MatchesRegex(kUuid)));
   EXPECT_EQ(std::set<std::string>(ids.begin(), ids.end()).size(), 50U);
 }
 

@@ -103,6 +103,19 @@ App SystemTest::run(std::string_view script, const std::vector<std::string>& acc
   return launch(name);
 }
 
+Guest SystemTest::invite(std::string_view onGrant, const std::vector<std::string>& accesses) {
+  const std::string script = "morvik.connect(HOST, PORT); morvik.start(function() { ";
+  Guest guest{run(script + std::string(onGrant) + " }, {});", accesses), server.accept(), {}};
+  guest.start = guest.device.receive();
+  return guest;
+}
+
+LogRecord SystemTest::waitUntilReaped(const App& app, int left) {
+  return host().waitForLog(
+      "end process: " + std::to_string(app.pid()) + " nbChild " + std::to_string(left),
+      host().pid());
+}
+
 // On one line with the script's beginning, so that its lines keep their numbers.
 std::string SystemTest::prelude() const {
   return "const HOST = '127.0.0.1', PORT = " + std::to_string(server.port()) +
@@ -118,16 +131,30 @@ void SystemTest::expectLogged(const std::vector<Row>& rows,
   for (const Row& row : rows) EXPECT_EQ(app.logged(), row.logged) << row.expression;
 }
 
+void SystemTest::expectThrown(const std::vector<Call>& calls) {
+  std::vector<Row> rows;
+  for (const Call& call : calls)
+    rows.push_back({"caught(function() { " + call.call + "; })", call.thrown});
+  expectLogged(rows);
+}
+
+void SystemTest::expectThrown(const std::vector<std::string>& calls, const std::string& thrown) {
+  std::vector<Call> all;
+  for (const std::string& call : calls) all.push_back({call, thrown});
+  expectThrown(all);
+}
+
 void DeviceTest::connect(std::string_view script, const std::vector<std::string>& accesses) {
   app = run("morvik.connect(HOST, PORT); " + std::string(script), accesses);
   device = server.accept();
 }
 
 void DeviceTest::interactive(std::string_view script, const std::vector<std::string>& accesses) {
-  connect("morvik.start(function() { " + std::string(script) + " }, {});", accesses);
-  const zeph::ZephMsg start = device.receive();
-  interactiveId = start.interactivemode().interactiveid();
-  device.grant(start);
+  Guest guest = invite(script, accesses);
+  interactiveId = guest.start.interactivemode().interactiveid();
+  guest.grant();
+  app = guest.app;
+  device = std::move(guest.device);
 }
 
 zeph::ZephMsg DeviceTest::receiveAndReply(std::string_view code) {

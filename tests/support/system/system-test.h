@@ -51,7 +51,25 @@ class App {
   int heard_ = 0;
 };
 
+// The text with addresses and fresh ids shown as "%p" and "%id".
 std::string withoutAddresses(const std::string& text);
+
+// An application that has connected and asked for interactive mode. Its script goes on when that is
+// granted.
+struct Guest {
+  App app;
+  DeviceLink device;
+  zeph::ZephMsg start;
+  void grant() { device.grant(start); }
+};
+
+// What every application without a config.bin is warned of, and what ends one that does not become
+// interactive.
+constexpr char kNoParams[] = "no params loaded: No such file or directory";
+constexpr char kAutokill[] = "/!\\ AUTOKILL, application still not interactive after 10000ms";
+
+// The form of a fresh id.
+constexpr char kUuid[] = "[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}";
 
 class SystemTest : public testing::Test {
  protected:
@@ -68,6 +86,10 @@ class SystemTest : public testing::Test {
   // HOST and PORT of the server, and caught(f), which tells how a call of f threw.
   App run(std::string_view script, const std::vector<std::string>& accesses = {"led"});
   [[nodiscard]] std::string prelude() const;
+  // Launches an application that does `onGrant` when it is granted interactive mode.
+  Guest invite(std::string_view onGrant, const std::vector<std::string>& accesses = {"led"});
+  // Waits until the launcher has reaped an application, and so many are left.
+  LogRecord waitUntilReaped(const App& app, int left);
 
   // The exit status of an application, which ends when `cause` has run. The launcher is stopped
   // before, so that it cannot reap the application.
@@ -84,6 +106,13 @@ class SystemTest : public testing::Test {
     std::string logged;
   };
   void expectLogged(const std::vector<Row>& rows, const std::vector<std::string>& accesses = {});
+  // What each call throws, as its type and text; "nothing" for one that does not.
+  struct Call {
+    std::string call;
+    std::string thrown;
+  };
+  void expectThrown(const std::vector<Call>& calls);
+  void expectThrown(const std::vector<std::string>& calls, const std::string& thrown);
 
   AppFolder apps;
   TestDevice server;

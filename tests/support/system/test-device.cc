@@ -190,8 +190,11 @@ void DeviceLink::reset() {
   socket_.close();
 }
 
-TestDevice::TestDevice() : socket_(boundSocket()), port_(portFrom<getsockname>(socket_)) {
-  if (listen(socket_.get(), kBacklog) != 0) fail("listen");
+TestDevice::TestDevice() : TestDevice(kBacklog) {}
+
+TestDevice::TestDevice(int backlog)
+    : socket_(boundSocket()), port_(portFrom<getsockname>(socket_)) {
+  if (listen(socket_.get(), backlog) != 0) fail("listen");
 }
 
 DeviceLink TestDevice::accept() {
@@ -202,6 +205,14 @@ DeviceLink TestDevice::accept() {
 }
 
 bool TestDevice::quiet() const { return nothingToRead(socket_.get()); }
+
+// A listener with a backlog of nought still holds one connection.
+FullDevice::FullDevice() : TestDevice(0), guest_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+  sockaddr_in address = loopback();
+  address.sin_port = htons(static_cast<uint16_t>(port()));
+  if (connect(guest_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+    fail("connect");
+}
 
 int unusedPort() { return portFrom<getsockname>(boundSocket()); }
 

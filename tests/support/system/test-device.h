@@ -70,9 +70,24 @@ class TestDevice {
   // Whether no connection waits to be accepted.
   [[nodiscard]] bool quiet() const;
 
+ protected:
+  explicit TestDevice(int backlog);
+
  private:
   Descriptor socket_;
   int port_ = 0;
+};
+
+// A device that takes no further connection until it makes room.
+class FullDevice : private TestDevice {
+ public:
+  FullDevice();
+
+  using TestDevice::port;
+  void makeRoom() { accept(); }
+
+ private:
+  Descriptor guest_;
 };
 
 // A port of the loopback interface where nothing listens.

@@ -1,0 +1,150 @@
+// morvik.serial: ports, lines, and what the feature writes on standard output.
+#include "support/system/feature-test.h"
+
+namespace morvik {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+
+constexpr char kAdded[] = "dans c++\n";
+constexpr char kCalling[] = "call onMessage\ncast\narg0\n";
+constexpr char kCalled[] = "call onMessage\ncast\narg0\ncall onMessage\n";
+
+class SerialTest : public FeatureTest {
+ protected:
+  SerialTest() : FeatureTest("serial") {}
+
+  // The device has read a line.
+  void readLine(const std::string& data) {
+    zeph::ZephMsg message = newMessage();
+    auto& line = *message.mutable_serialcallback()->mutable_readline();
+    line.set_port("/dev/ttyS1");
+    line.set_data(data);
+    line.set_base("never told");
+    device.send(message);
+  }
+
+  // What standard output has brought when all that was sent is handled.
+  std::string printed() {
+    settle();
+    return host().output().soFar();
+  }
+};
+
+TEST_F(SerialTest, isThereOnlyWithItsAccess) { expectFunctions("open__,write__,addListener__"); }
+
+// Arguments beyond the count, or missing from it, are no mistake: odd on purpose.
+TEST_F(SerialTest, callsSendPortsAndData) {
+  const auto open = [](const std::string& port, int baud) {
+    return "serial { open { port: \"" + port + "\" baud: " + std::to_string(baud) + " } }";
+  };
+  expectSends(
+      {{"open__('/dev/ttyS1')", open("/dev/ttyS1", 9600)},
+       {"open__('/dev/ttyS1', 115200)", open("/dev/ttyS1", 115200)},
+       {"open__('/dev/ttyS1', 'x', 3)", open("/dev/ttyS1", 9600)},
+       {"open__('/dev/ttyS1', 300, 3)", open("/dev/ttyS1", 9600)},
+       {"open__('/dev/ttyS1', -1)", open("/dev/ttyS1", -1)},
+       {"open__(undefined)", open("undefined", 9600)},
+       {"write__('p', 'h', 'data')", R"(serial { write { port: "p" data: "data" base: "h" } })"},
+       {"write__('p')", R"(serial { write { port: "p" data: "undefined" base: "undefined" } })"},
+       {"write__()",
+        R"(serial { write { port: "undefined" data: "undefined" base: "undefined" } })"},
+       {"write__('p', 1, 2, 3)", R"(serial { write { port: "p" data: "2" base: "1" } })"}});
+}
+
+TEST_F(SerialTest, callsAreRefusedInTheirOrder) {
+  const std::string baud = "arg 2 is Integer baudrate";
+  expectRefuses(
+      wrong({"open__()", "addListener__()", "addListener__(5)", "addListener__('x')",
+             "addListener__(null)"}) +
+      needMode({"open__('p')", "open__('p', 9600)", "write__('p', 'h', 'x')", "write__()"}) +
+      std::vector<RefusedRow>{{"open__('p', '9600')", baud, baud},
+                              {"open__('p', 9600.5)", baud, baud},
+                              {"open__('p', f)", baud, baud},
+                              {"open__(bad)", kMode, "no text"},
+                              {"write__('p', bad)", kMode, "no text"}});
+  std::string expected;
+  for (int i = 0; i < 8; ++i) expected += kAdded;  // each time, whatever follows
+  EXPECT_EQ(printed(), expected);
+}
+
+// The application never gives way, so nothing but the line's own end has brought it here.
+TEST_F(SerialTest, linesOnStandardOutputArriveAtOnce) {
+  app = run("morvik.serial.addListener__({}); log('spinning'); for (;;);", access());
+  EXPECT_EQ(app.logged(), "spinning");
+  host().output().await(kAdded);
+  EXPECT_TRUE(app.alive());
+}
+
+TEST_F(SerialTest, aListenersFunctionGetsItsObjectThePortAndTheData) {
+  connect(
+      "var object = {onMessage: function heard() {"
+      " log([this === heard, arguments.length, arguments[0] === object, arguments[1],"
+      "      arguments[2]].join()); return true; }};"
+      "log(morvik.serial.addListener__(object));",
+      access());
+  EXPECT_EQ(app.logged(), "undefined");
+  readLine("first");
+  EXPECT_EQ(app.logged(), "true,3,true,/dev/ttyS1,first");
+  readLine("caf\xc3\xa9");
+  EXPECT_EQ(app.logged(), "true,3,true,/dev/ttyS1,caf\xe9");
+  EXPECT_EQ(printed(), std::string(kAdded) + kCalled + kCalled);
+  zeph::ZephMsg empty = newMessage();
+  empty.mutable_serialcallback();
+  device.send(empty);
+  EXPECT_EQ(app.logged(), "true,3,true,,");
+}
+
+TEST_F(SerialTest, otherMessagesPassAListenerBy) {
+  connect("morvik.serial.addListener__({onMessage: function(o, p, data) { log(data); }});",
+          access());
+  zeph::ZephMsg other = newMessage();
+  other.mutable_serial();
+  device.send(other);
+  readLine("mine");
+  EXPECT_EQ(app.logged(), "mine");
+  readLine("too late");
+  EXPECT_EQ(printed(), std::string(kAdded) + kCalled) << "it had gone";
+}
+
+TEST_F(SerialTest, listenersStayOnlyForTrue) {
+  const std::vector<std::string> goes{"false", "undefined", "1", "new Boolean(true)"};
+  std::string script =
+      "function add(name, value) { morvik.serial.addListener__({onMessage: function() {"
+      " log(name); if (value === 'throw') throw 'no'; return value; }}); }";
+  for (const std::string& value : goes) script += "add('" + value + "', " + value + ");";
+  connect(script + "add('throws', 'throw'); add('stays', true);", access());
+  readLine("x");
+  readLine("x");
+  for (const std::string& value : goes) EXPECT_EQ(app.logged(), value);
+  for (const std::string text : {"throws", "stays", "stays"}) EXPECT_EQ(app.logged(), text);
+  EXPECT_THAT(app.warnings(), Contains(EndsWith(": no")));
+}
+
+// The function is looked for when a line comes, and what has none is told and goes.
+TEST_F(SerialTest, anObjectWithoutAFunctionGoesWithAWarning) {
+  connect(
+      "var late = {}; morvik.serial.addListener__(late);"
+      "morvik.serial.addListener__({});"
+      "morvik.serial.addListener__({onMessage: 5});"
+      "morvik.serial.addListener__({get onMessage() { throw 'no getter'; }});"
+      "late.onMessage = function(o, p, data) { log(data); return true; };",
+      access());
+  readLine("first");
+  readLine("second");
+  EXPECT_EQ(app.logged(), "first");
+  EXPECT_EQ(app.logged(), "second");
+  std::string expected;
+  for (int i = 0; i < 4; ++i) expected += kAdded;
+  expected += kCalled;
+  for (int i = 0; i < 3; ++i) expected += kCalling;
+  EXPECT_EQ(printed(), expected + kCalled);
+  app.waitForLogTimes("serial listener without a function onMessage", 2);
+  EXPECT_THAT(app.warnings(), Contains(EndsWith(": no getter")));
+}
+
+}  // namespace
+}  // namespace morvik
