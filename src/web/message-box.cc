@@ -22,6 +22,7 @@ using Query = zeph::MorvikMessageQuery;
 // Bytes of ids in one message. A script names more than its own memory holds with one text in many
 // places, or with an array of nothing but a length.
 constexpr std::size_t kMaxIds = 10485760;
+constexpr std::size_t kIdOverhead = sizeof(std::string);
 
 // Reads ids off a script's object until one throws: that exception is then the script's.
 class IdReader {
@@ -36,7 +37,7 @@ class IdReader {
     if (!source_->Get(isolate_->GetCurrentContext(), key).ToLocal(&value)) return std::nullopt;
     auto text = asciiText(isolate_, value);
     if (!text) return std::nullopt;
-    taken_ += text->size() + sizeof *text;
+    taken_ += text->size() + kIdOverhead;
     if (taken_ <= kMaxIds) return text;
     throwText(isolate_, "Too many ids");
     return std::nullopt;
