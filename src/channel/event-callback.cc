@@ -35,7 +35,6 @@ void callWithObject(const EventCallbackData& data, const auto& result, Describe 
 void callWithCode(const EventCallbackData& data, const auto& result, const char* kind) {
   if (!result.has_code()) return;
   g_debug("calling %s function", kind);
-  const v8::HandleScope handles(v8::Isolate::GetCurrent());
   data.function.call({toScript(nameOf(result.code()))});
 }
 

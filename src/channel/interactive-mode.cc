@@ -56,7 +56,6 @@ void sendStart(const MorvikData& instance, const std::string& id,
 }
 
 void callGranted(const InteractiveData& record) {
-  const v8::HandleScope handles(v8::Isolate::GetCurrent());
   g_debug("calling interactiveMode function");
   if (record.object.IsEmpty()) {
     record.callback.call();

@@ -15,7 +15,6 @@ class ButtonMsgCallback final : public ScriptListener {
     return message.has_buttoncallback();
   }
   bool tell(const zeph::ZephMsg& message) override {
-    const v8::HandleScope handles(v8::Isolate::GetCurrent());
     return function.call({toScript(nameOf(message.buttoncallback().type()))});
   }
 };

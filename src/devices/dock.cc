@@ -79,7 +79,6 @@ bool DockMsgCallback::hears(const zeph::ZephMsg& message) const { return message
 
 bool DockMsgCallback::tell(const zeph::ZephMsg& message) {
   v8::Isolate* isolate = v8::Isolate::GetCurrent();
-  const v8::HandleScope handles(isolate);
   return function.call({v8::Integer::New(isolate, message.dock().status()),
                         v8::Integer::New(isolate, message.dock().change())});
 }

@@ -78,7 +78,6 @@ class EarsMsgCallback final : public ScriptListener {
 
   bool tell(const zeph::ZephMsg& message) override {
     v8::Isolate* isolate = v8::Isolate::GetCurrent();
-    const v8::HandleScope handles(isolate);
     const zeph::EarsCallback& event = message.earscallback();
     return function.call({toScript(nameOf(event.type())), v8::Integer::New(isolate, event.step()),
                           v8::Integer::New(isolate, event.length())});

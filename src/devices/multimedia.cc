@@ -114,7 +114,6 @@ void MultimedialistCallback(void* data, const zeph::ZephMsg& message) {
     return;
   }
   if (!function) return;  // answered before
-  const v8::HandleScope handles(v8::Isolate::GetCurrent());
   function->call({toScript(*entry)});
 }
 
@@ -170,7 +169,6 @@ class MultimediaMsgCallback final : public ScriptListener {
   }
 
   bool tell(const zeph::ZephMsg& message) override {
-    const v8::HandleScope handles(v8::Isolate::GetCurrent());
     return function.call({toScript(nameOf(message.multimediacallback().action()))});
   }
 };

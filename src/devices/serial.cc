@@ -162,7 +162,6 @@ bool SerialMsgCallback::hears(const zeph::ZephMsg& message) const {
 }
 
 bool SerialMsgCallback::tell(const zeph::ZephMsg& message) {
-  const v8::HandleScope handles(v8::Isolate::GetCurrent());
   return function.call({toScript(message.serialcallback().readline().data())});
 }
 
