@@ -101,6 +101,19 @@ TEST_F(AsrTest, aResultIsToldFieldByField) {
          R"(MESSAGE JSLOG: object {"text":"oui","confident":80})"}}});
 }
 
+TEST_F(AsrTest, whatARecognitionLacksIsToldToo) {
+  expectAnswered(
+      {{"string('x', 'fr', tell)",
+        "response { code: BUSY } asrCallback { recognition { semantic: '<a' } }",
+        {kCalled, "MESSAGE ASR: AsrCallback: has_asrcallback true. recognition_size: 1",
+         "MESSAGE ASR: AsrCallback: recognition(0).has_text() false",
+         "MESSAGE ASR: AsrCallback: recognition(0).has_confident() false",
+         "MESSAGE ASR: AsrCallback: semantic : <a", "MESSAGE ASR: AsrCallback: semantic size : 2",
+         "MESSAGE ASR: parseSemantic: size:2",
+         "MESSAGE ASR: parseSemantic: Failed to parse document",
+         R"(MESSAGE JSLOG: object {"text":"","confident":0})"}}});
+}
+
 TEST_F(AsrTest, theMeaningBecomesObjectsAndTexts) {
   const std::vector<std::pair<std::string, std::string>> rows{
       {"<a>x</a>", R"("a":"x",)"},

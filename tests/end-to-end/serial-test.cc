@@ -5,13 +5,11 @@ namespace morvik {
 namespace {
 
 using testing::Contains;
-using testing::ElementsAre;
 using testing::EndsWith;
-using testing::HasSubstr;
 
-constexpr char kAdded[] = "dans c++\n";
-constexpr char kCalling[] = "call onMessage\ncast\narg0\n";
-constexpr char kCalled[] = "call onMessage\ncast\narg0\ncall onMessage\n";
+const std::string kAdded = "dans c++\n";
+const std::string kCalling = "call onMessage\ncast\narg0\n";
+const std::string kCalled = "call onMessage\ncast\narg0\ncall onMessage\n";
 
 class SerialTest : public FeatureTest {
  protected:
@@ -91,7 +89,7 @@ TEST_F(SerialTest, aListenersFunctionGetsItsObjectThePortAndTheData) {
   EXPECT_EQ(app.logged(), "true,3,true,/dev/ttyS1,first");
   readLine("caf\xc3\xa9");
   EXPECT_EQ(app.logged(), "true,3,true,/dev/ttyS1,caf\xe9");
-  EXPECT_EQ(printed(), std::string(kAdded) + kCalled + kCalled);
+  EXPECT_EQ(printed(), kAdded + kCalled + kCalled);
   zeph::ZephMsg empty = newMessage();
   empty.mutable_serialcallback();
   device.send(empty);
@@ -107,7 +105,7 @@ TEST_F(SerialTest, otherMessagesPassAListenerBy) {
   readLine("mine");
   EXPECT_EQ(app.logged(), "mine");
   readLine("too late");
-  EXPECT_EQ(printed(), std::string(kAdded) + kCalled) << "it had gone";
+  EXPECT_EQ(printed(), kAdded + kCalled) << "it had gone";
 }
 
 TEST_F(SerialTest, listenersStayOnlyForTrue) {
