@@ -23,7 +23,7 @@ TEST_F(MessageBoxOutputTest, isOutWhenTheApplicationDiesOfItsConnection) {
   sendOne();
   ASSERT_EQ(sent.morvikmessagequery().message().content().content(), "hi");
   EXPECT_EQ(endOf(app, [this] { device.close(); }), killedBy(SIGTRAP));
-  EXPECT_EQ(host().output().soFar(), sent.DebugString());
+  EXPECT_EQ(host().output().awaitEnd(), sent.DebugString());
 }
 
 TEST_F(MessageBoxOutputTest, isOutWhileTheApplicationLivesOn) {
