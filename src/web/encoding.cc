@@ -6,8 +6,10 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cctype>
 #include <climits>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -40,7 +42,7 @@ class Converter {
   }
 
  private:
-  static inline const iconv_t kNone = reinterpret_cast<iconv_t>(-1);
+  static inline const auto kNone = std::bit_cast<iconv_t>(std::intptr_t{-1});
   iconv_t handle_;
 };
 

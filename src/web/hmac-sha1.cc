@@ -1,9 +1,8 @@
 // HMAC-SHA1.
 #include "web/hmac-sha1.h"
 
-#include <strings.h>
-
 #include <algorithm>
+#include <cstring>
 
 namespace morvik {
 namespace {

@@ -1,8 +1,6 @@
 // SHA-1. The eighty steps are written out, without a table and without a loop.
 #include "web/sha1.h"
 
-#include <strings.h>
-
 #include <algorithm>
 #include <bit>
 #include <cstring>

@@ -4,8 +4,6 @@
 
 #include <gmock/gmock.h>
 
-#include <cstdlib>
-
 #include "support/unit/captured-log.h"
 #include "support/unit/library-spy.h"
 #include "support/unit/log-texts.h"
@@ -205,8 +203,6 @@ TEST_F(EncodingTest, aConverterThatDoesNotCloseKeepsTheText) {
 }
 
 TEST_F(EncodingTest, withoutMemoryTheProcessEnds) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  setenv("ASAN_OPTIONS", "allocator_may_return_null=1", 1);
   const auto convertFarTooMuch = [] {
     printLog();
     HttpBuffer body = bufferOf("encoding=klingon " + std::string(300, ' '));

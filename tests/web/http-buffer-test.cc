@@ -4,7 +4,6 @@
 #include <gmock/gmock.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 
 #include "support/unit/log-texts.h"
@@ -54,8 +53,6 @@ TEST(HttpBufferTest, isReplacedAsAWhole) {
 }
 
 TEST(HttpBufferTest, withoutMemoryTheProcessEnds) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  setenv("ASAN_OPTIONS", "allocator_may_return_null=1", 1);
   const struct {
     std::size_t size;
     std::size_t count;
@@ -69,7 +66,7 @@ TEST(HttpBufferTest, withoutMemoryTheProcessEnds) {
       char byte = 'x';
       httpWriteCallback(&byte, piece.size, piece.count, &buffer);
     };
-    EXPECT_EXIT(writeFarTooMuch(), testing::ExitedWithCode(1), "^DEBUG realloc\\(\\) failed\n$");
+    EXPECT_EXIT(writeFarTooMuch(), testing::ExitedWithCode(1), "DEBUG realloc\\(\\) failed\n$");
   }
 }
 
