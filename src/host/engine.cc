@@ -90,6 +90,15 @@ void watchOver(v8::Isolate* isolate) {
   isolate->SetCaptureStackTraceForUncaughtExceptions(true, kStackFrames, v8::StackTrace::kOverview);
 }
 
+// The engine lets the first large object of its young space pass, whatever its size, and counts it at
+// the next collection only. So that one comes now: it frees what nobody needs any more, and what is
+// still too much ends the process as told at heapLimitReached.
+void holdToLimit(v8::Isolate* isolate) {
+  v8::HeapStatistics heap;
+  isolate->GetHeapStatistics(&heap);
+  if (heap.used_heap_size() > heap.heap_size_limit()) isolate->LowMemoryNotification();
+}
+
 }  // namespace
 
 void Engine::prepare() {
@@ -116,6 +125,7 @@ Engine::~Engine() {
 void Engine::runPendingTasks(v8::Isolate* isolate) {
   while (v8::platform::PumpMessageLoop(preparedKeptForLife().platform, isolate)) {
   }
+  holdToLimit(isolate);
 }
 
 void Engine::dispose() {

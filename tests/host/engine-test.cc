@@ -38,6 +38,19 @@ TEST_F(EngineTest, aScriptThatFillsMemoryEndsItsProcess) {
   }
 }
 
+// The engine itself lets a first large object pass until the next collection.
+TEST_F(EngineTest, aSingleHugeTextEndsItsProcessWhenItIsKept) {
+  EXPECT_EXIT(run("var huge = 'x'.repeat(100000000); huge.charCodeAt(5); huge.indexOf('y');"),
+              KilledBySignal(SIGTRAP), "fatal: script engine out of memory: ");
+}
+
+TEST_F(EngineTest, aSingleHugeTextThatIsGoneIsForgotten) {
+  EXPECT_EQ(run("(function() { return 'x'.repeat(100000000).indexOf('y'); })()"), "-1");
+  v8::HeapStatistics heap;
+  isolate()->GetHeapStatistics(&heap);
+  EXPECT_LT(heap.used_heap_size(), heap.heap_size_limit());
+}
+
 TEST_F(EngineTest, anyOtherFatalErrorEndsTheProcessAndSaysSo) {
   EXPECT_EXIT(v8::MaybeLocal<v8::Value>().ToLocalChecked(), KilledBySignal(SIGTRAP),
               "fatal: script engine failed: v8::ToLocalChecked: Empty MaybeLocal");
