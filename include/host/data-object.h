@@ -1,5 +1,5 @@
-// Script objects that stand for a file: two internal fields, of which field 1 holds the path. A script
-// cannot read them and only hands them on.
+// Script objects that stand for a file: two internal fields, of which field 1 holds the path. A
+// script cannot read them and only hands them on.
 #pragma once
 
 #include <v8.h>

@@ -13,7 +13,8 @@ v8::Local<v8::Object> newFileObject(v8::Local<v8::Context> context, const std::s
   return object;
 }
 
-// The engine gives objects of its own, such as array buffers, internal fields too: those hold no text.
+// The engine gives objects of its own, such as array buffers, internal fields too: those hold no
+// text.
 std::optional<v8::Local<v8::String>> dataPath(v8::Local<v8::Value> value) {
   if (!value->IsObject()) return std::nullopt;
   const auto object = value.As<v8::Object>();

@@ -61,10 +61,8 @@ constexpr Binding kFirstFunctions[] = {
     {"log", log}, {"exit", exit}, {"setTimeout", setTimeout}, {"ping", ping}};
 constexpr Binding kMorvikFunctions[] = {{"ping", ping},   {"info", info}, {"connect", connect},
                                         {"start", start}, {"stop", stop}, {"random", random}};
-constexpr Binding kLaterFunctions[] = {{"include", include},
-                                       {"signHMACSHA1", signHMACSHA1},
-                                       {"uuid", uuid},
-                                       {"timestamp", timestamp}};
+constexpr Binding kLaterFunctions[] = {
+    {"include", include}, {"signHMACSHA1", signHMACSHA1}, {"uuid", uuid}, {"timestamp", timestamp}};
 
 }  // namespace
 
