@@ -22,7 +22,7 @@ function newRound() {
   greenSince = 0;
   morvik.led.light('red');
   log('wait for green');
-  setTimeout(500 + morvik.random() % 1500, function () {
+  setTimeout(1500 + morvik.random() % 1500, function () {
     morvik.led.light('green');
     greenSince = Date.now();
     log('press!');

@@ -6,7 +6,7 @@
 var address = (instanceName || '127.0.0.1:7410').split(':');
 
 // Positions of the left and the right ear. null leaves an ear where it is.
-var figures = [[8, 8], [4, null], [null, 4], [12, 4], [4, 12], [0, 0]];
+var figures = [[4, 4], [2, null], [null, 2], [5, 3], [3, 5], [2, 2]];
 
 // 'OK' says that a movement has begun, 'TERMINATED' that it is over.
 
@@ -35,7 +35,7 @@ function wiggle() {
 // Hears things like 'START_LEFT' and 'BLOCKED_RIGHT', at any time.
 morvik.ears.addListener(function (what, step, length) {
   if (what === 'BLOCKED_LEFT' || what === 'BLOCKED_RIGHT') {
-    log('somebody holds an ear: ' + what);
+    log('somebody holds an ear: ' + what); // and what the ears were doing is 'CANCELLED'
   }
   return true; // stay: a listener that returns anything else hears no more
 });

@@ -1,12 +1,15 @@
-// two-device-call: one device calls another. Launch it twice, once for each device:
-//   two-device-call demo 127.0.0.1:7410           waits for a call and answers it
-//   two-device-call demo bob@127.0.0.1:7411       calls bob
+// two-device-call: one device calls another. Launch it twice:
+//   two-device-call demo bob@127.0.0.1:7410         is bob, who waits for a call and answers it
+//   two-device-call demo anna-bob@127.0.0.1:7410    is anna, who calls bob
 //
-// The text in front of the @ is whom to call, what follows is where this application's own device is,
-// as host:port.
-var at = instanceName.lastIndexOf('@');
-var whom = at < 0 ? '' : instanceName.substring(0, at);
-var address = (instanceName.substring(at + 1) || '127.0.0.1:7410').split(':');
+// So the third word of the launch line, instanceName, decides. What follows the @ is where the device
+// is, as host:port.
+var parts = instanceName.split('@');
+var names = parts[0].split('-');
+var address = (parts[1] || '127.0.0.1:7410').split(':');
+
+var me = names[0] || 'nobody';
+var whom = names[1]; // undefined for who waits
 
 // Commands for a call take no function: how it goes is heard here alone. Every step returns true, or
 // the next one would not be heard.
@@ -35,13 +38,13 @@ function hangUpSoon() {
 morvik.connect(address[0], Number(address[1]));
 
 morvik.start(function () {
-  // With which account the device makes and takes calls: its id, its domain, its password, and a
-  // server that helps it through a router.
-  morvik.m2m.account(appName, 'sip.example.org', 'password', 'stun.example.org');
+  // The account for calls: an id, which others call, its domain, its password, and a server that helps
+  // through a router.
+  morvik.m2m.account(me, 'sip.example.org', 'password', 'stun.example.org');
   if (whom) {
-    log('calling ' + whom);
+    log(me + ' calls ' + whom);
     morvik.m2m.call(whom);
   } else {
-    log('waiting for a call');
+    log(me + ' waits for a call');
   }
 }, {});
