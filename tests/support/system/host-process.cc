@@ -113,6 +113,7 @@ std::vector<std::string> environmentFor(const HostOptions& options) {
   std::vector<std::string> environment{
       "PATH=/usr/bin:/bin", "LC_ALL=C",
       "ASAN_OPTIONS=detect_leaks=0:verify_asan_link_order=0:allocator_may_return_null=1"};
+  environment.insert(environment.end(), options.environment.begin(), options.environment.end());
   if (options.shortTimersFrom) {
     environment.emplace_back("LD_PRELOAD=" SHORT_TIMERS);
     environment.push_back("SHORT_TIMERS_FROM=" + std::to_string(*options.shortTimersFrom));

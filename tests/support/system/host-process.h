@@ -20,6 +20,7 @@ namespace morvik {
 struct HostOptions {
   std::vector<std::string> arguments = {};
   std::string programName = "morvikvm";          // what stands at index 0 of the argument vector
+  std::vector<std::string> environment = {};     // further variables, as in "NAME=value"
   std::optional<std::string> input = {};         // a file as standard input, not a pipe
   std::optional<unsigned> shortTimersFrom = {};  // shortens timers from this interval upwards
   bool forkFails = false;                        // every fork fails with EAGAIN

@@ -1,9 +1,11 @@
 #include "support/system/system-test.h"
 
+#include <regex.h>
+
 #include <algorithm>
 #include <cstring>
 #include <iostream>
-#include <regex>
+#include <stdexcept>
 
 namespace morvik {
 
@@ -12,9 +14,30 @@ namespace {
 constexpr std::string_view kJsLog = "JSLOG: ";
 constexpr std::string_view kFolderOption = "--app_folder=";
 
-std::string replaced(const std::string& text, const char* pattern, const char* by) {
-  return std::regex_replace(text, std::regex(pattern), by);
-}
+// An extended regular expression of the system's.
+class Pattern {
+ public:
+  explicit Pattern(const std::string& expression) {
+    if (regcomp(&compiled_, expression.c_str(), REG_EXTENDED) != 0)
+      throw std::runtime_error("not a pattern: " + expression);
+  }
+  Pattern(const Pattern&) = delete;
+  Pattern& operator=(const Pattern&) = delete;
+  ~Pattern() { regfree(&compiled_); }
+
+  [[nodiscard]] std::string replacedIn(std::string text, std::string_view by) const {
+    regmatch_t match{};
+    for (std::size_t from = 0; regexec(&compiled_, text.c_str() + from, 1, &match, 0) == 0;) {
+      const auto begin = from + static_cast<std::size_t>(match.rm_so);
+      text.replace(begin, static_cast<std::size_t>(match.rm_eo - match.rm_so), by);
+      from = begin + by.size();
+    }
+    return text;
+  }
+
+ private:
+  regex_t compiled_{};
+};
 
 }  // namespace
 
@@ -24,8 +47,9 @@ const std::vector<std::string> kCodes{
     "NOT_CONNECTED"};
 
 std::string withoutAddresses(const std::string& text) {
-  const std::string plain = replaced(text, "0x[0-9a-f]+|\\(nil\\)", "%p");
-  return replaced(plain, "[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}", "%id");
+  static const Pattern kAddress("0x[0-9a-f]+|\\(nil\\)");
+  static const Pattern kId(kUuid);
+  return kId.replacedIn(kAddress.replacedIn(text, "%p"), "%id");
 }
 
 std::string App::logged() {
