@@ -1,13 +1,16 @@
 // morvik-dev device: the virtual device on a port of this machine, until it is told to stop.
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
 #include <string>
+#include <string_view>
 
 #include "device/device-server.h"
 #include "device/display.h"
+#include "line-reader.h"
 #include "options.h"
 #include "until-told.h"
 #include "verbs.h"
@@ -23,7 +26,8 @@ constexpr VerbHelp kHelp = {
     "connect to it. It shows a line for each thing that happens:\n\n"
     "  12:00:01.123 app 1 ->  led light red  #3f2a\n"
     "  12:00:01.124 app 1 <-  response OK  #3f2a\n\n"
-    "-> is a message from the application, <- one to it. Equal marks (#3f2a) belong together.",
+    "-> is a message from the application, <- one to it. Equal marks (#3f2a) belong together.\n"
+    "Lines on standard input tell what the world does to it, \"help\" which there are.",
     "Ctrl-C ends it. Colours are shown on a terminal, unless NO_COLOR is set.\n\n"
     "Examples:\n"
     "  morvik-dev device\n"
@@ -59,6 +63,12 @@ int serve(int port) {
   }
   UntilTold untilTold;
   std::printf("listening on 127.0.0.1:%d\n", server.port());
+  // A device in the background of a terminal goes on without commands, rather than stop when it
+  // wants to read them.
+  std::signal(SIGTTIN, SIG_IGN);
+  const LineReader commands(STDIN_FILENO, [&server](std::string_view line) {
+    std::fputs(server.stimulate(line).text.c_str(), stdout);
+  });
   untilTold.run();
   return EXIT_SUCCESS;
 }

@@ -7,6 +7,11 @@
 #include <string_view>
 
 namespace morvik::devkit {
+namespace {
+
+constexpr std::chrono::milliseconds kNoPause{0};
+
+}  // namespace
 
 AppConnection::AppConnection(Owner& owner, AppNumber number, GSocketConnection* socket)
     : owner_(&owner),
@@ -61,11 +66,16 @@ void AppConnection::take(std::size_t count) {
   }
 }
 
-void AppConnection::send(const std::string& payload) {
+void AppConnection::send(const std::string& payload, const Delivery& delivery) {
   if (owner_ == nullptr) return;
-  unsent_.push_back(frameOf(payload));
-  unsentBytes_ += unsent_.back().size();
-  if (unsent_.size() == 1) {
+  const bool idle = unsent_.empty();
+  const std::string frame = frameOf(payload);
+  const std::size_t size = delivery.pieceSize > 0 ? delivery.pieceSize : frame.size();
+  for (std::size_t at = 0; at < frame.size(); at += size) {
+    unsent_.push_back({frame.substr(at, size), at > 0 ? delivery.pause : kNoPause});
+  }
+  unsentBytes_ += frame.size();
+  if (idle) {
     writeNext();
   } else if (unsentBytes_ > kMaxUnsent) {
     end("does not read what it is sent");
@@ -75,7 +85,7 @@ void AppConnection::send(const std::string& payload) {
 // One frame to a write: put together, a full socket could cut them inside a length.
 void AppConnection::writeNext() {
   g_output_stream_write_all_async(g_io_stream_get_output_stream(G_IO_STREAM(socket_.get())),
-                                  unsent_.front().data(), unsent_.front().size(),
+                                  unsent_.front().bytes.data(), unsent_.front().bytes.size(),
                                   G_PRIORITY_DEFAULT, cancellable_.get(), onWritten, keep());
 }
 
@@ -89,9 +99,27 @@ void AppConnection::onWritten(GObject* stream, GAsyncResult* result, void* kept)
     self->end(error.text());
     return;
   }
-  self->unsentBytes_ -= self->unsent_.front().size();
+  self->unsentBytes_ -= self->unsent_.front().bytes.size();
   self->unsent_.pop_front();
-  if (!self->unsent_.empty()) self->writeNext();
+  if (self->unsent_.empty()) return;
+  if (self->unsent_.front().pause > kNoPause) {
+    self->writeAfter(self->unsent_.front().pause);
+  } else {
+    self->writeNext();
+  }
+}
+
+// The source holds the connection until the pause is over, as a pending write would.
+void AppConnection::writeAfter(std::chrono::milliseconds pause) {
+  const GSourceOwned source(g_timeout_source_new(static_cast<guint>(pause.count())));
+  g_source_set_callback(source.get(), onPauseOver, keep(), nullptr);
+  g_source_attach(source.get(), g_main_context_get_thread_default());
+}
+
+gboolean AppConnection::onPauseOver(void* kept) {
+  const Kept self = takeKept(kept);
+  if (self->owner_ != nullptr) self->writeNext();
+  return G_SOURCE_REMOVE;
 }
 
 void AppConnection::end(const std::string& trouble) {

@@ -38,8 +38,9 @@ class AppConnection : public std::enable_shared_from_this<AppConnection> {
   // Begins to read. The connection must be held by a shared_ptr.
   void start();
 
-  // Every payload leaves in one write with its length in front, after those sent before it.
-  void send(const std::string& payload);
+  // Every payload leaves with its length in front, after those sent before it: in one write, or in
+  // the pieces that the delivery asks for.
+  void send(const std::string& payload, const Delivery& delivery = {});
 
   // The application sees the end of its stream; the owner is told nothing any more.
   void close();
@@ -54,6 +55,8 @@ class AppConnection : public std::enable_shared_from_this<AppConnection> {
   void read();
   void take(std::size_t count);
   void writeNext();
+  void writeAfter(std::chrono::milliseconds pause);
+  static gboolean onPauseOver(void* kept);
   void end(const std::string& trouble);
 
   Owner* owner_;  // null once the connection has ended
@@ -62,7 +65,11 @@ class AppConnection : public std::enable_shared_from_this<AppConnection> {
   GOwned<GCancellable> cancellable_;
   FrameReader frames_;
   std::array<char, std::size_t{64} * 1024> input_;
-  std::deque<std::string> unsent_;  // the first one is being written
+  struct Piece {
+    std::string bytes;
+    std::chrono::milliseconds pause;  // before it
+  };
+  std::deque<Piece> unsent_;  // the first one is being written, or waits for its pause to be over
   std::size_t unsentBytes_ = 0;
 };
 

@@ -47,11 +47,18 @@ void DeviceServer::accept(GSocketConnection* socket) {
   connection->start();
 }
 
-void DeviceServer::send(AppNumber application, const zeph::ZephMsg& message) {
+void DeviceServer::send(AppNumber application, const zeph::ZephMsg& message,
+                        const Delivery& delivery) {
   const auto found = connections_.find(application);
   if (found == connections_.end()) return;
   watcher_.sent(application, message);
-  found->second->send(message.SerializeAsString());
+  found->second->send(message.SerializeAsString(), delivery);
+}
+
+void DeviceServer::drop(AppNumber application) { refuse(application, ""); }
+
+StimulusOutcome DeviceServer::stimulate(std::string_view line) {
+  return morvik::devkit::stimulate(device_, line);
 }
 
 // Parsed in parts and tested afterwards, since a plain parse prints its own complaint about a

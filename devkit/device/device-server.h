@@ -7,12 +7,14 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "device/agenda.h"
 #include "device/app-connection.h"
 #include "device/device-watcher.h"
 #include "device/device.h"
 #include "device/owned.h"
+#include "device/stimuli.h"
 
 namespace morvik::devkit {
 
@@ -39,13 +41,18 @@ class DeviceServer : private Outlet, private AppConnection::Owner {
 
   const Device& device() const { return device_; }
 
+  // Does what the world does to the device; see stimuli.h for the line.
+  StimulusOutcome stimulate(std::string_view line);
+
  private:
   static int onIncoming(GSocketService* service, GSocketConnection* socket, GObject* source,
                         void* server);
   void accept(GSocketConnection* socket);
   void refuse(AppNumber application, const std::string& trouble);
 
-  void send(AppNumber application, const zeph::ZephMsg& message) override;
+  void send(AppNumber application, const zeph::ZephMsg& message, const Delivery& delivery) override;
+  void drop(AppNumber application) override;
+  void happened(const std::string& what) override { watcher_.happened(what); }
   void payloadArrived(AppNumber application, const std::string& payload) override;
   void connectionEnded(AppNumber application, const std::string& trouble) override;
 

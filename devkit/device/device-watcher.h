@@ -16,6 +16,8 @@ class DeviceWatcher {
   virtual void sent(AppNumber application, const zeph::ZephMsg& message) = 0;
   // The application did what it must not do. That it left is told next.
   virtual void trouble(AppNumber application, const std::string& what) = 0;
+  // Something happened at the device that no message tells of.
+  virtual void happened(const std::string& what) = 0;
   virtual void left(AppNumber application) = 0;
 };
 

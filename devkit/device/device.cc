@@ -1,15 +1,19 @@
-// Who uses the device, and which handler answers which payload.
+// Who uses the device, which handler answers which payload, and what is being done.
 #include "device/device.h"
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 #include "device/exchange.h"
 #include "device/handlers.h"
+#include "device/owned.h"
 #include "device/payload.h"
 
 namespace morvik::devkit {
 namespace {
+
+using std::chrono::milliseconds;
 
 enum class Needs { kNothing, kGrant };
 
@@ -25,6 +29,7 @@ constexpr Handler kHandlers[] = {
     {zeph::ZephMsg::kPingFieldNumber, Needs::kGrant, answerPing},
     {zeph::ZephMsg::kMorvikinfoQueryFieldNumber, Needs::kGrant, answerInfoQuery},
     {zeph::ZephMsg::kLedFieldNumber, Needs::kGrant, answerLed},
+    {zeph::ZephMsg::kEarsFieldNumber, Needs::kGrant, answerEars},
 };
 
 const Handler* handlerOf(int field) {
@@ -33,7 +38,7 @@ const Handler* handlerOf(int field) {
   return found != std::end(kHandlers) ? found : nullptr;
 }
 
-void answer(const Exchange& exchange) {
+void answerByTable(const Exchange& exchange) {
   const auto* payload = payloadOf(exchange.request());
   if (payload == nullptr) {
     exchange.respond(zeph::ERROR, "the message asks for nothing");
@@ -55,14 +60,57 @@ void Device::applicationCame(AppNumber number) { applications_[number].number = 
 
 void Device::applicationLeft(AppNumber number) { applications_.erase(number); }
 
-void Device::receive(AppNumber from, const zeph::ZephMsg& request) {
-  const auto found = applications_.find(from);
-  if (found != applications_.end()) answer(Exchange(*this, found->second, request));
-}
-
 const Application* Device::application(AppNumber number) const {
   const auto found = applications_.find(number);
   return found != applications_.end() ? &found->second : nullptr;
+}
+
+Application* Device::application(AppNumber number) {
+  const auto found = applications_.find(number);
+  return found != applications_.end() ? &found->second : nullptr;
+}
+
+void Device::receive(AppNumber from, const zeph::ZephMsg& request) {
+  if (Application* found = application(from)) answerByTable(Exchange(*this, *found, request));
+}
+
+void Device::send(AppNumber to, zeph::ZephMsg message) {
+  message.set_id(GText(g_uuid_string_random()).get());
+  outlet_.send(to, message, {});
+}
+
+void Device::sendToAll(const zeph::ZephMsg& message) {
+  for (const auto& [number, application] : applications_) send(number, message);
+}
+
+void Device::begin(Work work, Order order, milliseconds length) {
+  end(work, zeph::CANCELLED);
+  place(work).order = std::move(order);
+  prolong(work, length);
+}
+
+void Device::prolong(Work work, milliseconds length) {
+  const unsigned turn = ++place(work).turn;
+  after(std::min(length, kLongestWork), [this, work, turn] {
+    if (place(work).turn == turn) end(work, zeph::TERMINATED);
+  });
+}
+
+bool Device::end(Work work, zeph::VReturnCode code, const std::string& description) {
+  const std::optional<Order> order = take(work);
+  if (!order) return false;
+  zeph::ZephMsg event;
+  event.set_correlationid(order->request);
+  event.mutable_event()->set_code(code);
+  if (!description.empty()) event.mutable_event()->set_description(description);
+  if (order->atEnd) order->atEnd(event);
+  send(order->application, std::move(event));
+  return true;
+}
+
+std::optional<Order> Device::take(Work work) {
+  ++place(work).turn;
+  return std::exchange(place(work).order, std::nullopt);
 }
 
 }  // namespace morvik::devkit

@@ -4,53 +4,42 @@
 
 #include <zeph-message.pb.h>
 
+#include <array>
+#include <chrono>
 #include <map>
 #include <string>
-#include <utility>
-#include <vector>
 
+#include "device/device-state.h"
 #include "device/scheduler.h"
+#include "device/work.h"
 
 namespace morvik::devkit {
 
-namespace zeph = net::quelta::zeph::message;
-
-// Applications are numbered 1, 2, 3 in the order in which they came. A number is never used again.
-using AppNumber = unsigned;
-
-struct Led {
-  enum class Effect { kLight, kFade, kPulse };
-  std::string color;  // as the application wrote it; empty until the first command
-  Effect effect = Effect::kLight;
+// How a message travels: in one piece, or in several with pauses between them.
+struct Delivery {
+  std::size_t pieceSize = 0;  // bytes; 0 for one piece
+  std::chrono::milliseconds pause{0};
 };
 
-// What the device is, apart from who uses it.
-struct DeviceState {
-  // What `morvik.info` gives, in this order.
-  std::vector<std::pair<std::string, std::string>> infos = {
-      {"name", "Virtual Morvik"}, {"model", "virtual"}, {"serial", "VM-0000-0001"},
-      {"firmware", "1.0.0"},      {"lang", "en"},
-  };
-  Led led;
-};
-
-struct Application {
-  AppNumber number = 0;
-  std::string interactiveId;  // what was granted; empty without interactive mode
-};
-
-// Where the device's messages go.
+// Where the device's messages go, and what it does to its connections.
 class Outlet {
  public:
   virtual ~Outlet() = default;
   // Messages for an application that is gone are dropped.
-  virtual void send(AppNumber application, const zeph::ZephMsg& message) = 0;
+  virtual void send(AppNumber application, const zeph::ZephMsg& message,
+                    const Delivery& delivery) = 0;
+  // Ends the connection of an application.
+  virtual void drop(AppNumber application) = 0;
+  // Something happened at the device that no message tells of.
+  virtual void happened(const std::string& what) = 0;
 };
 
 class Device {
  public:
   // Both must outlive the device, or at least never call it again once it is gone.
   Device(Outlet& outlet, Scheduler& scheduler) : outlet_(outlet), scheduler_(scheduler) {}
+  Device(const Device&) = delete;
+  Device& operator=(const Device&) = delete;
 
   void applicationCame(AppNumber number);
   void applicationLeft(AppNumber number);
@@ -60,16 +49,44 @@ class Device {
   void receive(AppNumber from, const zeph::ZephMsg& request);
 
   const DeviceState& state() const { return state_; }
+  const std::map<AppNumber, Application>& applications() const { return applications_; }
   // Null when there is no such application.
   const Application* application(AppNumber number) const;
 
+  // What follows is for the handlers of commands and for stimuli.
+
+  DeviceState& state() { return state_; }
+  Application* application(AppNumber number);
+
+  // The message is given an id.
+  void send(AppNumber to, zeph::ZephMsg message);
+  void sendToAll(const zeph::ZephMsg& message);
+  void drop(AppNumber application) { outlet_.drop(application); }
+  void note(const std::string& what) { outlet_.happened(what); }
+  void after(std::chrono::milliseconds delay, std::function<void()> what) {
+    scheduler_.after(delay, std::move(what));
+  }
+
+  // Begins a work that ends by itself after the given time. One of the same kind is cut short.
+  void begin(Work work, Order order, std::chrono::milliseconds length);
+  // Lets a work go on for the given time from now, in place of the time that it had.
+  void prolong(Work work, std::chrono::milliseconds length);
+  // Lets a work go on without an end of its own.
+  void suspend(Work work) { ++place(work).turn; }
+  // Ends a work and tells whoever asked for it. False when nothing of the kind was going on.
+  bool end(Work work, zeph::VReturnCode code, const std::string& description = "");
+  // Ends a work without a word; the caller answers.
+  std::optional<Order> take(Work work);
+  bool does(Work work) const { return places_[static_cast<std::size_t>(work)].order.has_value(); }
+
  private:
-  friend class Exchange;
+  Workplace& place(Work work) { return places_[static_cast<std::size_t>(work)]; }
 
   Outlet& outlet_;
   Scheduler& scheduler_;
   DeviceState state_;
   std::map<AppNumber, Application> applications_;
+  std::array<Workplace, kWorkKinds> places_;
 };
 
 }  // namespace morvik::devkit

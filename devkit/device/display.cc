@@ -21,27 +21,35 @@ std::string markOf(const std::string& requestId) {
   return requestId.empty() ? "" : "  #" + printable(requestId.substr(0, kMarkLength));
 }
 
+std::string name(AppNumber application) { return "app " + std::to_string(application); }
+
 }  // namespace
 
-void Display::came(AppNumber application) { show(application, Look::kFaint, "--", "connected"); }
+void Display::came(AppNumber application) {
+  show(name(application), Look::kFaint, "--", "connected");
+}
 
 void Display::received(AppNumber application, const zeph::ZephMsg& message) {
-  show(application, Look::kIn, "->", describe(message) + markOf(message.id()));
+  show(name(application), Look::kIn, "->", describe(message) + markOf(message.id()));
 }
 
 void Display::sent(AppNumber application, const zeph::ZephMsg& message) {
-  show(application, Look::kOut, "<-", describe(message) + markOf(message.correlationid()));
+  show(name(application), Look::kOut, "<-", describe(message) + markOf(message.correlationid()));
 }
 
 void Display::trouble(AppNumber application, const std::string& what) {
-  show(application, Look::kBad, "!!", printable(what));
+  show(name(application), Look::kBad, "!!", printable(what));
 }
 
-void Display::left(AppNumber application) { show(application, Look::kFaint, "--", "gone"); }
+void Display::happened(const std::string& what) {
+  show("device", Look::kFaint, "--", printable(what));
+}
 
-void Display::show(AppNumber application, Look look, const char* direction,
+void Display::left(AppNumber application) { show(name(application), Look::kFaint, "--", "gone"); }
+
+void Display::show(const std::string& whom, Look look, const char* direction,
                    const std::string& what) const {
-  sink_(painted(Look::kFaint, timeOfDay()) + " app " + std::to_string(application) + ' ' +
+  sink_(painted(Look::kFaint, timeOfDay()) + ' ' + whom + ' ' +
         painted(look, std::string(direction) + "  " + what));
 }
 

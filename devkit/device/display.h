@@ -1,6 +1,7 @@
 // Shows a reader what happens, one line for each thing:
 //   12:00:01.123 app 1 ->  led light red  #3f2a
 //   12:00:01.124 app 1 <-  response OK  #3f2a
+//   12:00:02.001 device --  wrote /tmp/picture.jpg
 // An arrow to the right is a message from the application. Equal marks at the end belong together:
 // they are the first characters of the request's id.
 #pragma once
@@ -24,11 +25,13 @@ class Display : public DeviceWatcher {
   void received(AppNumber application, const zeph::ZephMsg& message) override;
   void sent(AppNumber application, const zeph::ZephMsg& message) override;
   void trouble(AppNumber application, const std::string& what) override;
+  void happened(const std::string& what) override;
   void left(AppNumber application) override;
 
  private:
   enum class Look { kFaint, kIn, kOut, kBad };
-  void show(AppNumber application, Look look, const char* direction, const std::string& what) const;
+  void show(const std::string& whom, Look look, const char* direction,
+            const std::string& what) const;
   std::string painted(Look look, const std::string& text) const;
 
   Sink sink_;

@@ -3,14 +3,7 @@
 
 #include <utility>
 
-#include "device/owned.h"
-
 namespace morvik::devkit {
-namespace {
-
-std::string freshId() { return GText(g_uuid_string_random()).get(); }
-
-}  // namespace
 
 bool Exchange::carriesGrant() const {
   return !application_.interactiveId.empty() &&
@@ -30,18 +23,11 @@ void Exchange::reply(zeph::ZephMsg message) const {
 }
 
 void Exchange::notify(zeph::ZephMsg message) const {
-  message.set_id(freshId());
-  device_.outlet_.send(application_.number, message);
+  device_.send(application_.number, std::move(message));
 }
 
-void Exchange::eventAfter(std::chrono::milliseconds delay, zeph::VReturnCode code) const {
-  zeph::ZephMsg message;
-  message.set_id(freshId());
-  message.set_correlationid(request_.id());
-  message.mutable_event()->set_code(code);
-  device_.scheduler_.after(delay, [&outlet = device_.outlet_, to = application_.number, message] {
-    outlet.send(to, message);
-  });
+void Exchange::undertake(Work work, std::chrono::milliseconds length, Order::AtEnd atEnd) const {
+  device_.begin(work, Order{application_.number, request_.id(), std::move(atEnd)}, length);
 }
 
 }  // namespace morvik::devkit

@@ -16,7 +16,8 @@ class Exchange {
 
   const zeph::ZephMsg& request() const { return request_; }
   Application& application() const { return application_; }
-  DeviceState& state() const { return device_.state_; }
+  Device& device() const { return device_; }
+  DeviceState& state() const { return device_.state(); }
 
   // The request shows the interactive id that this application was granted.
   bool carriesGrant() const;
@@ -31,8 +32,9 @@ class Exchange {
   // Sends a message that answers nothing in particular. It is given an id.
   void notify(zeph::ZephMsg message) const;
 
-  // Tells how a command ended, when it ends some time after it was answered.
-  void eventAfter(std::chrono::milliseconds delay, zeph::VReturnCode code) const;
+  // Takes up a work that ends by itself after the given time, and then tells so by an event. The
+  // request is yet to be answered: it was CANCELLED work of the same kind that ended here.
+  void undertake(Work work, std::chrono::milliseconds length, Order::AtEnd atEnd = {}) const;
 
  private:
   Device& device_;

@@ -43,6 +43,7 @@ class Diary : public DeviceWatcher {
   void trouble(AppNumber application, const std::string& what) override {
     note(application, "trouble: " + what);
   }
+  void happened(const std::string& what) override { entries.push_back(what); }
   void left(AppNumber application) override { note(application, "left"); }
 
   bool has(const std::string& entry) const {

@@ -19,10 +19,15 @@ struct Sent {
 
 class KeptOutlet : public Outlet {
  public:
-  void send(AppNumber application, const zeph::ZephMsg& message) override {
+  void send(AppNumber application, const zeph::ZephMsg& message,
+            const Delivery& /*delivery*/) override {
     sent.push_back({application, message});
   }
+  void drop(AppNumber application) override { dropped.push_back(application); }
+  void happened(const std::string& what) override { notes.push_back(what); }
   std::vector<Sent> sent;
+  std::vector<AppNumber> dropped;
+  std::vector<std::string> notes;
 };
 
 class HeldScheduler : public Scheduler {

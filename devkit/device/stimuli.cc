@@ -1,0 +1,105 @@
+// The table of stimuli, and the way from a line to one of them.
+#include "device/stimuli.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "device/describe.h"
+#include "device/handlers.h"
+#include "device/owned.h"
+
+namespace morvik::devkit {
+namespace {
+
+void showHelp(Stimulation& stimulation);
+
+constexpr Stimulus kStimuli[] = {
+    {"button", "SIMPLE|DOUBLE|TRIPLE|MULTIPLE|LONG_START|LONG_STOP", "press the button",
+     pressButton},
+    {"rfid", "ID [IN|OUT] [app=N] [type=NAME] [pict=N] [color=NAME] [content=TEXT|hex=BYTES]",
+     "bring a tag to the reader, or take it away", showTag},
+    {"ear", "LEFT|RIGHT STEP", "turn an ear by hand, to a step from 0 to 16", turnEar},
+    {"ears", "START_LEFT|STOP_LEFT|BLOCKED_LEFT|..._RIGHT [STEP [LENGTH]]",
+     "tell one thing of an ear; a blocked ear stops what the ears are doing", tellOfEars},
+    {"help", "[WORD]", "show this", showHelp},
+};
+
+const Stimulus* find(const std::string& word) {
+  const auto* found = std::find_if(std::begin(kStimuli), std::end(kStimuli),
+                                   [&](const Stimulus& s) { return s.word == word; });
+  return found != std::end(kStimuli) ? found : nullptr;
+}
+
+std::string usageOf(const Stimulus& stimulus) {
+  return std::string(stimulus.word) + ' ' + stimulus.usage;
+}
+
+std::string helpOn(const Stimulus& stimulus) {
+  return "  " + usageOf(stimulus) + "\n      " + stimulus.help + '\n';
+}
+
+void showHelp(Stimulation& stimulation) {
+  const std::string word = stimulation.hasMore() ? stimulation.text("WORD") : "";
+  const Stimulus* one = find(word);
+  if (!word.empty() && one == nullptr) stimulation.refuse("there is no stimulus " + word);
+  if (!stimulation.understood()) return;
+  if (one != nullptr) {
+    stimulation.tell(helpOn(*one));
+    return;
+  }
+  stimulation.tell(
+      "What the world does to the device, one line each. \"app N\" in front means one "
+      "application,\notherwise all are meant. A text with blanks stands in quotes.\n");
+  for (const Stimulus& stimulus : kStimuli) stimulation.tell(helpOn(stimulus));
+}
+
+using Words = std::unique_ptr<char*, Release<g_strfreev>>;
+
+StimulusOutcome refuse(const std::string& trouble) { return {false, printable(trouble) + '\n'}; }
+
+StimulusOutcome act(Device& device, std::optional<AppNumber> only, std::vector<std::string> words) {
+  const Stimulus* stimulus = find(words.front());
+  if (stimulus == nullptr) {
+    return refuse("there is no stimulus " + words.front() + ". help lists them.");
+  }
+  words.erase(words.begin());
+  Stimulation stimulation(device, only, std::move(words));
+  stimulus->act(stimulation);
+  if (stimulation.trouble().empty()) return {true, stimulation.told()};
+  return refuse(std::string(stimulus->word) + ": " + stimulation.trouble() +
+                ". Usage: " + usageOf(*stimulus));
+}
+
+StimulusOutcome actFor(Device& device, std::vector<std::string> words) {
+  if (words.size() < 3) return refuse("app takes a number and a stimulus: app 2 button SIMPLE");
+  guint64 number = 0;
+  if (g_ascii_string_to_unsigned(words[1].c_str(), 10, 1, G_MAXUINT, &number, nullptr) == FALSE ||
+      device.application(static_cast<AppNumber>(number)) == nullptr) {
+    return refuse("there is no application " + words[1]);
+  }
+  words.erase(words.begin(), words.begin() + 2);
+  return act(device, static_cast<AppNumber>(number), std::move(words));
+}
+
+}  // namespace
+
+std::span<const Stimulus> stimuli() { return kStimuli; }
+
+StimulusOutcome stimulate(Device& device, std::string_view line) {
+  if (g_utf8_validate_len(line.data(), line.size(), nullptr) == FALSE) {
+    return refuse("the line is not UTF-8 text");
+  }
+  GErrorOwned error;
+  int count = 0;
+  char** parsed = nullptr;
+  if (g_shell_parse_argv(std::string(line).c_str(), &count, &parsed, error.out()) == FALSE) {
+    if (error.is(G_SHELL_ERROR, G_SHELL_ERROR_EMPTY_STRING)) return {true, ""};
+    return refuse(error.text());
+  }
+  const Words owned(parsed);
+  std::vector<std::string> words(parsed, parsed + count);
+  return words.front() == "app" ? actFor(device, std::move(words))
+                                : act(device, std::nullopt, std::move(words));
+}
+
+}  // namespace morvik::devkit
