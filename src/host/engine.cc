@@ -90,9 +90,9 @@ void watchOver(v8::Isolate* isolate) {
   isolate->SetCaptureStackTraceForUncaughtExceptions(true, kStackFrames, v8::StackTrace::kOverview);
 }
 
-// The engine lets the first large object of its young space pass, whatever its size, and counts it at
-// the next collection only. So that one comes now: it frees what nobody needs any more, and what is
-// still too much ends the process as told at heapLimitReached.
+// The engine lets the first large object of its young space pass, whatever its size, and counts it
+// at the next collection only. So that one comes now: it frees what nobody needs any more, and what
+// is still too much ends the process as told at heapLimitReached.
 void holdToLimit(v8::Isolate* isolate) {
   v8::HeapStatistics heap;
   isolate->GetHeapStatistics(&heap);
