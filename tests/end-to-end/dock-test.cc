@@ -4,8 +4,6 @@
 namespace morvik {
 namespace {
 
-using testing::Contains;
-
 class DockTest : public FeatureTest {
  protected:
   DockTest() : FeatureTest("dock") {}

@@ -4,8 +4,6 @@
 namespace morvik {
 namespace {
 
-using testing::ElementsAre;
-
 struct Named {
   std::string function;
   std::string field;  // of the message
