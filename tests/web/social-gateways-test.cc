@@ -8,8 +8,8 @@
 #include "channel/connection.h"
 #include "channel/frame.h"
 #include "support/unit/text-message.h"
-#include "support/unit/tls-proxy.h"
 #include "support/unit/web-test.h"
+#include "support/web/tls-proxy.h"
 #include "web/hidden-value.h"
 
 namespace morvik::test {

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "support/unit/recording-server.h"
 #include "support/unit/script-test.h"
+#include "support/web/recording-server.h"
 
 namespace morvik::test {
 

@@ -1,5 +1,5 @@
 // The proxy that ends TLS.
-#include "support/unit/tls-proxy.h"
+#include "support/web/tls-proxy.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>

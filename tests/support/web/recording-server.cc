@@ -1,5 +1,5 @@
 // The recording HTTP server.
-#include "support/unit/recording-server.h"
+#include "support/web/recording-server.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>

@@ -1,0 +1,142 @@
+// nginx as a child process. It inherits sockets that listen already, so that the ports are free
+// ones for certain, and connections wait in them until it has started.
+#include "support/web/nginx.h"
+
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace morvik::test {
+namespace {
+
+struct Listener {
+  int socket = -1;
+  int port = 0;
+};
+
+Listener listenOnFreePort() {
+  Listener listener{::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)};
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  auto* plain = reinterpret_cast<sockaddr*>(&address);
+  if (bind(listener.socket, plain, size) != 0 || listen(listener.socket, 64) != 0 ||
+      getsockname(listener.socket, plain, &size) != 0)
+    throw std::runtime_error("no port for nginx");
+  listener.port = ntohs(address.sin_port);
+  return listener;
+}
+
+std::filesystem::path makeFolder() {
+  std::string name = "/tmp/morvik-nginx-XXXXXX";
+  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no folder for nginx");
+  for (const char* part : {"/files", "/bodies"}) std::filesystem::create_directory(name + part);
+  return name;
+}
+
+void makeCertificate(const std::string& folder) {
+  const std::string command =
+      "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 1"
+      " -subj /CN=localhost -addext subjectAltName=DNS:localhost -keyout " +
+      folder + "/key.pem -out " + folder + "/certificate.pem 2>" + folder + "/openssl.log";
+  if (std::system(command.c_str()) != 0) throw std::runtime_error("openssl made no certificate");
+}
+
+std::string contentOf(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+}  // namespace
+
+Nginx::Nginx(const std::string& locations) : folder_(makeFolder()) {
+  const Listener plain = listenOnFreePort();
+  const Listener tls = listenOnFreePort();
+  port_ = plain.port;
+  tlsPort_ = tls.port;
+  makeCertificate(folder_);
+  std::ofstream(folder_ / "nginx.conf") << configuration(locations);
+  start(plain.socket, tls.socket);
+  close(plain.socket);
+  close(tls.socket);
+}
+
+Nginx::~Nginx() {
+  kill(pid_, SIGKILL);
+  waitpid(pid_, nullptr, 0);
+  std::error_code ignored;
+  std::filesystem::remove_all(folder_, ignored);
+}
+
+std::string Nginx::tlsUrl(const std::string& path) const {
+  return "https://localhost:" + std::to_string(tlsPort_) + path;
+}
+
+void Nginx::file(const std::string& name, std::string_view bytes) const {
+  std::ofstream stream(folder_ / "files" / name, std::ios::binary);
+  stream << bytes << std::flush;
+  if (!stream) throw std::runtime_error("cannot write " + name);
+}
+
+// nginx names the files by numbers that begin with zeros, and grow.
+std::vector<std::string> Nginx::bodies() const {
+  std::vector<std::filesystem::path> names;
+  for (const auto& entry : std::filesystem::directory_iterator(folder_ / "bodies"))
+    names.push_back(entry.path());
+  std::ranges::sort(names);
+  std::vector<std::string> bodies;
+  for (const auto& name : names) bodies.push_back(contentOf(name));
+  return bodies;
+}
+
+std::string Nginx::errors() const { return contentOf(folder_ / "error.log"); }
+
+std::string Nginx::hostOn(int port) { return "127.0.0.1:" + std::to_string(port); }
+
+// One process, in the foreground, with every file in its own folder. A body is read when it is to
+// be passed on, so "/bodies" passes it to the server itself.
+std::string Nginx::configuration(const std::string& locations) const {
+  const std::string folder = folder_;
+  std::string temporary;
+  for (const char* user : {"proxy", "fastcgi", "uwsgi", "scgi"})
+    temporary += std::string(user) + "_temp_path " + folder + "/temporary;\n";
+  return "daemon off;\nmaster_process off;\npid " + folder + "/pid;\nerror_log " + folder +
+         "/error.log;\nevents { worker_connections 64; }\nhttp {\naccess_log off;\n" + temporary +
+         "client_body_temp_path " + folder + "/bodies;\nclient_max_body_size 0;\n" +
+         "proxy_http_version 1.1;\n" + "server {\nlisten " + host() + ";\nlisten " + tlsHost() +
+         " ssl;\nssl_certificate " + folder + "/certificate.pem;\nssl_certificate_key " + folder +
+         "/key.pem;\nroot " + folder + ";\n" +
+         "location = /bodies { client_body_in_file_only on; proxy_pass http://" + host() +
+         "/taken; }\nlocation = /taken { default_type text/plain; return 200 taken; }\n" +
+         locations + "\n}\n}\n";
+}
+
+void Nginx::start(int plain, int tls) {
+  const std::string configurationFile = folder_ / "nginx.conf";
+  std::string sockets = "NGINX=" + std::to_string(plain) + ";" + std::to_string(tls) + ";";
+  const std::array<const char*, 6> arguments{
+      "nginx", "-e", "stderr", "-c", configurationFile.c_str(), nullptr};
+  std::array<char*, 2> environment{sockets.data(), nullptr};
+  const pid_t parent = getpid();
+  pid_ = fork();
+  if (pid_ != 0) return;
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (getppid() != parent) _exit(127);  // it died before it could be watched
+  for (const int socket : {plain, tls}) fcntl(socket, F_SETFD, 0);
+  execve(NGINX, const_cast<char* const*>(arguments.data()), environment.data());
+  _exit(127);
+}
+
+}  // namespace morvik::test
