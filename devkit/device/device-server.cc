@@ -3,8 +3,10 @@
 
 namespace morvik::devkit {
 
-DeviceServer::DeviceServer(DeviceWatcher& watcher)
-    : watcher_(watcher), service_(g_socket_service_new()), device_(*this, agenda_) {
+DeviceServer::DeviceServer(DeviceWatcher& watcher, std::unique_ptr<Store> store)
+    : watcher_(watcher),
+      service_(g_socket_service_new()),
+      device_(*this, agenda_, std::move(store)) {
   g_signal_connect(service_.get(), "incoming", G_CALLBACK(onIncoming), this);
 }
 

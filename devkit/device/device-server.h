@@ -25,8 +25,8 @@ class DeviceServer : private Outlet, private AppConnection::Owner {
  public:
   enum class Failure { kPortBusy, kOther };
 
-  // The watcher must outlive the server.
-  explicit DeviceServer(DeviceWatcher& watcher);
+  // The watcher must outlive the server. The store is the device's.
+  explicit DeviceServer(DeviceWatcher& watcher, std::unique_ptr<Store> store = Store::inMemory());
   // Applications see the end of their connections. Nobody is told.
   ~DeviceServer() override;
   DeviceServer(const DeviceServer&) = delete;

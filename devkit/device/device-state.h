@@ -87,6 +87,7 @@ struct DeviceState {
   Library library;
   std::string photo;  // what the last photo was asked for with
   std::map<std::string, SerialPort> ports;
+  bool credentialsWithheld = false;
   std::vector<Refusal> refusals;
   std::map<int, std::chrono::milliseconds> delays;  // of a payload's handler; 0 for all
 };

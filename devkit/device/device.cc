@@ -30,6 +30,9 @@ constexpr Handler kHandlers[] = {
     {zeph::ZephMsg::kMorvikinfoQueryFieldNumber, Needs::kGrant, answerInfoQuery},
     {zeph::ZephMsg::kLedFieldNumber, Needs::kGrant, answerLed},
     {zeph::ZephMsg::kEarsFieldNumber, Needs::kGrant, answerEars},
+    {zeph::ZephMsg::kGetcontactListFieldNumber, Needs::kGrant, answerContactQuery},
+    {zeph::ZephMsg::kMorvikMessageQueryFieldNumber, Needs::kGrant, answerMessageQuery},
+    {zeph::ZephMsg::kSocialQueryFieldNumber, Needs::kNothing, answerSocialQuery},
 };
 
 const Handler* handlerOf(int field) {

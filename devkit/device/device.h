@@ -7,10 +7,12 @@
 #include <array>
 #include <chrono>
 #include <map>
+#include <memory>
 #include <string>
 
 #include "device/device-state.h"
 #include "device/scheduler.h"
+#include "device/store.h"
 #include "device/work.h"
 
 namespace morvik::devkit {
@@ -36,8 +38,9 @@ class Outlet {
 
 class Device {
  public:
-  // Both must outlive the device, or at least never call it again once it is gone.
-  Device(Outlet& outlet, Scheduler& scheduler) : outlet_(outlet), scheduler_(scheduler) {}
+  // Outlet and scheduler must outlive the device, or at least never call it again once it is gone.
+  Device(Outlet& outlet, Scheduler& scheduler, std::unique_ptr<Store> store = Store::inMemory())
+      : outlet_(outlet), scheduler_(scheduler), store_(std::move(store)) {}
   Device(const Device&) = delete;
   Device& operator=(const Device&) = delete;
 
@@ -56,6 +59,7 @@ class Device {
   // What follows is for the handlers of commands and for stimuli.
 
   DeviceState& state() { return state_; }
+  Store& store() { return *store_; }
   Application* application(AppNumber number);
 
   // The message is given an id.
@@ -84,6 +88,7 @@ class Device {
 
   Outlet& outlet_;
   Scheduler& scheduler_;
+  std::unique_ptr<Store> store_;
   DeviceState state_;
   std::map<AppNumber, Application> applications_;
   std::array<Workplace, kWorkKinds> places_;

@@ -14,6 +14,9 @@ void answerPing(const Exchange& exchange);
 void answerInfoQuery(const Exchange& exchange);
 void answerLed(const Exchange& exchange);
 void answerEars(const Exchange& exchange);
+void answerContactQuery(const Exchange& exchange);
+void answerMessageQuery(const Exchange& exchange);
+void answerSocialQuery(const Exchange& exchange);
 
 // What the device has of every LED: its command, its state, and its work.
 void answerLedCommand(const Exchange& exchange, const zeph::Led& led, Led& state, Work work);
@@ -23,5 +26,8 @@ void pressButton(Stimulation& stimulation);
 void showTag(Stimulation& stimulation);
 void tellOfEars(Stimulation& stimulation);
 void turnEar(Stimulation& stimulation);
+void bringMessage(Stimulation& stimulation);
+void keepContact(Stimulation& stimulation);
+void setCredentials(Stimulation& stimulation);
 
 }  // namespace morvik::devkit

@@ -8,6 +8,8 @@
 namespace morvik::devkit {
 namespace {
 
+using Words = std::vector<std::string>;
+
 // NAME=VALUE, the name as the schema spells it. A value that is empty takes the credential away.
 void change(Stimulation& stimulation, zeph::Social& credentials, const std::string& word) {
   const std::size_t equals = word.find('=');
@@ -24,18 +26,14 @@ void change(Stimulation& stimulation, zeph::Social& credentials, const std::stri
   }
 }
 
-void changeAll(Stimulation& stimulation) {
+void changeAll(Stimulation& stimulation, const Words& words) {
   Store& store = stimulation.device().store();
   auto credentials = store.credentials();
   if (!credentials) return stimulation.refuse(store.trouble());
-  for (const std::string& word : stimulation.rest()) change(stimulation, *credentials, word);
+  for (const std::string& word : words) change(stimulation, *credentials, word);
   if (!stimulation.understood()) return;
   if (!store.keepCredentials(*credentials)) return stimulation.refuse(store.trouble());
   stimulation.tell("kept: " + credentialNames(*credentials) + '\n');
-}
-
-void withhold(Stimulation& stimulation, bool withheld) {
-  if (stimulation.understood()) stimulation.state().credentialsWithheld = withheld;
 }
 
 }  // namespace
@@ -62,8 +60,10 @@ void answerSocialQuery(const Exchange& exchange) {
 
 void setCredentials(Stimulation& stimulation) {
   stimulation.mustBeForAll();
-  const auto words = stimulation.peek();
-  changeAll(stimulation);
+  const Words words = stimulation.rest();
+  const bool withhold = words == Words{"withhold"};
+  if (!withhold && words != Words{"give"}) return changeAll(stimulation, words);
+  if (stimulation.understood()) stimulation.state().credentialsWithheld = withhold;
 }
 
 }  // namespace morvik::devkit

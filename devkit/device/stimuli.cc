@@ -21,6 +21,12 @@ constexpr Stimulus kStimuli[] = {
     {"ear", "LEFT|RIGHT STEP", "turn an ear by hand, to a step from 0 to 16", turnEar},
     {"ears", "START_LEFT|STOP_LEFT|BLOCKED_LEFT|..._RIGHT [STEP [LENGTH]]",
      "tell one thing of an ear; a blocked ear stops what the ears are doing", tellOfEars},
+    {"message", "UUID TEXT [type=TEXT|SOUND|XML|MIXED] [header=TEXT]",
+     "put a message of this sender into the box", bringMessage},
+    {"contact", "UUID [firstname=TEXT] [lastname=TEXT] [alias=TEXT] [object=ID[:NAME]]...",
+     "keep a contact, in place of the one with this UUID", keepContact},
+    {"credentials", "[NAME=VALUE]...|withhold|give",
+     "keep credentials; a name with no value behind it loses its own", setCredentials},
     {"help", "[WORD]", "show this", showHelp},
 };
 

@@ -18,7 +18,7 @@ constexpr int kOwnerOnly = 0700;
 constexpr char kApplicationId[] = "1299149430";
 constexpr char kVersion[] = "1";
 
-constexpr const char* kTables[] = {
+constexpr const char* kLayout[] = {
     "PRAGMA application_id = 1299149430",
     "PRAGMA user_version = 1",
     "CREATE TABLE IF NOT EXISTS credentials (owner TEXT PRIMARY KEY, credentials BLOB NOT NULL)",
@@ -59,7 +59,7 @@ std::unique_ptr<Store> Store::open(const std::string& folder, std::string& troub
 // A damaged file may look whole until the damaged page is met, so all of it is read.
 bool Store::isSound() {
   const auto verdict = one("PRAGMA quick_check(1)");
-  if (verdict && *verdict != "ok") failed(*verdict);
+  if (verdict && *verdict != "ok") failed("the file is damaged");
   return verdict == "ok";
 }
 
@@ -78,7 +78,7 @@ bool Store::isOwn() {
 bool Store::prepare() {
   Transaction transaction(database_);
   bool done = transaction.begun();
-  for (const char* table : kTables) done = done && database_.does(table);
+  for (const char* step : kLayout) done = done && database_.does(step);
   done = done && transaction.commit();
   if (!done) failed(database_.trouble());
   return done;
