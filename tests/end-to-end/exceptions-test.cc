@@ -23,6 +23,8 @@ struct Report {
   std::vector<std::string> warnings;
 };
 
+void PrintTo(const Report& row, std::ostream* stream) { *stream << row.name; }
+
 const std::vector<Report> kReports{
     {"plainText", "throw 'plain';", {"main.js:1: plain", "throw 'plain';", "^"}},
     {"number", "\n\n  throw 42;", {"main.js:3: 42", "  throw 42;", "  ^"}},

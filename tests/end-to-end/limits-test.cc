@@ -31,6 +31,8 @@ struct Glutton {
   std::string script;
 };
 
+void PrintTo(const Glutton& row, std::ostream* stream) { *stream << row.name; }
+
 class GluttonTest : public LimitsTest, public testing::WithParamInterface<Glutton> {};
 
 TEST_P(GluttonTest, endsAloneAndSaysSo) {

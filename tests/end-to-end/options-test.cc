@@ -73,6 +73,10 @@ struct Threshold {
   std::optional<int> greatest;
 };
 
+void PrintTo(const Threshold& row, std::ostream* stream) {
+  *stream << testing::PrintToString(row.arguments);
+}
+
 const std::vector<Threshold> kThresholds{
     {{}, kDebug},
     {{"--debug=7"}, kDebug},
@@ -145,6 +149,8 @@ struct Folder {
   std::string programName;
   std::string folder;
 };
+
+void PrintTo(const Folder& row, std::ostream* stream) { *stream << row.folder; }
 
 const std::vector<Folder> kFolders{
     {{"--app_folder=/srv/apps"}, "morvikvm", "/srv/apps"},
