@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -60,16 +61,16 @@ struct SerialPort {
   bool open = false;
   int baud = 0;
   std::string base;     // how lines are to be told; empty until somebody asked for one
-  std::string written;  // everything
+  std::string written;  // last
 };
 
 // Commands that get an answer of the world's choice in place of the device's own.
 struct Refusal {
   static constexpr int kAlways = -1;
   zeph::VReturnCode code = zeph::ERROR;
-  int field = 0;                        // the payload that is refused; 0 for any
-  std::vector<AppNumber> applications;  // whose; empty for everybody's
-  int left = 1;                         // how often, or kAlways
+  int field = 0;                  // the payload that is refused; 0 for any
+  std::optional<AppNumber> only;  // whose commands; nothing for everybody's
+  int left = 1;                   // how often, or kAlways
 };
 
 struct DeviceState {
@@ -89,7 +90,7 @@ struct DeviceState {
   std::map<std::string, SerialPort> ports;
   bool credentialsWithheld = false;
   std::vector<Refusal> refusals;
-  std::map<int, std::chrono::milliseconds> delays;  // of a payload's handler; 0 for all
+  std::map<int, std::chrono::milliseconds> delays;  // by payload; 0 stands for all
 };
 
 // An application's telephone.
@@ -101,14 +102,19 @@ struct Call {
   unsigned turn = 0;          // changes with the state: how a late timer knows
 };
 
+// How a message travels: in one piece, or in several with pauses between them.
+struct Delivery {
+  std::size_t pieceSize = 0;  // bytes; 0 for one piece
+  std::chrono::milliseconds pause{0};
+};
+
 struct Application {
   AppNumber number = 0;
   std::string interactiveId;  // what was granted; empty without interactive mode
   std::string sipId;          // its address for calls, once it told one
   std::string sipDomain;
   Call call;
-  std::size_t pieceSize = 0;  // of the next message to it; 0 for one piece
-  std::chrono::milliseconds piecePause{0};
+  Delivery delivery;  // of the next message to it
 };
 
 }  // namespace morvik::devkit

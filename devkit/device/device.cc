@@ -30,6 +30,15 @@ constexpr Handler kHandlers[] = {
     {zeph::ZephMsg::kMorvikinfoQueryFieldNumber, Needs::kGrant, answerInfoQuery},
     {zeph::ZephMsg::kLedFieldNumber, Needs::kGrant, answerLed},
     {zeph::ZephMsg::kEarsFieldNumber, Needs::kGrant, answerEars},
+    {zeph::ZephMsg::kDockFieldNumber, Needs::kGrant, answerDock},
+    {zeph::ZephMsg::kTtsFieldNumber, Needs::kGrant, answerTts},
+    {zeph::ZephMsg::kAsrFieldNumber, Needs::kGrant, answerAsr},
+    {zeph::ZephMsg::kMultimediaFieldNumber, Needs::kGrant, answerMultimedia},
+    {zeph::ZephMsg::kWebcamFieldNumber, Needs::kGrant, answerWebcam},
+    {zeph::ZephMsg::kM2MFieldNumber, Needs::kGrant, answerM2m},
+    {zeph::ZephMsg::kSerialFieldNumber, Needs::kGrant, answerSerial},
+    // An application may listen to a port before it has interactive mode.
+    {zeph::ZephMsg::kSerialCallbackFieldNumber, Needs::kNothing, answerSerialListener},
     {zeph::ZephMsg::kGetcontactListFieldNumber, Needs::kGrant, answerContactQuery},
     {zeph::ZephMsg::kMorvikMessageQueryFieldNumber, Needs::kGrant, answerMessageQuery},
     {zeph::ZephMsg::kSocialQueryFieldNumber, Needs::kNothing, answerSocialQuery},
@@ -57,11 +66,19 @@ void answerByTable(const Exchange& exchange) {
   }
 }
 
+int payloadNumber(const zeph::ZephMsg& message) {
+  const auto* payload = payloadOf(message);
+  return payload != nullptr ? payload->number() : 0;
+}
+
 }  // namespace
 
 void Device::applicationCame(AppNumber number) { applications_[number].number = number; }
 
-void Device::applicationLeft(AppNumber number) { applications_.erase(number); }
+void Device::applicationLeft(AppNumber number) {
+  endCall(*this, number);
+  applications_.erase(number);
+}
 
 const Application* Device::application(AppNumber number) const {
   const auto found = applications_.find(number);
@@ -74,12 +91,47 @@ Application* Device::application(AppNumber number) {
 }
 
 void Device::receive(AppNumber from, const zeph::ZephMsg& request) {
-  if (Application* found = application(from)) answerByTable(Exchange(*this, *found, request));
+  const milliseconds delay = delayOf(payloadNumber(request));
+  if (delay > milliseconds(0)) {
+    after(delay, [this, from, request] { answer(from, request); });
+  } else {
+    answer(from, request);
+  }
+}
+
+void Device::answer(AppNumber from, const zeph::ZephMsg& request) {
+  Application* found = application(from);
+  if (found == nullptr) return;
+  const Exchange exchange(*this, *found, request);
+  if (const auto code = refusalOf(from, payloadNumber(request))) {
+    exchange.respond(*code, "as the command input wants it");
+  } else {
+    answerByTable(exchange);
+  }
+}
+
+std::optional<zeph::VReturnCode> Device::refusalOf(AppNumber from, int field) {
+  std::vector<Refusal>& refusals = state_.refusals;
+  const auto found = std::find_if(refusals.begin(), refusals.end(), [&](const Refusal& refusal) {
+    return (refusal.field == 0 || refusal.field == field) && refusal.only.value_or(from) == from;
+  });
+  if (found == refusals.end()) return std::nullopt;
+  const zeph::VReturnCode code = found->code;
+  if (found->left != Refusal::kAlways && --found->left == 0) refusals.erase(found);
+  return code;
+}
+
+milliseconds Device::delayOf(int field) const {
+  auto found = state_.delays.find(field);
+  if (found == state_.delays.end()) found = state_.delays.find(0);
+  return found != state_.delays.end() ? found->second : milliseconds(0);
 }
 
 void Device::send(AppNumber to, zeph::ZephMsg message) {
   message.set_id(GText(g_uuid_string_random()).get());
-  outlet_.send(to, message, {});
+  Application* found = application(to);
+  const Delivery delivery = found != nullptr ? std::exchange(found->delivery, {}) : Delivery{};
+  outlet_.send(to, message, delivery);
 }
 
 void Device::sendToAll(const zeph::ZephMsg& message) {
@@ -109,6 +161,11 @@ bool Device::end(Work work, zeph::VReturnCode code, const std::string& descripti
   if (order->atEnd) order->atEnd(event);
   send(order->application, std::move(event));
   return true;
+}
+
+std::optional<AppNumber> Device::whoseWork(Work work) const {
+  const std::optional<Order>& order = places_[static_cast<std::size_t>(work)].order;
+  return order ? std::optional(order->application) : std::nullopt;
 }
 
 std::optional<Order> Device::take(Work work) {

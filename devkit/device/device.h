@@ -8,6 +8,7 @@
 #include <chrono>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "device/device-state.h"
@@ -16,12 +17,6 @@
 #include "device/work.h"
 
 namespace morvik::devkit {
-
-// How a message travels: in one piece, or in several with pauses between them.
-struct Delivery {
-  std::size_t pieceSize = 0;  // bytes; 0 for one piece
-  std::chrono::milliseconds pause{0};
-};
 
 // Where the device's messages go, and what it does to its connections.
 class Outlet {
@@ -81,9 +76,14 @@ class Device {
   bool end(Work work, zeph::VReturnCode code, const std::string& description = "");
   // Ends a work without a word; the caller answers.
   std::optional<Order> take(Work work);
-  bool does(Work work) const { return places_[static_cast<std::size_t>(work)].order.has_value(); }
+  // For whom a work of the kind goes on; nothing when none does.
+  std::optional<AppNumber> whoseWork(Work work) const;
 
  private:
+  // The code that the command input wants for this command, in place of an answer.
+  std::optional<zeph::VReturnCode> refusalOf(AppNumber from, int field);
+  std::chrono::milliseconds delayOf(int field) const;
+  void answer(AppNumber from, const zeph::ZephMsg& request);
   Workplace& place(Work work) { return places_[static_cast<std::size_t>(work)]; }
 
   Outlet& outlet_;

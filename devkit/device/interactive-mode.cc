@@ -16,15 +16,19 @@ void start(const Exchange& exchange) {
 }
 
 // The stop notice is no reply: a device may send it at any time, without being asked.
+void takeBack(Device& device, Application& application) {
+  application.interactiveId.clear();
+  zeph::ZephMsg notice;
+  notice.mutable_interactivemode()->set_action(zeph::InteractiveMode::STOP);
+  device.send(application.number, notice);
+}
+
 void stop(const Exchange& exchange) {
   if (!exchange.carriesGrant()) {
     exchange.respond(zeph::BAD_INTERACTIVEID, "not the interactive id that was granted");
     return;
   }
-  exchange.application().interactiveId.clear();
-  zeph::ZephMsg notice;
-  notice.mutable_interactivemode()->set_action(zeph::InteractiveMode::STOP);
-  exchange.notify(notice);
+  takeBack(exchange.device(), exchange.application());
 }
 
 }  // namespace
@@ -38,6 +42,15 @@ void answerInteractiveMode(const Exchange& exchange) {
   } else {
     stop(exchange);
   }
+}
+
+void stopInteractiveMode(Stimulation& stimulation) {
+  if (!stimulation.understood()) return;
+  const std::vector<AppNumber> targets = stimulation.targets();
+  for (const AppNumber number : targets) {
+    takeBack(stimulation.device(), *stimulation.device().application(number));
+  }
+  if (targets.empty()) stimulation.tellNobodyHears();
 }
 
 }  // namespace morvik::devkit

@@ -90,7 +90,7 @@ std::vector<AppNumber> Stimulation::targets() const {
 void Stimulation::send(const zeph::ZephMsg& message) {
   const std::vector<AppNumber> numbers = targets();
   for (const AppNumber number : numbers) device_.send(number, message);
-  if (numbers.empty()) tell("no application is connected\n");
+  if (numbers.empty()) tellNobodyHears();
 }
 
 }  // namespace morvik::devkit

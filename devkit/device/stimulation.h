@@ -61,6 +61,8 @@ class Stimulation {
   // Sends to all of them. Each message is given an id.
   void send(const zeph::ZephMsg& message);
 
+  void tellNobodyHears() { tell("no application is connected\n"); }
+
   // Tells the writer of the line something.
   void tell(const std::string& text) { told_ += text; }
   const std::string& told() const { return told_; }

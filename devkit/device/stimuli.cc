@@ -27,6 +27,31 @@ constexpr Stimulus kStimuli[] = {
      "keep a contact, in place of the one with this UUID", keepContact},
     {"credentials", "[NAME=VALUE]...|withhold|give",
      "keep credentials; a name with no value behind it loses its own", setCredentials},
+    {"dock", "STATUS [CHANGE]", "tell the state of the dock, in two numbers", tellOfDock},
+    {"recognition", "TEXT CONFIDENT [SEMANTIC]",
+     "say something to the application that listens; SEMANTIC is XML", hearWords},
+    {"noise", "", "answer the application that listens with a result without a recognition",
+     hearNoise},
+    {"player", "PLAY|STOP|PAUSE|RESUME|MUSIC_UPDATE",
+     "tell one thing of the player; what plays goes on", tellOfPlayer},
+    {"library", "ARTIST|FOLDER|PLAYLIST|GENRE|SONG [NAME...]",
+     "put other names into a list of the music library", changeLibrary},
+    {"call", "INCOMING|BEGINNING|TERMINATED [WHO]", "call from outside, take a call up, or end it",
+     callFromOutside},
+    {"serial", "PORT TEXT [BASE]", "let a line come in on a serial port", readFromPort},
+    {"stop", "", "stop interactive mode", stopInteractiveMode},
+    {"refuse", "CODE [COMMAND] [COUNT|ALWAYS]",
+     "answer the next command, or COUNT of them, with a code and nothing else; COMMAND is ears, "
+     "multimedia, interactiveMode, ... as in the schema",
+     refuseCommands},
+    {"accept", "", "refuse nothing any more", acceptCommands},
+    {"delay", "MS [COMMAND]", "answer commands that much later, 0 for at once", delayAnswers},
+    {"finish", "led|ears|tts|asr|sound|record|photo|dock-led|dock-move [CODE [TEXT]]",
+     "end what goes on, TERMINATED or as told", finishWork},
+    {"pieces", "SIZE [PAUSE]",
+     "send the next message in pieces of SIZE bytes, PAUSE milliseconds between them",
+     sendInPieces},
+    {"drop", "", "end the connection", dropConnection},
     {"help", "[WORD]", "show this", showHelp},
 };
 
@@ -37,7 +62,8 @@ const Stimulus* find(const std::string& word) {
 }
 
 std::string usageOf(const Stimulus& stimulus) {
-  return std::string(stimulus.word) + ' ' + stimulus.usage;
+  return *stimulus.usage == '\0' ? stimulus.word
+                                 : std::string(stimulus.word) + ' ' + stimulus.usage;
 }
 
 std::string helpOn(const Stimulus& stimulus) {
@@ -63,10 +89,13 @@ using Words = std::unique_ptr<char*, Release<g_strfreev>>;
 
 StimulusOutcome refuse(const std::string& trouble) { return {false, printable(trouble) + '\n'}; }
 
+// Up to its value, which may be a secret on a line whose first word was forgotten.
+std::string nameIn(const std::string& word) { return word.substr(0, word.find('=')); }
+
 StimulusOutcome act(Device& device, std::optional<AppNumber> only, std::vector<std::string> words) {
   const Stimulus* stimulus = find(words.front());
   if (stimulus == nullptr) {
-    return refuse("there is no stimulus " + words.front() + ". help lists them.");
+    return refuse("there is no stimulus " + nameIn(words.front()) + ". help lists them.");
   }
   words.erase(words.begin());
   Stimulation stimulation(device, only, std::move(words));
@@ -100,7 +129,8 @@ StimulusOutcome stimulate(Device& device, std::string_view line) {
   char** parsed = nullptr;
   if (g_shell_parse_argv(std::string(line).c_str(), &count, &parsed, error.out()) == FALSE) {
     if (error.is(G_SHELL_ERROR, G_SHELL_ERROR_EMPTY_STRING)) return {true, ""};
-    return refuse(error.text());
+    // GLib's own text repeats the line, and with it whatever secret is on it.
+    return refuse("a quote is left open");
   }
   const Words owned(parsed);
   std::vector<std::string> words(parsed, parsed + count);
