@@ -74,7 +74,7 @@ Nginx::Nginx(const std::string& locations) : folder_(makeFolder()) {
 }
 
 Nginx::~Nginx() {
-  kill(pid_, SIGKILL);
+  kill(pid_, SIGTERM);  // it takes its worker along
   waitpid(pid_, nullptr, 0);
   std::error_code ignored;
   std::filesystem::remove_all(folder_, ignored);
@@ -105,14 +105,14 @@ std::string Nginx::errors() const { return contentOf(folder_ / "error.log"); }
 
 std::string Nginx::hostOn(int port) { return "127.0.0.1:" + std::to_string(port); }
 
-// One process, in the foreground, with every file in its own folder. A body is read when it is to
-// be passed on, so "/bodies" passes it to the server itself.
+// In the foreground, with every file in its own folder, which belongs to root when root runs the
+// tests. A body is read when it is to be passed on, so "/bodies" passes it to the server itself.
 std::string Nginx::configuration(const std::string& locations) const {
   const std::string folder = folder_;
   std::string temporary;
   for (const char* user : {"proxy", "fastcgi", "uwsgi", "scgi"})
     temporary += std::string(user) + "_temp_path " + folder + "/temporary;\n";
-  return "daemon off;\nmaster_process off;\npid " + folder + "/pid;\nerror_log " + folder +
+  return "daemon off;\nuser root;\npid " + folder + "/pid;\nerror_log " + folder +
          "/error.log;\nevents { worker_connections 64; }\nhttp {\naccess_log off;\n" + temporary +
          "client_body_temp_path " + folder + "/bodies;\nclient_max_body_size 0;\n" +
          "proxy_http_version 1.1;\n" + "server {\nlisten " + host() + ";\nlisten " + tlsHost() +
@@ -125,14 +125,15 @@ std::string Nginx::configuration(const std::string& locations) const {
 
 void Nginx::start(int plain, int tls) {
   const std::string configurationFile = folder_ / "nginx.conf";
+  const std::string log = folder_ / "error.log";
   std::string sockets = "NGINX=" + std::to_string(plain) + ";" + std::to_string(tls) + ";";
   const std::array<const char*, 6> arguments{
-      "nginx", "-e", "stderr", "-c", configurationFile.c_str(), nullptr};
+      "nginx", "-e", log.c_str(), "-c", configurationFile.c_str(), nullptr};
   std::array<char*, 2> environment{sockets.data(), nullptr};
   const pid_t parent = getpid();
   pid_ = fork();
   if (pid_ != 0) return;
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  prctl(PR_SET_PDEATHSIG, SIGTERM);
   if (getppid() != parent) _exit(127);  // it died before it could be watched
   for (const int socket : {plain, tls}) fcntl(socket, F_SETFD, 0);
   execve(NGINX, const_cast<char* const*>(arguments.data()), environment.data());
