@@ -27,7 +27,8 @@ constexpr VerbHelp kHelp = {
     "  12:00:01.123 app 1 ->  led light red  #3f2a\n"
     "  12:00:01.124 app 1 <-  response OK  #3f2a\n\n"
     "-> is a message from the application, <- one to it. Equal marks (#3f2a) belong together.\n"
-    "Lines on standard input tell what the world does to it, \"help\" which there are.",
+    "Lines on standard input tell what the world does to it, \"help\" which there are.\n"
+    "The user's messages, contacts and credentials stay in the state folder.",
     "Ctrl-C ends it. Colours are shown on a terminal, unless NO_COLOR is set.\n\n"
     "Examples:\n"
     "  morvik-dev device\n"
@@ -54,9 +55,27 @@ int tellFailure(DeviceServer::Failure failure, int port, const std::string& text
   return EXIT_FAILURE;
 }
 
-int serve(int port) {
+int tellStoreFailure(const std::string& trouble) {
+  std::fprintf(stderr,
+               "morvik-dev device: cannot keep anything in %s\n"
+               "Nothing was changed. Choose another folder: --state=FOLDER.\n",
+               trouble.c_str());
+  return EXIT_FAILURE;
+}
+
+// The folder that was asked for, or the one where programs of this user keep such things.
+std::string stateFolder(const char* asked) {
+  return asked != nullptr
+             ? asked
+             : GText(g_build_filename(g_get_user_state_dir(), "morvik-dev", nullptr)).get();
+}
+
+int serve(int port, const std::string& folder) {
+  std::string trouble;
+  auto store = Store::open(folder, trouble);
+  if (!store) return tellStoreFailure(trouble);
   Display display(printLine, colorsFor(stdout));
-  DeviceServer server(display);
+  DeviceServer server(display, std::move(store));
   std::string text;
   if (const auto failure = server.listen(static_cast<std::uint16_t>(port), text)) {
     return tellFailure(*failure, port, text);
@@ -77,14 +96,20 @@ int serve(int port) {
 
 int runDevice(int argc, char** argv) {
   int port = kUsualPort;
-  const GOptionEntry entries[] = {{"port", 'p', 0, G_OPTION_ARG_INT, &port,
-                                   "Port to listen on (7410); 0 takes a free one", "N"},
-                                  {}};
-  if (const auto status = readOptions(kHelp, entries, argc, argv)) return *status;
+  char* state = nullptr;
+  const GOptionEntry entries[] = {
+      {"port", 'p', 0, G_OPTION_ARG_INT, &port, "Port to listen on (7410); 0 takes a free one",
+       "N"},
+      {"state", 0, 0, G_OPTION_ARG_FILENAME, &state,
+       "Where to keep what outlives the device ($XDG_STATE_HOME/morvik-dev)", "FOLDER"},
+      {}};
+  const auto status = readOptions(kHelp, entries, argc, argv);
+  const GText asked(state);
+  if (status) return *status;
   if (port < 0 || port > std::numeric_limits<std::uint16_t>::max()) {
     return refuseUsage(kHelp.name, "a port is a number from 0 to 65535");
   }
-  return serve(port);
+  return serve(port, stateFolder(asked.get()));
 }
 
 }  // namespace morvik::devkit

@@ -6,6 +6,7 @@
 
 #include "device/owned.h"
 #include "device/payload.h"
+#include "device/social.h"
 
 namespace morvik::devkit {
 namespace {
@@ -41,10 +42,33 @@ std::string led(const ZephMsg& message) {
   return "led light " + printable(led.light().color());
 }
 
+std::string messages(const ZephMsg& message) {
+  const int count = message.morvikmessageresponse().morvikmessagelist_size();
+  return std::to_string(count) + (count == 1 ? " message" : " messages");
+}
+
+std::string messageQuery(const ZephMsg& message) {
+  const auto& query = message.morvikmessagequery();
+  std::string text = "messages " + zeph::MorvikMessageQuery::TypeAction_Name(query.action());
+  for (const std::string& id : query.id()) text += ' ' + printable(id);
+  if (!query.has_message()) return text;
+  return text + " to " + printable(query.message().header().to().uuid()) +
+         quotedIfAny(query.message().content().content());
+}
+
+std::string contactQuery(const ZephMsg& /*message*/) { return "contacts?"; }
+
+std::string socialQuery(const ZephMsg& /*message*/) { return "credentials?"; }
+
+std::string social(const ZephMsg& message) {
+  return "credentials " + credentialNames(message.social());
+}
+
 std::string response(const ZephMsg& message) {
   const auto& response = message.response();
   return "response " + (response.has_code() ? zeph::VReturnCode_Name(response.code()) : "") +
-         quotedIfAny(response.description());
+         quotedIfAny(response.description()) +
+         (message.has_morvikmessageresponse() ? ", " + messages(message) : "");
 }
 
 std::string event(const ZephMsg& message) {
@@ -77,14 +101,22 @@ constexpr Words kWords[] = {
     {ZephMsg::kPingFieldNumber, ping},
     {ZephMsg::kMorvikinfoQueryFieldNumber, infoQuery},
     {ZephMsg::kMorvikinfoResponseFieldNumber, infoResponse},
+    {ZephMsg::kMorvikMessageQueryFieldNumber, messageQuery},
+    {ZephMsg::kMorvikMessageResponseFieldNumber, messages},
+    {ZephMsg::kGetcontactListFieldNumber, contactQuery},
+    {ZephMsg::kSocialQueryFieldNumber, socialQuery},
+    {ZephMsg::kSocialFieldNumber, social},
 };
 
-// The payload alone: the envelope's ids would drown it.
+// The payload alone: the envelope's ids would drown it. Credentials are never shown, wherever a
+// message carries them.
 std::string fieldByField(const ZephMsg& message) {
   ZephMsg payload(message);
   payload.clear_id();
   payload.clear_correlationid();
   payload.clear_interactiveid();
+  payload.clear_social();
+  if (payload.has_config()) payload.mutable_config()->clear_social();
   const std::string text = payload.ShortDebugString();
   return text.empty() ? "a message that asks for nothing" : printable(text);
 }

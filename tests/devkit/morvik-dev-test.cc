@@ -5,9 +5,11 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
 
 #include "app-client.h"
 #include "program.h"
+#include "temporary-folder.h"
 
 namespace morvik::devkit::testing {
 namespace {
@@ -35,6 +37,7 @@ TEST(MorvikDev, everyVerbTellsItsOptions) {
   const Outcome device = morvikDev({"device", "--help"});
   EXPECT_EQ(device.status, 0);
   EXPECT_THAT(device.output, HasSubstr("--port=N"));
+  EXPECT_THAT(device.output, HasSubstr("--state=FOLDER"));
   const Outcome log = morvikDev({"log", "-h"});
   EXPECT_EQ(log.status, 0);
   EXPECT_THAT(log.output, HasSubstr("--quiet"));
@@ -69,8 +72,13 @@ class DeviceVerb : public ::testing::Test {
                : std::uint16_t{0};
   }
 
+  std::vector<std::string> command() const {
+    return {MORVIK_DEV, "device", "--port=0", "--state=" + folder_.path().string()};
+  }
+
   Loop loop_;
-  Program device_{loop_, {MORVIK_DEV, "device", "--port=0"}};
+  TemporaryFolder folder_;
+  Program device_{loop_, command()};
 };
 
 TEST_F(DeviceVerb, showsAConversation) {
@@ -90,7 +98,7 @@ TEST_F(DeviceVerb, showsAConversation) {
 
 TEST_F(DeviceVerb, endsWhenItIsInterruptedOrTerminated) {
   for (const int number : {SIGINT, SIGTERM}) {
-    Program device(loop_, {MORVIK_DEV, "device", "--port=0"});
+    Program device(loop_, command());
     AppClient client(loop_, portOf(device));
     device.waitFor("connected");
     device.signal(number);
@@ -101,10 +109,31 @@ TEST_F(DeviceVerb, endsWhenItIsInterruptedOrTerminated) {
 
 TEST_F(DeviceVerb, saysWhatToDoWhenThePortIsBusy) {
   const std::string port = std::to_string(portOf(device_));
-  const Outcome second = morvikDev({"device", "--port=" + port});
+  const Outcome second =
+      morvikDev({"device", "--port=" + port, "--state=" + folder_.path().string()});
   EXPECT_EQ(second.status, 1);
   EXPECT_THAT(second.output, StartsWith("morvik-dev device: port " + port + " is in use"));
   EXPECT_THAT(second.output, HasSubstr("--port=0 takes any free one"));
+}
+
+TEST_F(DeviceVerb, keepsNothingInAFolderThatItCannotUse) {
+  const TemporaryFolder broken;
+  std::filesystem::create_directory(broken.path());
+  std::ofstream(broken / "device.sqlite") << std::string(4096, 'x');
+  const Outcome outcome = morvikDev({"device", "--port=0", "--state=" + broken.path().string()});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.output, "morvik-dev device: cannot keep anything in " +
+                                (broken / "device.sqlite") +
+                                ": file is not a database\n"
+                                "Nothing was changed. Choose another folder: --state=FOLDER.\n");
+}
+
+TEST_F(DeviceVerb, keepsItsStateWhereTheUsersProgramsDo) {
+  const TemporaryFolder home;
+  Program device(loop_, {"/usr/bin/env", "XDG_STATE_HOME=" + home.path().string(), MORVIK_DEV,
+                         "device", "--port=0"});
+  device.waitFor("listening on");
+  EXPECT_TRUE(std::filesystem::exists(home / "morvik-dev/device.sqlite"));
 }
 
 class LogVerb : public ::testing::Test {

@@ -8,7 +8,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "device/owned.h"
+#include "temporary-folder.h"
 
 namespace morvik::devkit::testing {
 namespace {
@@ -54,15 +54,12 @@ std::string idOf(const std::optional<zeph::MorvikMessage>& message) {
 
 class StoreTest : public ::testing::Test {
  protected:
-  StoreTest()
-      : folder_(std::filesystem::temp_directory_path() / GText(g_uuid_string_random()).get()) {}
-  ~StoreTest() override { std::filesystem::remove_all(folder_); }
-
   std::string file() const { return folder_ / "device.sqlite"; }
+  std::string folder() const { return folder_.path(); }
 
   std::unique_ptr<Store> open() {
     std::string trouble;
-    auto store = Store::open(folder_, trouble);
+    auto store = Store::open(folder(), trouble);
     EXPECT_TRUE(store) << trouble;
     return store;
   }
@@ -73,7 +70,7 @@ class StoreTest : public ::testing::Test {
   }
 
   void writeFile(const std::string& bytes) const {
-    std::filesystem::create_directories(folder_);
+    std::filesystem::create_directories(folder());
     std::ofstream(file(), std::ios::binary) << bytes;
   }
 
@@ -81,7 +78,7 @@ class StoreTest : public ::testing::Test {
   void expectRefused(const std::string& why) const {
     const std::string before = bytes();
     std::string trouble;
-    EXPECT_EQ(Store::open(folder_, trouble), nullptr);
+    EXPECT_EQ(Store::open(folder(), trouble), nullptr);
     EXPECT_EQ(trouble, file() + ": " + why);
     EXPECT_EQ(bytes(), before);
   }
@@ -93,7 +90,7 @@ class StoreTest : public ::testing::Test {
     ASSERT_TRUE(database.does(sql)) << database.trouble();
   }
 
-  const std::filesystem::path folder_;
+  const TemporaryFolder folder_;
 };
 
 TEST_F(StoreTest, aNewOneIsEmpty) {
@@ -131,7 +128,7 @@ TEST_F(StoreTest, inMemoryNothingIsShared) {
 
 TEST_F(StoreTest, isForItsOwnerAlone) {
   const auto store = open();
-  for (const auto& [path, mode] : {std::pair{folder_.string(), 0700U}, {file(), 0600U}}) {
+  for (const auto& [path, mode] : {std::pair{folder(), 0700U}, {file(), 0600U}}) {
     struct stat status {};
     ASSERT_EQ(stat(path.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, mode) << path;
@@ -208,7 +205,7 @@ TEST_F(StoreTest, refusesADamagedFile) {
   ASSERT_GT(damaged.size(), 40000U);
   damaged.replace(4096, 8192, 8192, '\xee');
   writeFile(damaged);
-  expectRefused("database disk image is malformed");
+  expectRefused("the file is damaged");
 }
 
 TEST_F(StoreTest, refusesATruncatedFile) {
@@ -221,7 +218,7 @@ TEST_F(StoreTest, refusesATruncatedFile) {
 }
 
 TEST_F(StoreTest, refusesTheDatabaseOfAnotherProgram) {
-  std::filesystem::create_directories(folder_);
+  std::filesystem::create_directories(folder());
   meddle("CREATE TABLE messages (id TEXT, message BLOB)");
   expectRefused("belongs to another program");
 }
@@ -234,13 +231,13 @@ TEST_F(StoreTest, refusesAnotherVersion) {
 
 TEST_F(StoreTest, refusesWhatItCannotMake) {
   std::string trouble;
-  const std::string folder = folder_ / "deeper";
-  std::ofstream(folder_) << "a file where a folder should be";
-  EXPECT_EQ(Store::open(folder, trouble), nullptr);
-  EXPECT_EQ(trouble, folder + ": Not a directory");
-  std::filesystem::remove(folder_);
+  const std::string deeper = folder_ / "deeper";
+  std::ofstream(folder()) << "a file where a folder should be";
+  EXPECT_EQ(Store::open(deeper, trouble), nullptr);
+  EXPECT_EQ(trouble, deeper + ": Not a directory");
+  std::filesystem::remove(folder());
   std::filesystem::create_directories(file());
-  EXPECT_EQ(Store::open(folder_, trouble), nullptr);
+  EXPECT_EQ(Store::open(folder(), trouble), nullptr);
   EXPECT_EQ(trouble, file() + ": Is a directory");
 }
 
