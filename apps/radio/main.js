@@ -8,10 +8,9 @@ var address = (instanceName || '127.0.0.1:7410').split(':');
 // application's own folder on the device.
 var stations = ['http://radio.example.org/jazz', 'http://radio.example.org/news'];
 var station = 0;
-var paused = false;
+var lastAction = 'STOP'; // what the player did last
 
 function playStation() {
-  paused = false;
   morvik.multimedia.play(stations[station], function (code) {
     log(stations[station] + ': ' + code);
   });
@@ -26,20 +25,25 @@ function lookIntoLibrary() {
   morvik.multimedia.song(function (name) { log('first song: ' + name); });
 }
 
-function pauseOrGoOn() {
-  paused = !paused;
-  if (paused) {
-    morvik.multimedia.pause();
-  } else {
-    morvik.multimedia.resume();
-  }
-}
-
-// What the player does: 'PLAY', 'PAUSE', 'RESUME', 'STOP', and 'MUSIC_UPDATE' for another song.
+// What the player does: 'PLAY', 'PAUSE', 'RESUME', 'STOP', and 'MUSIC_UPDATE' when the library has
+// changed. Not only this application may be at it.
 morvik.multimedia.addListener(function (action) {
   log('player: ' + action);
+  if (action !== 'MUSIC_UPDATE') {
+    lastAction = action;
+  }
   return true; // stay: a listener that returns anything else hears no more
 });
+
+function pauseOrGoOn() {
+  if (lastAction === 'STOP') {
+    playStation();
+  } else if (lastAction === 'PAUSE') {
+    morvik.multimedia.resume();
+  } else {
+    morvik.multimedia.pause();
+  }
+}
 
 morvik.button.addListener(function (press) {
   if (press === 'SIMPLE') {

@@ -4,9 +4,9 @@
 //
 // So the third word of the launch line, instanceName, decides. What follows the @ is where the device
 // is, as host:port.
-var parts = instanceName.split('@');
-var names = parts[0].split('-');
-var address = (parts[1] || '127.0.0.1:7410').split(':');
+var at = instanceName.lastIndexOf('@'); // -1 when there is no name
+var names = instanceName.substring(0, at).split('-');
+var address = (instanceName.substring(at + 1) || '127.0.0.1:7410').split(':');
 
 var me = names[0] || 'nobody';
 var whom = names[1]; // undefined for who waits
