@@ -1,0 +1,389 @@
+// Every application in apps/, run by the real morvikvm on the real virtual device: a short
+// conversation for each, between the script's log, what the device shows, and what happens to it.
+#include <glib.h>
+#include <signal.h>
+#include <sys/wait.h>
+
+#include <array>
+#include <filesystem>
+#include <iostream>
+#include <regex>
+#include <set>
+#include <stdexcept>
+
+#include "support/system/system-test.h"
+
+namespace morvik {
+namespace {
+
+struct Process {
+  pid_t pid = -1;
+  Descriptor input;
+  Descriptor output;
+};
+
+Process spawnDevice() {
+  std::array<const char*, 4> command{MORVIK_DEV, "device", "--port=0", nullptr};
+  Process process;
+  int input = -1;
+  int output = -1;
+  GError* error = nullptr;
+  if (g_spawn_async_with_pipes(nullptr, const_cast<char**>(command.data()), nullptr,
+                               G_SPAWN_DO_NOT_REAP_CHILD, nullptr, nullptr, &process.pid, &input,
+                               &output, nullptr, &error) == FALSE)
+    throw std::runtime_error(error->message);
+  process.input = Descriptor(input);
+  process.output = Descriptor(output);
+  return process;
+}
+
+// One virtual device, as a person runs it.
+class VirtualDevice {
+ public:
+  VirtualDevice() : VirtualDevice(spawnDevice()) { readAddress(); }
+  VirtualDevice(const VirtualDevice&) = delete;
+  VirtualDevice& operator=(const VirtualDevice&) = delete;
+  ~VirtualDevice() {
+    kill(pid_, SIGTERM);
+    waitpid(pid_, nullptr, 0);
+  }
+
+  // Where it listens, as host:port.
+  [[nodiscard]] const std::string& address() const { return address_; }
+
+  // A line for its command input.
+  void happens(const std::string& stimulus) {
+    const std::string line = stimulus + '\n';
+    if (write(input_.get(), line.data(), line.size()) != static_cast<ssize_t>(line.size()))
+      throw std::runtime_error("the virtual device does not read: " + stimulus);
+  }
+
+  // Waits until it has shown a line with this pattern in it. Gives what has matched.
+  std::string shows(const std::string& pattern) const {
+    const auto found = output_.await<std::string>([&](const std::string& said) {
+      std::smatch match;
+      return std::regex_search(said, match, std::regex(pattern)) ? std::optional(match.str())
+                                                                 : std::nullopt;
+    });
+    if (!found) throw std::runtime_error("never shown: " + pattern);
+    return *found;
+  }
+
+  [[nodiscard]] std::string transcript() const { return output_.snapshot(); }
+
+ private:
+  explicit VirtualDevice(Process process)
+      : pid_(process.pid),
+        input_(std::move(process.input)),
+        reader_(std::move(process.output), [this](std::string_view bytes) {
+          output_.change([bytes](std::string& said) { said += bytes; });
+        }) {}
+
+  void readAddress() {
+    const std::string beginning = "listening on ";
+    const std::string line = shows(beginning + ".*\n");
+    address_ = line.substr(beginning.size(), line.size() - beginning.size() - 1);
+  }
+
+  pid_t pid_;
+  Descriptor input_;
+  Growing<std::string> output_;
+  BackgroundReader reader_;
+  std::string address_;
+};
+
+// A sample at work.
+class Sample {
+ public:
+  Sample(HostProcess& host, App app) : host_(&host), app_(app) {}
+
+  // Waits for a line of the script, after the one that was waited for last, which is all of this
+  // pattern. Others may stand between them.
+  void says(const std::string& pattern) {
+    const std::regex whole("JSLOG: " + pattern);
+    int index = 0;
+    host_->waitForLog("JSLOG: " + pattern, [&](const LogRecord& record) {
+      const bool found =
+          ++index > heard_ && record.pid == app_.pid() && std::regex_match(record.text, whole);
+      if (found) heard_ = index;
+      return found;
+    });
+  }
+
+  // The same for lines whose order nobody promises.
+  void saysInAnyOrder(const std::vector<std::string>& lines) const {
+    for (const std::string& line : lines) app_.waitForLog("JSLOG: " + line);
+  }
+
+  // Waits until the device has agreed so many times to listen for words: what is said before,
+  // nobody hears.
+  void listens(int times) const { app_.waitForLogTimes("ASR: AsrCallback: response : OK", times); }
+
+  void ends() const { app_.waitUntilEnded(); }
+
+ private:
+  HostProcess* host_;
+  App app_;
+  int heard_ = 0;  // records up to and with the last one that was waited for
+};
+
+// What a conversation has at hand: a device, and applications that are launched on it.
+class Stage {
+ public:
+  virtual ~Stage() = default;
+
+  // Launches with a line of three words; `instance` is the third one.
+  virtual Sample launch(const std::string& app, const std::string& type,
+                        const std::string& instance) = 0;
+  Sample launch(const std::string& app) { return launch(app, "demo", device.address()); }
+
+  VirtualDevice device;
+};
+
+void hello(Stage& stage) {
+  Sample sample = stage.launch("hello");
+  sample.says("hello, I am hello and the device listens to me");
+  sample.says("ping: OK");
+  sample.says("the device says: serial is VM-0000-0001");
+  sample.says("LED fading to blue: TERMINATED");
+  sample.says("the LED is green now");
+}
+
+void ledRainbow(Stage& stage) {
+  Sample sample = stage.launch("led-rainbow");
+  sample.says("the LED is dark: OK");
+  sample.says("the LED is red");
+  sample.says("the LED is violet");
+  sample.says("that was the rainbow");
+  sample.ends();
+  stage.device.shows("led fade #ff8000 200 ms");
+  stage.device.shows("led pulse white 150 ms x 3");
+}
+
+void earDance(Stage& stage) {
+  Sample sample = stage.launch("ear-dance");
+  sample.says("ears: TERMINATED, left at 0, right at 0");
+  sample.says("figure 1 of 6");
+  sample.says("figure 6 of 6");
+  sample.says("the dance is over");
+  stage.device.happens("ears BLOCKED_LEFT");
+  sample.says("somebody holds an ear: BLOCKED_LEFT");
+  stage.device.happens("ears BLOCKED_RIGHT");
+  sample.says("somebody holds an ear: BLOCKED_RIGHT");
+}
+
+void dockTour(Stage& stage) {
+  Sample sample = stage.launch("dock-tour");
+  for (const char* direction : {"UP", "LEFT", "DOWN", "RIGHT"})
+    sample.says(std::string("going ") + direction);
+  sample.says("parked");
+  stage.device.shows("dock.*UP.*300");
+  stage.device.shows("dock.*STOP");
+}
+
+void buttonGame(Stage& stage) {
+  Sample sample = stage.launch("button-game");
+  sample.says("wait for green");
+  stage.device.happens("button DOUBLE");
+  sample.says("no best time yet");
+  sample.says("press!");
+  stage.device.happens("button SIMPLE");
+  sample.says("that took [0-9]+ ms");
+  sample.says("a new best time");
+  sample.says("wait for green");
+  stage.device.happens("button SIMPLE");
+  sample.says("too early");
+  stage.device.happens("button LONG_START");
+  sample.says("bye");
+  sample.ends();
+  stage.device.shows("led light green");
+
+  Sample again = stage.launch("button-game");
+  again.says("wait for green");
+  stage.device.happens("button DOUBLE");
+  again.says("the best time is [0-9]+ ms");
+}
+
+void rfidGreeter(Stage& stage) {
+  Sample sample = stage.launch("rfid-greeter");
+  sample.says("waiting for tags");
+  stage.device.happens("rfid d0021a IN type=FLAT color=RED content=Anna");
+  sample.says("IN d0021a FLAT RED");
+  sample.says("said: Hello Anna");
+  stage.device.happens("rfid d0021a OUT");
+  sample.says("OUT d0021a undefined undefined");
+  sample.says("said: Goodbye tag d0021a");
+}
+
+void rfidGreeterByTag(Stage& stage) {
+  Sample sample =
+      stage.launch("rfid-greeter", "RFID;d0021a;1;FLAT;2;RED;Anna", stage.device.address());
+  sample.says("launched by the tag d0021a");
+  sample.says("said: Welcome Anna");
+}
+
+void talkingClock(Stage& stage) {
+  Sample sample = stage.launch("talking-clock");
+  sample.says("the device speaks en");
+  sample.says("told in en: It is [0-9]{1,2}:[0-9]{2}");
+}
+
+void radio(Stage& stage) {
+  Sample sample = stage.launch("radio");
+  sample.says("http://radio.example.org/jazz: OK");
+  sample.says("player: PLAY");
+  sample.saysInAnyOrder({"first playlist: breakfast", "first artist: The Tin Whistles",
+                         "first genre: folk", "first folder: /music/morning",
+                         "first song: /music/morning/kettle.mp3"});
+  stage.device.happens("button SIMPLE");
+  sample.says("player: PAUSE");
+  stage.device.happens("button SIMPLE");
+  sample.says("player: RESUME");
+  stage.device.happens("button DOUBLE");
+  sample.says("http://radio.example.org/news: OK");
+  stage.device.happens("button LONG_START");
+  sample.says("off: OK");
+  sample.says("player: STOP");
+  stage.device.happens("button SIMPLE");
+  sample.says("http://radio.example.org/news: OK");
+  stage.device.happens("player MUSIC_UPDATE");
+  sample.says("player: MUSIC_UPDATE");
+}
+
+void voiceMenu(Stage& stage) {
+  Sample sample = stage.launch("voice-menu");
+  sample.listens(1);
+  stage.device.happens("recognition \"light on\" 90 <menu><choice>on</choice></menu>");
+  sample.says(R"(heard "light on" \(90\): on)");
+  sample.listens(2);
+  stage.device.happens("recognition mumble 10");
+  sample.says("please say that again");
+  sample.listens(3);
+  stage.device.happens("recognition tea 90 <menu><choice>tea</choice></menu>");
+  sample.says("that is not in the menu");
+  sample.listens(4);
+  stage.device.happens("recognition goodbye 80 <menu><choice>bye</choice></menu>");
+  sample.says("goodbye");
+  sample.ends();
+  stage.device.shows("led light white");
+}
+
+void voiceMenuByVoice(Stage& stage) {
+  Sample sample = stage.launch("voice-menu", "ASR;menu;", stage.device.address());
+  sample.says("launched by \"menu\"");
+}
+
+void photoBooth(Stage& stage) {
+  Sample sample = stage.launch("photo-booth");
+  sample.says("the booth is open");
+  stage.device.happens("button SIMPLE");
+  sample.says("photo: OK");
+  sample.says("photo: TERMINATED.*");
+  sample.says("playing the photo: OK");
+  stage.device.happens("button DOUBLE");
+  sample.says("recording: OK");
+  sample.says("recording: TERMINATED.*");
+  sample.says("playing the recording: OK");
+  stage.device.shows("-> +multimedia.*/tmp/picture.jpg");
+  stage.device.shows("-> +multimedia.*/tmp/record.flac");
+}
+
+void serialEcho(Stage& stage) {
+  Sample sample = stage.launch("serial-echo");
+  sample.says("listening on /dev/ttyS1");
+  stage.device.happens("serial /dev/ttyS1 hello");
+  sample.says("line 1 from /dev/ttyS1: hello");
+  stage.device.happens("serial /dev/ttyS1 again");
+  sample.says("line 2 from /dev/ttyS1: again");
+  stage.device.shows("-> +serial.*ttyS1.*again");
+}
+
+// The device connects its applications with each other, and with somebody outside.
+void twoDeviceCall(Stage& stage) {
+  Sample bob = stage.launch("two-device-call", "demo", "bob@" + stage.device.address());
+  bob.says("bob waits for a call");
+  Sample anna = stage.launch("two-device-call", "demo", "anna-bob@" + stage.device.address());
+  anna.says("anna calls bob");
+  bob.says("anna@sip.example.org calls");
+  bob.says("talking with anna@sip.example.org");
+  anna.says("talking with bob");
+  anna.says("hanging up");
+  anna.says("the call with bob is over");
+  bob.says("the call with anna@sip.example.org is over");
+  stage.device.happens("app 1 call INCOMING carol");
+  bob.says("carol calls");
+  bob.says("talking with carol");
+  stage.device.happens("app 1 call TERMINATED");
+  bob.says("the call with carol is over");
+}
+
+struct Conversation {
+  const char* sample;  // its folder
+  const char* name;
+  void (*hold)(Stage& stage);
+};
+
+constexpr Conversation kConversations[] = {
+    {"hello", "hello", hello},
+    {"led-rainbow", "ledRainbow", ledRainbow},
+    {"ear-dance", "earDance", earDance},
+    {"dock-tour", "dockTour", dockTour},
+    {"button-game", "buttonGame", buttonGame},
+    {"rfid-greeter", "rfidGreeter", rfidGreeter},
+    {"rfid-greeter", "rfidGreeterByTag", rfidGreeterByTag},
+    {"talking-clock", "talkingClock", talkingClock},
+    {"radio", "radio", radio},
+    {"voice-menu", "voiceMenu", voiceMenu},
+    {"voice-menu", "voiceMenuByVoice", voiceMenuByVoice},
+    {"photo-booth", "photoBooth", photoBooth},
+    {"serial-echo", "serialEcho", serialEcho},
+    {"two-device-call", "twoDeviceCall", twoDeviceCall},
+};
+
+void PrintTo(const Conversation& conversation, std::ostream* stream) {
+  *stream << conversation.name;
+}
+
+std::set<std::string> folders(const std::filesystem::path& apps) {
+  std::set<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(apps))
+    if (entry.is_directory()) names.insert(entry.path().filename());
+  return names;
+}
+
+TEST(SamplesTest, everySampleHasAConversation) {
+  std::set<std::string> told;
+  for (const Conversation& conversation : kConversations) told.insert(conversation.sample);
+  EXPECT_EQ(folders(SOURCE_DIR "/apps"), told);
+}
+
+// The samples run from a copy, since some of them write files.
+class Conversations : public SystemTest,
+                      public Stage,
+                      public testing::WithParamInterface<Conversation> {
+ protected:
+  void SetUp() override {
+    std::filesystem::copy(SOURCE_DIR "/apps", apps.path(),
+                          std::filesystem::copy_options::recursive);
+    std::filesystem::remove(apps.path() + "/button-game/best.txt");  // somebody played before
+  }
+  void TearDown() override {
+    SystemTest::TearDown();
+    if (HasFailure()) std::cerr << "the virtual device:\n" << device.transcript();
+  }
+
+ private:
+  Sample launch(const std::string& app, const std::string& type,
+                const std::string& instance) override {
+    const App launched = SystemTest::launch(app + ' ' + type + ' ' + instance);
+    return {host(), launched};
+  }
+};
+
+TEST_P(Conversations, goAsTold) { GetParam().hold(*this); }
+
+INSTANTIATE_TEST_SUITE_P(Samples, Conversations, testing::ValuesIn(kConversations),
+                         [](const auto& told) { return std::string(told.param.name); });
+
+}  // namespace
+}  // namespace morvik
