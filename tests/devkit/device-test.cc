@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include "app-client.h"
+#include "bench.h"
 
 namespace morvik::devkit::testing {
 namespace {
@@ -11,32 +12,6 @@ namespace {
 using std::chrono::milliseconds;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
-
-struct Sent {
-  AppNumber to;
-  zeph::ZephMsg message;
-};
-
-class KeptOutlet : public Outlet {
- public:
-  void send(AppNumber application, const zeph::ZephMsg& message,
-            const Delivery& /*delivery*/) override {
-    sent.push_back({application, message});
-  }
-  void drop(AppNumber application) override { dropped.push_back(application); }
-  void happened(const std::string& what) override { notes.push_back(what); }
-  std::vector<Sent> sent;
-  std::vector<AppNumber> dropped;
-  std::vector<std::string> notes;
-};
-
-class HeldScheduler : public Scheduler {
- public:
-  void after(milliseconds delay, std::function<void()> what) override {
-    held.emplace_back(delay, std::move(what));
-  }
-  std::vector<std::pair<milliseconds, std::function<void()>>> held;
-};
 
 class DeviceTest : public ::testing::Test {
  protected:
@@ -72,8 +47,8 @@ class DeviceTest : public ::testing::Test {
     expectResponse(request, zeph::OK);
     outlet_.sent.clear();
     ASSERT_THAT(scheduler_.held, SizeIs(1));
-    EXPECT_EQ(scheduler_.held[0].first, length);
-    scheduler_.held[0].second();
+    EXPECT_EQ(scheduler_.held[0].delay, length);
+    scheduler_.held[0].what();
     ASSERT_THAT(outlet_.sent, SizeIs(1));
     EXPECT_EQ(outlet_.sent[0].message.correlationid(), request.id());
     EXPECT_EQ(outlet_.sent[0].message.event().code(), zeph::TERMINATED);

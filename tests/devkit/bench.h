@@ -1,0 +1,83 @@
+// A device without sockets and without waiting: what it sends is kept, and its time passes when a
+// test says so.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "device/device.h"
+#include "device/stimuli.h"
+
+namespace morvik::devkit::testing {
+
+struct Sent {
+  AppNumber to;
+  zeph::ZephMsg message;
+  Delivery delivery;
+};
+
+class KeptOutlet : public Outlet {
+ public:
+  void send(AppNumber application, const zeph::ZephMsg& message,
+            const Delivery& delivery) override {
+    sent.push_back({application, message, delivery});
+  }
+  void drop(AppNumber application) override { dropped.push_back(application); }
+  void happened(const std::string& what) override { notes.push_back(what); }
+
+  std::vector<Sent> sent;
+  std::vector<AppNumber> dropped;
+  std::vector<std::string> notes;
+};
+
+class HeldScheduler : public Scheduler {
+ public:
+  struct Held {
+    std::chrono::milliseconds delay;
+    std::function<void()> what;
+    std::chrono::milliseconds due;
+  };
+
+  void after(std::chrono::milliseconds delay, std::function<void()> what) override {
+    held.push_back({delay, std::move(what), now + delay});
+  }
+  // Does what comes within that time, in its order.
+  void pass(std::chrono::milliseconds time);
+
+  std::vector<Held> held;
+  std::chrono::milliseconds now{0};
+};
+
+using Lines = std::vector<std::string>;
+
+// A device that applications 1 and 2 use, each with interactive mode under the id "granted".
+class Bench {
+ public:
+  Bench();
+
+  // Sends a command whose payload is written in protobuf's text form, such as "ping {}". Gives what
+  // the device says to it at once.
+  Lines command(const std::string& payload, AppNumber from = 1);
+  // Gives what the device says to that at once.
+  Lines stimulus(const std::string& line);
+  // What a line that is not done is answered with; a failure of the test when it is done, or when
+  // the device says anything.
+  std::string refused(const std::string& line);
+  // Gives what the device says within that time.
+  Lines pass(std::chrono::milliseconds time);
+  // What was said since the last of these calls: "2: event { code: OK }" for one to application 2.
+  // Between the number and the payload stands "re " when the message answers the last command of
+  // that application, "re? " when it answers an earlier one.
+  Lines said();
+
+  KeptOutlet outlet;
+  HeldScheduler scheduler;
+  Device device{outlet, scheduler};
+
+ private:
+  std::map<AppNumber, std::string> lastIds_;
+};
+
+}  // namespace morvik::devkit::testing
