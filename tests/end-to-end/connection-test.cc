@@ -215,6 +215,26 @@ TEST_F(FrameTest, ofLengthZeroAreEmptyMessages) {
   EXPECT_THAT(app.texts(), Not(Contains("NO CORRELATION FOUND")));
 }
 
+// One frame is read on each turn of the loop, and timers that are due come first.
+TEST_F(FrameTest, letTimersGoBetweenThem) {
+  interactive(
+      "morvik.led.light('red', function(code) {"
+      " log(code); setTimeout(0, function() { log('timer'); }); });");
+  request = device.receive();
+  device.sendBytes(frameOf(responseTo(request, "OK")) + frameOf(eventFor(request, "TERMINATED")));
+  for (const std::string text : {"OK", "timer", "TERMINATED", "timer"})
+    EXPECT_EQ(app.logged(), text);
+}
+
+TEST_F(FrameTest, thatWaitComeBehindTimersThatAreDue) {
+  interactive(
+      "ping(log); setTimeout(0, function() { log('timer'); });"
+      "var end = Date.now() + 200; while (Date.now() < end);");
+  receiveAndReply("OK");
+  EXPECT_EQ(app.logged(), "timer");
+  EXPECT_EQ(app.logged(), "OK");
+}
+
 // The length word is read right only when it comes whole: its bytes are counted one by one, and
 // written four apart.
 TEST_F(FrameTest, whoseLengthComesInPiecesAreNotPutTogether) {
