@@ -124,13 +124,14 @@ StimulusOutcome stimulate(Device& device, std::string_view line) {
   if (g_utf8_validate_len(line.data(), line.size(), nullptr) == FALSE) {
     return refuse("the line is not UTF-8 text");
   }
+  if (line.ends_with('\r')) line.remove_suffix(1);
   GErrorOwned error;
   int count = 0;
   char** parsed = nullptr;
   if (g_shell_parse_argv(std::string(line).c_str(), &count, &parsed, error.out()) == FALSE) {
     if (error.is(G_SHELL_ERROR, G_SHELL_ERROR_EMPTY_STRING)) return {true, ""};
     // GLib's own text repeats the line, and with it whatever secret is on it.
-    return refuse("a quote is left open");
+    return refuse("a quote is left open, or a backslash ends the line");
   }
   const Words owned(parsed);
   std::vector<std::string> words(parsed, parsed + count);

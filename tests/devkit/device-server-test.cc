@@ -175,6 +175,59 @@ TEST_F(DeviceServerTest, aFrameLeavesInOneWrite) {
   EXPECT_THAT(sends, ElementsAre(request, frameOf(answer.SerializeAsString())));
 }
 
+TEST_F(DeviceServerTest, aFrameLeavesInThePiecesThatWereAskedFor) {
+  const auto client = interactive("mine");
+  EXPECT_TRUE(server_->stimulate("pieces 5 1").done);
+  std::vector<std::string> sends;
+  recordedSends = &sends;
+  EXPECT_TRUE(server_->stimulate("button SIMPLE").done);
+  EXPECT_TRUE(server_->stimulate("button DOUBLE").done);
+  const zeph::ZephMsg first = client->receive();
+  const zeph::ZephMsg second = client->receive();
+  recordedSends = nullptr;
+  EXPECT_EQ(first.buttoncallback().type(), zeph::ButtonCallback::SIMPLE);
+  EXPECT_EQ(second.buttoncallback().type(), zeph::ButtonCallback::DOUBLE);
+  const std::string frame = frameOf(first.SerializeAsString());
+  ASSERT_EQ(sends.size(), (frame.size() + 4) / 5 + 1);
+  EXPECT_EQ(sends.front(), frame.substr(0, 5));
+  EXPECT_EQ(sends.back(), frameOf(second.SerializeAsString()));
+}
+
+TEST_F(DeviceServerTest, aConnectionMayEndInsideAFrame) {
+  const auto client = interactive("mine");
+  server_->stimulate("pieces 5 60000");
+  server_->stimulate("button SIMPLE");
+  EXPECT_TRUE(server_->stimulate("drop").done);
+  EXPECT_TRUE(client->sawEnd());
+  EXPECT_EQ(diary_.entries.back(), "1 left");
+  EXPECT_EQ(server_->stimulate("button SIMPLE").text, "no application is connected\n");
+}
+
+TEST_F(DeviceServerTest, dropsOneConnectionAlone) {
+  const auto stays = interactive("stays");
+  const auto leaves = interactive("leaves");
+  server_->stimulate("app 2 drop");
+  EXPECT_TRUE(leaves->sawEnd());
+  EXPECT_EQ(stays->ask(pingRequest("stays")).response().code(), zeph::OK);
+}
+
+TEST_F(DeviceServerTest, twoApplicationsCallEachOther) {
+  const auto ann = interactive("ann");
+  const auto bob = interactive("bob");
+  zeph::ZephMsg call = pingRequest("ann");
+  call.clear_ping();
+  call.mutable_m2m()->mutable_call()->set_address("app2");
+  EXPECT_EQ(ann->ask(call).response().code(), zeph::OK);
+  EXPECT_EQ(bob->receive().m2mcallback().type(), zeph::M2mCallback::INCOMING);
+  bob->disconnect();
+  EXPECT_EQ(ann->receive().m2mcallback().type(), zeph::M2mCallback::TERMINATED);
+}
+
+TEST_F(DeviceServerTest, tellsWhatNoMessageTells) {
+  EXPECT_TRUE(server_->stimulate("accept").done);
+  EXPECT_THAT(diary_.entries, ElementsAre("refuses nothing"));
+}
+
 TEST_F(DeviceServerTest, closesAConnectionOverAFrameThatIsNoMessage) {
   const auto good = interactive("good");
   const auto bad = connect();

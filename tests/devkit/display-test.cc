@@ -108,6 +108,11 @@ TEST_F(DisplayTest, aNoticeCarriesNoMark) {
   EXPECT_THAT(lines_, ElementsAre(EndsWith(" app 2 <-  interactive mode STOP")));
 }
 
+TEST_F(DisplayTest, showsWhatHappensToTheDevice) {
+  display_.happened("wrote\na file");
+  EXPECT_THAT(lines_, ElementsAre(EndsWith(" device --  wrote?a file")));
+}
+
 TEST_F(DisplayTest, showsColoursOnlyWhenTheyAreOn) {
   display_.came(1);
   Display colored([this](const std::string& line) { lines_.push_back(line); },

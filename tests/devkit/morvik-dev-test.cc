@@ -96,6 +96,20 @@ TEST_F(DeviceVerb, showsAConversation) {
   EXPECT_THAT(said, Not(HasSubstr("\033"))) << "colours in a pipe";
 }
 
+TEST_F(DeviceVerb, takesCommandsOnItsInput) {
+  AppClient client(loop_, portOf(device_));
+  EXPECT_EQ(client.ask(startRequest("mine")).response().code(), zeph::OK);
+  device_.say("help button\nfly\nbutton LONG");
+  device_.waitFor("  button SIMPLE|");
+  device_.waitFor("there is no stimulus fly. help lists them.\n");
+  device_.say("_STOP\r\nrfid 04a1");
+  EXPECT_EQ(client.receive().buttoncallback().type(), zeph::ButtonCallback::LONG_STOP);
+  device_.waitFor(" app 1 <-  buttonCallback { type: LONG_STOP }\n");
+  device_.endInput();
+  EXPECT_EQ(client.receive().rfidcallback().id(), "04a1") << "a last line without an end";
+  EXPECT_EQ(client.ask(pingRequest("mine")).response().code(), zeph::OK) << "still there";
+}
+
 TEST_F(DeviceVerb, endsWhenItIsInterruptedOrTerminated) {
   for (const int number : {SIGINT, SIGTERM}) {
     Program device(loop_, command());

@@ -10,8 +10,9 @@ GOwned<GSubprocess> spawn(const std::vector<std::string>& command) {
   std::vector<const char*> words;
   for (const std::string& word : command) words.push_back(word.c_str());
   words.push_back(nullptr);
-  constexpr auto kOutputsTogether = static_cast<GSubprocessFlags>(G_SUBPROCESS_FLAGS_STDOUT_PIPE |
-                                                                  G_SUBPROCESS_FLAGS_STDERR_MERGE);
+  constexpr auto kOutputsTogether =
+      static_cast<GSubprocessFlags>(G_SUBPROCESS_FLAGS_STDIN_PIPE | G_SUBPROCESS_FLAGS_STDOUT_PIPE |
+                                    G_SUBPROCESS_FLAGS_STDERR_MERGE);
   GErrorOwned error;
   GOwned<GSubprocess> process(g_subprocess_newv(words.data(), kOutputsTogether, error.out()));
   EXPECT_TRUE(process) << error.text();
@@ -54,6 +55,15 @@ std::string Program::waitFor(const std::string& text) {
   return output_;
 }
 
+void Program::say(const std::string& text) {
+  EXPECT_TRUE(g_output_stream_write_all(g_subprocess_get_stdin_pipe(process_.get()), text.data(),
+                                        text.size(), nullptr, nullptr, nullptr));
+}
+
+void Program::endInput() {
+  g_output_stream_close(g_subprocess_get_stdin_pipe(process_.get()), nullptr, nullptr);
+}
+
 int Program::waitForEnd() {
   EXPECT_TRUE(loop_.runUntil([this] { return outputEnded_; })) << output_;
   if (!outputEnded_) return -1;
@@ -66,6 +76,7 @@ int Program::waitForEnd() {
 Outcome run(std::vector<std::string> command) {
   Loop loop;
   Program program(loop, std::move(command));
+  program.endInput();
   const int status = program.waitForEnd();
   return {status, program.output()};
 }

@@ -11,7 +11,7 @@ namespace morvik::devkit::testing {
 
 class Program {
  public:
-  // Starts it with an empty standard input; what it says on both outputs is kept together.
+  // What it says on both outputs is kept together.
   Program(Loop& loop, std::vector<std::string> command);
   // Ends it by force when it is still there.
   ~Program();
@@ -20,6 +20,11 @@ class Program {
 
   // What it has said, once that holds the text. A failure of the test when it does not in time.
   std::string waitFor(const std::string& text);
+
+  // Writes to its standard input.
+  void say(const std::string& text);
+  // Its standard input ends.
+  void endInput();
 
   void signal(int number) { g_subprocess_send_signal(process_.get(), number); }
 

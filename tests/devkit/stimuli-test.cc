@@ -50,7 +50,7 @@ TEST_F(StimuliTest, goToAllApplicationsOrToOne) {
 }
 
 TEST_F(StimuliTest, doNothingForAnEmptyLineAndAComment) {
-  for (const char* line : {"", "   ", "\t", "# button SIMPLE"}) {
+  for (const char* line : {"", "   ", "\t", "\r", "# button SIMPLE"}) {
     EXPECT_THAT(bench_.stimulus(line), IsEmpty());
   }
 }
@@ -85,6 +85,7 @@ TEST_F(StimuliTest, sayWhatIsWrongAndChangeNothing) {
       {"finish wings", "finish: there is no work wings"},
       {"pieces 0", "pieces: 0 is no number from 1"},
       {"button \"SIMPLE", "a quote is left open"},
+      {"button SIMPLE\\", "a quote is left open, or a backslash ends the line\n"},
       {"button \xff", "the line is not UTF-8 text"},
       {"button SIMPLE\0"s, "the line is not UTF-8 text"},
   };
