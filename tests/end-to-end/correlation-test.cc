@@ -13,8 +13,6 @@ namespace {
 
 using testing::Contains;
 using testing::ElementsAre;
-using testing::ElementsAreArray;
-using testing::Not;
 
 constexpr char kNotFound[] = "NO CORRELATION FOUND";
 

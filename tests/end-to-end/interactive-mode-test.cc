@@ -15,7 +15,6 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::MatchesRegex;
 using testing::Not;
-using testing::StartsWith;
 
 constexpr char kStopNotice[] = "interactive mode stopped, autokill in 300000ms";
 constexpr char kStopped[] = "interactive mode stopped, autokill";

@@ -36,6 +36,7 @@ class LauncherTest : public SystemTest {
 };
 
 TEST_F(LauncherTest, startsWithTwoMessagesAndReads) {
+  startHost({.forkFails = true});
   host().line("hello bob");
   host().waitForLog("nbChild 0");
   EXPECT_THAT(host().texts(host().pid()),

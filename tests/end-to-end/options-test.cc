@@ -13,7 +13,6 @@ namespace morvik {
 namespace {
 
 using testing::ElementsAre;
-using testing::Not;
 
 // GLib's level values, as the threshold compares them.
 enum Level { kError = 6, kWarning = 16, kMessage = 32, kDebug = 128 };

@@ -11,11 +11,7 @@
 namespace morvik {
 namespace {
 
-using testing::Contains;
 using testing::ElementsAre;
-using testing::ElementsAreArray;
-using testing::Not;
-using testing::StartsWith;
 
 // --- codes
 

@@ -17,7 +17,6 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::MatchesRegex;
-using testing::Not;
 
 class ScriptEnvironmentTest : public SystemTest {};
 
