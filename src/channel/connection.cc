@@ -90,6 +90,12 @@ MallocBytes receivePayload(int socket, std::size_t length) {
   return buffer;
 }
 
+// What is made for scripts on the way of a message goes when it has been dispatched.
+void dispatchInScope(MorvikData& instance, const zeph::ZephMsg& message) {
+  const v8::HandleScope handles(v8::Isolate::GetCurrent());
+  dispatch(instance, message);
+}
+
 // A plain object in third place is refused and anything else there is let pass, on purpose.
 bool acceptsConnect(const Args& args) {
   if (args.Length() < 2 || !args[0]->IsString() || !args[1]->IsInt32()) return false;
@@ -136,7 +142,7 @@ gboolean onSocketIdle(gpointer listener) {
   zeph::ZephMsg message;
   const int result = receiveZephMsg(instance.socket, message);
   if (result == -1) return G_SOURCE_REMOVE;
-  if (result == 0) dispatch(instance, message);
+  if (result == 0) dispatchInScope(instance, message);
   return G_SOURCE_CONTINUE;
 }
 

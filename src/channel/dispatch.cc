@@ -2,7 +2,6 @@
 #include "channel/dispatch.h"
 
 #include <glib.h>
-#include <v8.h>
 #include <zeph-message.pb.h>
 
 #include "channel/callback-table.h"
@@ -24,8 +23,6 @@ void dispatchReply(const zeph::ZephMsg& message) {
 }  // namespace
 
 void dispatch(MorvikData& instance, const zeph::ZephMsg& message) {
-  // For whatever is made for scripts on either road, so that nothing stays behind.
-  const v8::HandleScope handles(v8::Isolate::GetCurrent());
   dispatchReply(message);
   if (!message.has_interactivemode()) {
     instance.onMessage(message);
