@@ -67,7 +67,7 @@ void AppConnection::take(std::size_t count) {
 }
 
 void AppConnection::send(const std::string& payload, const Delivery& delivery) {
-  if (owner_ == nullptr) return;
+  if (owner_ == nullptr || overflows_) return;
   const bool idle = unsent_.empty();
   const std::string frame = frameOf(payload);
   const std::size_t size = delivery.pieceSize > 0 ? delivery.pieceSize : frame.size();
@@ -78,7 +78,8 @@ void AppConnection::send(const std::string& payload, const Delivery& delivery) {
   if (idle) {
     writeNext();
   } else if (unsentBytes_ > kMaxUnsent) {
-    end("does not read what it is sent");
+    overflows_ = true;
+    callAfter(kNoPause, onOverflow);
   }
 }
 
@@ -103,22 +104,28 @@ void AppConnection::onWritten(GObject* stream, GAsyncResult* result, void* kept)
   self->unsent_.pop_front();
   if (self->unsent_.empty()) return;
   if (self->unsent_.front().pause > kNoPause) {
-    self->writeAfter(self->unsent_.front().pause);
+    self->callAfter(self->unsent_.front().pause, onPauseOver);
   } else {
     self->writeNext();
   }
 }
 
-// The source holds the connection until the pause is over, as a pending write would.
-void AppConnection::writeAfter(std::chrono::milliseconds pause) {
+// The source holds the connection until it is due, as a pending write would.
+void AppConnection::callAfter(std::chrono::milliseconds pause, GSourceFunc what) {
   const GSourceOwned source(g_timeout_source_new(static_cast<guint>(pause.count())));
-  g_source_set_callback(source.get(), onPauseOver, keep(), nullptr);
+  g_source_set_callback(source.get(), what, keep(), nullptr);
   g_source_attach(source.get(), g_main_context_get_thread_default());
 }
 
 gboolean AppConnection::onPauseOver(void* kept) {
   const Kept self = takeKept(kept);
   if (self->owner_ != nullptr) self->writeNext();
+  return G_SOURCE_REMOVE;
+}
+
+gboolean AppConnection::onOverflow(void* kept) {
+  const Kept self = takeKept(kept);
+  if (self->owner_ != nullptr) self->end("does not read what it is sent");
   return G_SOURCE_REMOVE;
 }
 

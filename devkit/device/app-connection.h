@@ -39,7 +39,8 @@ class AppConnection : public std::enable_shared_from_this<AppConnection> {
   void start();
 
   // Every payload leaves with its length in front, after those sent before it: in one write, or in
-  // the pieces that the delivery asks for.
+  // the pieces that the delivery asks for. The owner is told of nothing before this returns: who
+  // sends may be going through all connections.
   void send(const std::string& payload, const Delivery& delivery = {});
 
   // The application sees the end of its stream; the owner is told nothing any more.
@@ -55,8 +56,9 @@ class AppConnection : public std::enable_shared_from_this<AppConnection> {
   void read();
   void take(std::size_t count);
   void writeNext();
-  void writeAfter(std::chrono::milliseconds pause);
+  void callAfter(std::chrono::milliseconds pause, GSourceFunc what);
   static gboolean onPauseOver(void* kept);
+  static gboolean onOverflow(void* kept);
   void end(const std::string& trouble);
 
   Owner* owner_;  // null once the connection has ended
@@ -71,6 +73,7 @@ class AppConnection : public std::enable_shared_from_this<AppConnection> {
   };
   std::deque<Piece> unsent_;  // the first one is being written, or waits for its pause to be over
   std::size_t unsentBytes_ = 0;
+  bool overflows_ = false;  // too much is unsent: it is about to be closed
 };
 
 }  // namespace morvik::devkit

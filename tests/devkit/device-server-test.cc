@@ -301,6 +301,20 @@ TEST_F(DeviceServerTest, anApplicationThatDoesNotReadBlocksNobodyAndIsClosed) {
   EXPECT_TRUE(diary_.has(trouble));
 }
 
+// Nothing is written while the loop stands still, so the limit is met at a known message.
+TEST_F(DeviceServerTest, isNotUpsetByOneThatMustBeClosedWhileAllAreTold) {
+  const auto silent = interactive("silent");
+  const auto good = interactive("good");
+  for (const std::size_t size : {kMaxUnsent / 2, kMaxUnsent / 2 - 1000}) {
+    EXPECT_TRUE(server_->stimulate("app 1 serial p " + std::string(size, 'x')).done);
+  }
+  constexpr int kUpdates = 100;
+  for (int i = 0; i < kUpdates; ++i) EXPECT_TRUE(server_->stimulate("library SONG").done);
+  EXPECT_TRUE(happens("1 trouble: does not read what it is sent"));
+  for (int i = 0; i < kUpdates; ++i) EXPECT_TRUE(good->receive().has_multimediacallback());
+  EXPECT_EQ(good->ask(pingRequest("good")).response().code(), zeph::OK);
+}
+
 TEST_F(DeviceServerTest, anEndOfTheServerEndsItsConnections) {
   const auto client = interactive("mine");
   client->ask(fadeRequest("mine", "blue", 20));
