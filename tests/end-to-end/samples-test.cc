@@ -7,6 +7,7 @@
 #include <array>
 #include <filesystem>
 #include <iostream>
+#include <memory>
 #include <regex>
 #include <set>
 #include <stdexcept>
@@ -18,14 +19,16 @@ namespace morvik {
 namespace {
 
 struct Process {
+  std::unique_ptr<TemporaryFolder> state = std::make_unique<TemporaryFolder>();
   pid_t pid = -1;
   Descriptor input;
   Descriptor output;
 };
 
 Process spawnDevice() {
-  std::array<const char*, 4> command{MORVIK_DEV, "device", "--port=0", nullptr};
   Process process;
+  const std::string state = "--state=" + process.state->path().string();
+  std::array<const char*, 5> command{MORVIK_DEV, "device", "--port=0", state.c_str(), nullptr};
   int input = -1;
   int output = -1;
   GError* error = nullptr;
@@ -74,7 +77,8 @@ class VirtualDevice {
 
  private:
   explicit VirtualDevice(Process process)
-      : pid_(process.pid),
+      : state_(std::move(process.state)),
+        pid_(process.pid),
         input_(std::move(process.input)),
         reader_(std::move(process.output), [this](std::string_view bytes) {
           output_.change([bytes](std::string& said) { said += bytes; });
@@ -86,6 +90,7 @@ class VirtualDevice {
     address_ = line.substr(beginning.size(), line.size() - beginning.size() - 1);
   }
 
+  std::unique_ptr<TemporaryFolder> state_;  // so that nothing outlives the test
   pid_t pid_;
   Descriptor input_;
   Growing<std::string> output_;
@@ -318,6 +323,21 @@ void twoDeviceCall(Stage& stage) {
   bob.says("the call with carol is over");
 }
 
+void mailbox(Stage& stage) {
+  stage.device.happens("contact u1 alias=Anna");
+  stage.device.happens("message u1 'Are you there?'");
+  Sample sample = stage.launch("mailbox");
+  sample.says("contacts: 1");
+  sample.says("unread messages: 1");
+  sample.says("Anna: Are you there\\?");
+  sample.says("marked as read: 1");
+  stage.device.shows("led pulse blue 200 ms x 3");
+  stage.device.happens("message stranger '<a/>' type=XML");
+  sample.says("unread messages: 1");
+  sample.says("stranger: XML");
+  sample.says("marked as read: 1");
+}
+
 struct Conversation {
   const char* sample;  // its folder
   const char* name;
@@ -339,6 +359,7 @@ constexpr Conversation kConversations[] = {
     {"photo-booth", "photoBooth", photoBooth},
     {"serial-echo", "serialEcho", serialEcho},
     {"two-device-call", "twoDeviceCall", twoDeviceCall},
+    {"mailbox", "mailbox", mailbox},
 };
 
 void PrintTo(const Conversation& conversation, std::ostream* stream) {

@@ -1,0 +1,77 @@
+// mailbox: looks into the user's messages, blinks the LED for those that nobody has read, tells what
+// they say, and marks them as read.
+
+// The third word of the launch line tells where the device is, as host:port.
+var address = (instanceName || '127.0.0.1:7410').split(':');
+
+var UNREAD = 0; // what `status` is in a message's header: 0 unread, 1 read
+var names = {}; // of the contacts, by their uuid
+
+// No event tells that a message came: an application looks again from time to time. The next look
+// comes a second after the last one is over.
+function lookAgainLater() {
+  setTimeout(1000, look);
+}
+
+// A contact has those of `firstname`, `lastname` and `alias` that are known.
+function nameOf(contact) {
+  return contact.alias || contact.firstname || contact.lastname || contact.uuid;
+}
+
+function senderOf(message) {
+  var from = message.header.from;
+  return from ? names[from.uuid] || nameOf(from) : 'nobody';
+}
+
+function look() {
+  morvik.message.list(function (messages) {
+    // The lists that an application gets are filled anew for each answer, and are its own to keep.
+    var unread = [];
+    for (var i = 0; i < messages.length; i++) {
+      if (messages[i].header.status === UNREAD) {
+        unread.push(messages[i]);
+      }
+    }
+    if (unread.length > 0) {
+      announce(unread);
+    } else {
+      lookAgainLater();
+    }
+  });
+}
+
+function announce(unread) {
+  log('unread messages: ' + unread.length);
+  morvik.led.pulse('blue', 200, 3 * unread.length, function (code) {
+    if (code !== 'OK') { // OK comes first, when the LED begins to blink
+      tell(unread);
+    }
+  });
+}
+
+function tell(unread) {
+  var ids = [];
+  for (var i = 0; i < unread.length; i++) {
+    // Text, sound, XML or a mixture; this application only tells texts.
+    var content = unread[i].content;
+    log(senderOf(unread[i]) + ': ' + (content.type === 'TEXT' ? content.content : content.type));
+    ids.push(unread[i].header.id);
+  }
+  // A device that fails to do so never calls this function, and the application looks no more.
+  morvik.message.markAsRead(ids, function (marked) {
+    log('marked as read: ' + marked.length);
+    lookAgainLater();
+  });
+}
+
+morvik.connect(address[0], Number(address[1]));
+
+morvik.start(function () {
+  morvik.contact.get(function (contacts) {
+    for (var i = 0; i < contacts.length; i++) {
+      names[contacts[i].uuid] = nameOf(contacts[i]);
+    }
+    log('contacts: ' + contacts.length);
+    look();
+  });
+}, {});
