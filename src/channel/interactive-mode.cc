@@ -2,6 +2,7 @@
 #include "channel/interactive-mode.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 
 #include "channel/callback-table.h"
@@ -24,11 +25,19 @@ StartForm formOf(const Args& args) {
   return args.Length() == 3 ? StartForm::kFunctionObjectId : StartForm::kWrong;
 }
 
+// A script's value as an interactive id, which ends at its first zero byte; nothing when the
+// value's conversion threw.
+std::optional<std::string> idText(v8::Isolate* isolate, v8::Local<v8::Value> value) {
+  auto id = utf8Text(isolate, value);
+  if (id) id->resize(std::strlen(id->c_str()));
+  return id;
+}
+
 // The id to ask for; nothing when the third argument's conversion threw.
 std::optional<std::string> chooseId(const Args& args, StartForm form) {
   if (form != StartForm::kFunctionObjectId) return newUuid();
   g_warning("DEPRECATED Use SetInteractive");
-  return utf8Text(args.GetIsolate(), args[2]);
+  return idText(args.GetIsolate(), args[2]);
 }
 
 std::shared_ptr<PendingStart> newPendingStart(const Args& args, StartForm form,
@@ -139,7 +148,7 @@ void SetInteractive(const Args& args) {
   }
   MorvikData& instance = currentInstance(isolate);
   if (instance.socket == -1) return throwText(isolate, "Connect first");
-  const std::string id = *utf8Text(isolate, args[0]);
+  const std::string id = *idText(isolate, args[0]);
   g_debug("set interactiveID: %s", id.c_str());
   instance.interactiveID = id;
   const auto function = args[1].As<v8::Function>();

@@ -57,6 +57,7 @@ void readSemantic(v8::Local<v8::Name> /*name*/, const v8::PropertyCallbackInfo<v
 }
 
 void buildVoiceLaunch(v8::Local<v8::ObjectTemplate> launchType, const std::string& text) {
+  const TemporaryContext scratch;
   set(launchType, "name", toScript("ASR"));
   Fields fields(text);
   fields.next();  // the word itself

@@ -114,6 +114,7 @@ TEST_F(InteractiveModeTest, startTakesAThirdArgumentsTextAsTheId) {
       {"'\\u00e9\\u20ac'", "\u00e9\u20ac"},
       {"{toString: function() { return 'from an object'; }}", "from an object"},
       {"f.name", "f"},
+      {"'a\\0b'", "a"},  // an id ends at its first zero byte
   };
   for (const auto& [third, id] : rows) {
     const zeph::ZephMsg request = started(std::string("f, {}, ") + third);
@@ -357,6 +358,8 @@ TEST_F(InteractiveModeTest, setInteractiveTakesEffectAtOnceAndSendsNothing) {
   EXPECT_FALSE(sent());
   EXPECT_EQ(run("set('other', function() { throw 'oops'; })"), "throws: oops");
   EXPECT_EQ(instance.interactiveID, "other");
+  EXPECT_EQ(run("set('a\\0b', function() {})"), "undefined");
+  EXPECT_EQ(instance.interactiveID, "a");
 }
 
 }  // namespace
