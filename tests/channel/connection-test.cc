@@ -2,6 +2,8 @@
 #include "channel/connection.h"
 
 #include <arpa/inet.h>
+#include <fcntl.h>
+#include <netinet/tcp.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -110,6 +112,17 @@ TEST_F(FrameRoadTest, withoutAMessageReceivingAnswersSoAndLogsNothing) {
   zeph::ZephMsg message;
   EXPECT_EQ(receiveZephMsg(stream.app(), message), 1);
   EXPECT_THAT(log.texts(), ElementsAre());
+}
+
+// A millisecond, so that the main loop neither spins nor waits for messages alone.
+TEST_F(FrameRoadTest, receivingWaitsForAMillisecond) {
+  constexpr int kTurns = 20;
+  zeph::ZephMsg message;
+  const gint64 begun = g_get_monotonic_time();
+  for (int turn = 0; turn < kTurns; ++turn) receiveZephMsg(stream.app(), message);
+  const gint64 spent = g_get_monotonic_time() - begun;
+  EXPECT_GE(spent, kTurns * 1000);
+  EXPECT_LT(spent, kTurns * 250000) << "a turn waits for much longer than a millisecond";
 }
 
 TEST_F(FrameRoadTest, aFrameInOnePieceIsRead) {
@@ -388,6 +401,31 @@ TEST_F(ConnectTest, connectingStoresTheSocketAndAddsThePump) {
   ASSERT_NE(pump, nullptr);
   EXPECT_EQ(g_source_get_priority(pump), G_PRIORITY_DEFAULT_IDLE);
   EXPECT_EQ(removePumps(), 1);
+}
+
+// The value of a socket option, as an int.
+int option(int socket, int level, int name) {
+  int value = -1;
+  socklen_t size = sizeof value;
+  EXPECT_EQ(getsockopt(socket, level, name, &value, &size), 0);
+  return value;
+}
+
+TEST_F(ConnectTest, theSocketKeepsTheSystemsDefaults) {
+  const Door door;
+  connectTo(door.port);
+  const int plain = socket(AF_INET, SOCK_STREAM, 0);
+  EXPECT_EQ(fcntl(instance.socket, F_GETFL) & O_NONBLOCK, 0);
+  const std::pair<int, int> unchanged[] = {{IPPROTO_TCP, TCP_NODELAY},
+                                           {SOL_SOCKET, SO_KEEPALIVE},
+                                           {SOL_SOCKET, SO_RCVTIMEO},
+                                           {SOL_SOCKET, SO_SNDTIMEO},
+                                           {SOL_SOCKET, SO_LINGER}};
+  for (const auto& [level, name] : unchanged) {
+    EXPECT_EQ(option(instance.socket, level, name), option(plain, level, name)) << name;
+  }
+  close(plain);
+  removePumps();
 }
 
 TEST_F(ConnectTest, aNameIsLookedUp) {

@@ -18,6 +18,14 @@ void pathOf(const Args& args) {
   if (path) args.GetReturnValue().Set(*path);
 }
 
+// Tells a script how many internal fields an object has, and what the first one holds.
+void fieldsOf(const Args& args) {
+  const auto object = args[0].As<v8::Object>();
+  const bool unset = object->GetInternalField(0)->IsUndefined();
+  args.GetReturnValue().Set(
+      toScript(std::to_string(object->InternalFieldCount()) + (unset ? " unset" : " set")));
+}
+
 class EventCallbackTest : public ScriptTest {
  protected:
   EventCallbackTest() { expose("pathOf", pathOf); }
@@ -205,6 +213,15 @@ TEST_F(EventCallbackTest, theFunctionsResultDoesNotMatter) {
     const Lines lines = heard(reply, "function() { log('called'); return false; }",
                               "response { code: OK } event { code: OK }");
     EXPECT_EQ(std::count(lines.begin(), lines.end(), "MESSAGE JSLOG: called"), 2);
+  }
+}
+
+TEST_F(EventCallbackTest, aFileObjectHasTwoFieldsAndLeavesTheFirstUnset) {
+  expose("fieldsOf", fieldsOf);
+  for (const ReplyFunction reply : {EventCallbackWebcam, EventCallbackRecord}) {
+    EXPECT_THAT(
+        heard(reply, "function(answer) { log(fieldsOf(answer.data)); }", "event { code: OK }"),
+        testing::Contains("MESSAGE JSLOG: 2 unset"));
   }
 }
 

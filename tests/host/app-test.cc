@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <ctime>
 
 #include "host/app-files.h"
 #include "host/engine.h"
@@ -97,6 +98,29 @@ TEST_F(AppTest, itsConfigurationBecomesParams) {
   files.write("config.bin", config.SerializePartialAsString());
   startWith("log(params.descriptor.city)");
   EXPECT_THAT(logged(), ElementsAre("Lyon"));
+}
+
+// The generator's first number for a seed.
+std::string firstRandom(std::time_t seed) {
+  std::srand(static_cast<unsigned>(seed));
+  return std::to_string(std::rand() % 10000000);
+}
+
+TEST_F(AppTest, theGeneratorIsSeededWithTheTime) {
+  const std::time_t before = std::time(nullptr);
+  startWith("log(morvik.random())");
+  const std::time_t after = std::time(nullptr);
+  std::vector<std::string> possible;
+  for (std::time_t seed = before; seed <= after; ++seed) possible.push_back(firstRandom(seed));
+  EXPECT_THAT(possible, testing::Contains(logged().at(0)));
+}
+
+TEST_F(AppTest, theDescriptorIsReadOnceForEachLaunch) {
+  startWith("function sees() { return typeof morvik.led; } log(sees());");
+  files.write("descriptor.xml", "<descriptor><accesses/></descriptor>");
+  EXPECT_TRUE(hasAccess(*instance.descriptor, "led"));
+  startWith("log(typeof morvik.led)");
+  EXPECT_THAT(logged(), ElementsAre("object", "undefined"));
 }
 
 TEST_F(AppTest, theScriptReachesItsInstance) {
