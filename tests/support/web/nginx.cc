@@ -3,9 +3,7 @@
 #include "support/web/nginx.h"
 
 #include <fcntl.h>
-#include <netinet/in.h>
 #include <sys/prctl.h>
-#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -19,25 +17,6 @@
 
 namespace morvik::test {
 namespace {
-
-struct Listener {
-  int socket = -1;
-  int port = 0;
-};
-
-Listener listenOnFreePort() {
-  Listener listener{::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)};
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t size = sizeof address;
-  auto* plain = reinterpret_cast<sockaddr*>(&address);
-  if (bind(listener.socket, plain, size) != 0 || listen(listener.socket, 64) != 0 ||
-      getsockname(listener.socket, plain, &size) != 0)
-    throw std::runtime_error("no port for nginx");
-  listener.port = ntohs(address.sin_port);
-  return listener;
-}
 
 std::filesystem::path makeFolder() {
   std::string name = "/tmp/morvik-nginx-XXXXXX";
@@ -62,8 +41,8 @@ std::string contentOf(const std::filesystem::path& file) {
 }  // namespace
 
 Nginx::Nginx(const std::string& locations) : folder_(makeFolder()) {
-  const Listener plain = listenOnFreePort();
-  const Listener tls = listenOnFreePort();
+  const Listener plain = listenOnLoopback();
+  const Listener tls = listenOnLoopback();
   port_ = plain.port;
   tlsPort_ = tls.port;
   makeCertificate(folder_);
@@ -102,8 +81,6 @@ std::vector<std::string> Nginx::bodies() const {
 }
 
 std::string Nginx::errors() const { return contentOf(folder_ / "error.log"); }
-
-std::string Nginx::hostOn(int port) { return "127.0.0.1:" + std::to_string(port); }
 
 // In the foreground, with every file in its own folder, which belongs to root when root runs the
 // tests. A body is read when it is to be passed on, so "/bodies" passes it to the server itself.

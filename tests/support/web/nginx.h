@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "support/web/loopback-server.h"
+
 namespace morvik::test {
 
 class Nginx {
@@ -38,7 +40,6 @@ class Nginx {
   [[nodiscard]] std::string errors() const;
 
  private:
-  [[nodiscard]] static std::string hostOn(int port);
   [[nodiscard]] std::string configuration(const std::string& locations) const;
   void start(int plain, int tls);
 

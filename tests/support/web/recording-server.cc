@@ -1,10 +1,7 @@
 // The recording HTTP server.
 #include "support/web/recording-server.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <array>
 #include <chrono>
@@ -22,15 +19,6 @@ bool readMore(int connection, std::string& request) {
   if (count <= 0) return false;
   request.append(piece.data(), static_cast<std::size_t>(count));
   return true;
-}
-
-void sendAll(int connection, const std::string& bytes) {
-  std::size_t sent = 0;
-  while (sent < bytes.size()) {
-    const ssize_t count = send(connection, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
-    if (count <= 0) return;
-    sent += static_cast<std::size_t>(count);
-  }
 }
 
 std::size_t bodyLengthOf(const std::string& head) {
@@ -64,25 +52,7 @@ std::string response(const std::string& body, const std::string& headerLines) {
 }
 
 RecordingServer::RecordingServer()
-    : listener_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)), answer_(response("")) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t size = sizeof address;
-  auto* plain = reinterpret_cast<sockaddr*>(&address);
-  if (bind(listener_, plain, size) != 0 || listen(listener_, 16) != 0) abort();
-  if (getsockname(listener_, plain, &size) != 0) abort();
-  port_ = ntohs(address.sin_port);
-  thread_ = std::thread([this] { serve(); });
-}
-
-RecordingServer::~RecordingServer() {
-  shutdown(listener_, SHUT_RDWR);  // ends the wait for a connection
-  thread_.join();
-  close(listener_);
-}
-
-std::string RecordingServer::host() const { return "127.0.0.1:" + std::to_string(port_); }
+    : answer_(response("")), server_([this](int connection) { serveOne(connection); }) {}
 
 std::string RecordingServer::url(const std::string& path) const {
   return "http://" + host() + path;
@@ -95,7 +65,7 @@ void RecordingServer::answerWith(std::string bytes) {
 
 std::string RecordingServer::takeRequest() {
   std::unique_lock lock(mutex_);
-  if (!arrived_.wait_for(lock, kDeadline, [this] { return !requests_.empty(); })) return {};
+  if (!changed_.wait_for(lock, kDeadline, [this] { return !requests_.empty(); })) return {};
   std::string request = std::move(requests_.front());
   requests_.pop_front();
   return request;
@@ -106,13 +76,15 @@ std::size_t RecordingServer::waiting() {
   return requests_.size();
 }
 
-void RecordingServer::serve() {
-  for (;;) {
-    const int connection = accept(listener_, nullptr, nullptr);
-    if (connection < 0) return;
-    serveOne(connection);
-    close(connection);
-  }
+void RecordingServer::holdBack() {
+  const std::lock_guard lock(mutex_);
+  held_ = true;
+}
+
+void RecordingServer::letGo() {
+  const std::lock_guard lock(mutex_);
+  held_ = false;
+  changed_.notify_all();
 }
 
 // Kept before it is answered, so that whoever has the answer finds the request.
@@ -120,7 +92,8 @@ void RecordingServer::serveOne(int connection) {
   std::string request = readRequest(connection);
   std::unique_lock lock(mutex_);
   requests_.push_back(std::move(request));
-  arrived_.notify_all();
+  changed_.notify_all();
+  changed_.wait_for(lock, kDeadline, [this] { return !held_; });
   const std::string answer = answer_;
   lock.unlock();
   sendAll(connection, answer);

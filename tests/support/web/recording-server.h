@@ -6,7 +6,8 @@
 #include <deque>
 #include <mutex>
 #include <string>
-#include <thread>
+
+#include "support/web/loopback-server.h"
 
 namespace morvik::test {
 
@@ -18,18 +19,19 @@ std::string response(const std::string& body, const std::string& headerLines = "
 class RecordingServer {
  public:
   RecordingServer();
-  ~RecordingServer();
-  RecordingServer(const RecordingServer&) = delete;
-  RecordingServer& operator=(const RecordingServer&) = delete;
 
   /// "127.0.0.1:port".
-  [[nodiscard]] std::string host() const;
+  [[nodiscard]] std::string host() const { return server_.host(); }
   /// "http://127.0.0.1:port" and the path.
   [[nodiscard]] std::string url(const std::string& path = "/") const;
 
   /// From now on every request is answered with these bytes, then the connection is closed. At
   /// first an empty response.
   void answerWith(std::string bytes);
+
+  /// From now on requests wait for their answer until they are let go.
+  void holdBack();
+  void letGo();
 
   /// The oldest request that was not taken yet, from the first byte to the last. Waits for one
   /// until a generous deadline; empty after it.
@@ -38,16 +40,14 @@ class RecordingServer {
   std::size_t waiting();
 
  private:
-  void serve();
   void serveOne(int connection);
 
-  int listener_;
-  int port_ = 0;
   std::mutex mutex_;
-  std::condition_variable arrived_;
+  std::condition_variable changed_;
   std::string answer_;
+  bool held_ = false;
   std::deque<std::string> requests_;
-  std::thread thread_;
+  LoopbackServer server_;  // the last one: its thread uses the others
 };
 
 }  // namespace morvik::test

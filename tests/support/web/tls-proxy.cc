@@ -1,8 +1,6 @@
 // The proxy that ends TLS.
 #include "support/web/tls-proxy.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <openssl/x509v3.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -17,14 +15,6 @@ namespace morvik::test {
 namespace {
 
 constexpr long kDay = 24L * 3600;
-
-sockaddr_in loopback(int port) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  address.sin_port = htons(static_cast<std::uint16_t>(port));
-  return address;
-}
 
 int connectTo(int port) {
   const int site = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -73,27 +63,13 @@ void passAll(SSL* tls, int client, int site) {
 
 }  // namespace
 
+// A client that goes away is nothing to die of.
 TlsProxy::TlsProxy(const std::string& site)
     : sitePort_(std::atoi(site.substr(site.find(':') + 1).c_str())),
-      listener_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)),
-      key_(EVP_EC_gen("P-256")) {
-  std::signal(SIGPIPE, SIG_IGN);  // a client that goes away is nothing to die of
-  sockaddr_in address = loopback(0);
-  socklen_t size = sizeof address;
-  auto* plain = reinterpret_cast<sockaddr*>(&address);
-  if (bind(listener_, plain, size) != 0 || listen(listener_, 16) != 0) abort();
-  if (getsockname(listener_, plain, &size) != 0) abort();
-  port_ = ntohs(address.sin_port);
-  thread_ = std::thread([this] { serve(); });
+      key_(EVP_EC_gen("P-256")),
+      server_([this](int client) { serveOne(client); }) {
+  std::signal(SIGPIPE, SIG_IGN);
 }
-
-TlsProxy::~TlsProxy() {
-  shutdown(listener_, SHUT_RDWR);  // ends the wait for a connection
-  thread_.join();
-  close(listener_);
-}
-
-std::string TlsProxy::url() const { return "http://127.0.0.1:" + std::to_string(port_); }
 
 std::vector<std::string> TlsProxy::asked() {
   const std::lock_guard lock(mutex_);
@@ -103,15 +79,6 @@ std::vector<std::string> TlsProxy::asked() {
 void TlsProxy::certifyAs(std::string name) {
   const std::lock_guard lock(mutex_);
   certifiedName_ = std::move(name);
-}
-
-void TlsProxy::serve() {
-  for (;;) {
-    const int client = accept(listener_, nullptr, nullptr);
-    if (client < 0) return;
-    serveOne(client);
-    close(client);
-  }
 }
 
 void TlsProxy::serveOne(int client) {

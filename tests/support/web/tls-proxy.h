@@ -8,10 +8,10 @@
 
 #include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "host/owned.h"
+#include "support/web/loopback-server.h"
 
 namespace morvik::test {
 
@@ -21,12 +21,9 @@ class TlsProxy {
  public:
   /// `site` is "127.0.0.1:port" of a server without TLS.
   explicit TlsProxy(const std::string& site);
-  ~TlsProxy();
-  TlsProxy(const TlsProxy&) = delete;
-  TlsProxy& operator=(const TlsProxy&) = delete;
 
   /// "http://127.0.0.1:port", as the variable https_proxy takes it.
-  [[nodiscard]] std::string url() const;
+  [[nodiscard]] std::string url() const { return "http://" + server_.host(); }
 
   /// The "host:port" of every connection that was asked for, in order.
   std::vector<std::string> asked();
@@ -40,19 +37,16 @@ class TlsProxy {
   using Connection = std::unique_ptr<SSL, Release<SSL_free>>;
   using Settings = std::unique_ptr<SSL_CTX, Release<SSL_CTX_free>>;
 
-  void serve();
   void serveOne(int client);
   [[nodiscard]] Certificate certificateFor(const std::string& name) const;
   [[nodiscard]] Settings settingsFor(const std::string& host);
 
   int sitePort_;
-  int listener_;
-  int port_ = 0;
   Key key_;
   std::mutex mutex_;
   std::vector<std::string> asked_;
   std::string certifiedName_;
-  std::thread thread_;
+  LoopbackServer server_;  // the last one: its thread uses the others
 };
 
 }  // namespace morvik::test
