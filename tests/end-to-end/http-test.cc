@@ -1,8 +1,11 @@
 // http against a real web server: what scripts get of its responses, plain, chunked, redirected,
 // large, in several charsets, failing or behind TLS, and what the server gets of their bodies.
+#include <fstream>
 #include <iostream>
+#include <iterator>
 
-#include "support/system/system-test.h"
+#include "device/media-files.h"
+#include "support/system/feature-test.h"
 #include "support/web/nginx.h"
 #include "support/web/recording-server.h"
 
@@ -27,22 +30,23 @@ constexpr char kLocations[] = R"(
   location = /broken { default_type text/plain; return 500 "out of order"; }
   location = /mirror { default_type text/plain; return 200 "$request_method $http_x_one|$http_x_two|$http_user_agent|$http_accept"; }
   location = /silent { return 444; }
+  location = /visit { default_type text/plain; add_header Set-Cookie "seen=yes; path=/";
+                      return 200 "$connection $connection_requests [$http_cookie]"; }
 )";
 
-class HttpTest : public SystemTest {
+class HttpTest : public DeviceTest {
  protected:
   HttpTest()
       : web(kLocations + ("location = /origin { proxy_pass http://" + origin.host() + "; }")) {}
 
   // What a script that finds the server's addresses logs of each expression.
-  App expect(const std::vector<Row>& rows) {
+  void expect(const std::vector<Row>& rows) {
     std::string script = "const WEB = '" + web.url("") + "', TLS = '" + web.tlsUrl("") + "';";
     for (const Row& row : rows) script += "\nlog(" + row.expression + ");";
-    App app = run(script, {"http"});
+    app = run(script, {"http"});
     for (const Row& row : rows) EXPECT_EQ(app.logged(), row.logged) << row.expression;
-    return app;
   }
-  static std::vector<std::string> curlErrors(const App& app) {
+  [[nodiscard]] std::vector<std::string> curlErrors() const {
     std::vector<std::string> errors = app.warnings();
     std::erase_if(errors, [](const auto& text) { return !text.starts_with("curl error"); });
     return errors;
@@ -88,7 +92,7 @@ TEST_F(HttpTest, contentIsTheBodyOfAnyStatus) {
 TEST_F(HttpTest, headerIsEveryLineOfTheResponse) {
   web.file("plain.txt", "plain text\n");
   web.file("page.html", "<p>chunked</p>\n");
-  App app =
+  app =
       run("for (const path of ['/files/plain.txt', '/files/page.html', '/moved', '/empty',"
           " '/broken']) log(JSON.stringify(http.get2('" +
               web.url("") + "' + path)));",
@@ -132,6 +136,37 @@ TEST_F(HttpTest, aLargeResponseComesWhole) {
           {"text === '0large\\n1large\\n2large\\n3large\\n4large\\n5large\\n6large\\n7large\\n"
            "8large\\n9large\\n'.repeat(40000)",
            "true"}});
+}
+
+// Nothing is kept from one request for the next one: no connection and no cookie.
+TEST_F(HttpTest, everyRequestIsAConnectionOfItsOwn) {
+  expect({{"(visits = [1, 2, 3].map(() => http.get(WEB + '/visit')))"
+           ".map(visit => visit.split(' ').slice(1).join(' ')).join()",
+           "1 [],1 [],1 []"},
+          {"new Set(visits.map(visit => visit.split(' ')[0])).size", "3"},
+          {"http.get2(WEB + '/visit').header.includes('Set-Cookie: seen=yes; path=/')", "true"},
+          {"new Set([1, 2].map(() => http.get(TLS + '/visit').split(' ')[0])).size", "2"}});
+}
+
+// The application stands still until its answer is there, and only that application.
+TEST_F(HttpTest, aRequestKeepsTimersAndMessagesWaiting) {
+  origin.holdBack();
+  connect(
+      "morvik.button.addListener(function() { log('pressed'); return true; });"
+      "setTimeout(1, function() { log('timer'); });"
+      "log('asks');"
+      "log(http.get('" +
+          origin.url() + "') === '' ? 'has its answer' : 'failed');",
+      {"http", "button"});
+  EXPECT_EQ(app.logged(), "asks");
+  ASSERT_NE(origin.takeRequest(), "");
+  device.send(messageOf("buttonCallback { type: SIMPLE }"));
+  App other = run("setTimeout(20, function() { log('later'); });");
+  EXPECT_EQ(other.logged(), "later");
+  origin.letGo();
+  EXPECT_EQ(app.logged(), "has its answer");
+  std::vector<std::string> waited = {app.logged(), app.logged()};
+  EXPECT_THAT(waited, testing::UnorderedElementsAre("timer", "pressed"));
 }
 
 // --- charsets
@@ -180,11 +215,11 @@ TEST_F(HttpTest, aBodyThatBreaksOffIsAnError) {
   const char* const breakOff =
       "(r = http.get2(WEB + '/origin')).header.split('\\r\\n')[0] + ' ' + r.content";
   origin.answerWith(kCut);
-  App app = expect({{breakOff, "HTTP/1.1 200 OK curl error"}});
-  EXPECT_THAT(curlErrors(app), ElementsAre("curl error code: 18"));
+  expect({{breakOff, "HTTP/1.1 200 OK curl error"}});
+  EXPECT_THAT(curlErrors(), ElementsAre("curl error code: 18"));
   origin.answerWith(kCutChunk);
-  app = expect({{breakOff, "HTTP/1.1 200 OK curl error"}});
-  EXPECT_THAT(curlErrors(app), ElementsAre("curl error code: 18"));
+  expect({{breakOff, "HTTP/1.1 200 OK curl error"}});
+  EXPECT_THAT(curlErrors(), ElementsAre("curl error code: 18"));
 }
 
 TEST_F(HttpTest, whatFailsGivesATextAndACode) {
@@ -206,8 +241,8 @@ TEST_F(HttpTest, whatFailsGivesATextAndACode) {
     expressions.push_back({"http." + row.call, "curl error"});
     warnings.push_back("curl error code: " + std::to_string(row.code));
   }
-  App app = expect(expressions);
-  EXPECT_THAT(curlErrors(app), ElementsAreArray(warnings));
+  expect(expressions);
+  EXPECT_THAT(curlErrors(), ElementsAreArray(warnings));
 }
 
 // --- TLS
@@ -222,9 +257,9 @@ TEST_F(HttpTest, aCertificateThatNobodyKnowsIsTaken) {
 
 // Whether the certificate is for the host that was asked for is still looked at.
 TEST_F(HttpTest, aCertificateForAnotherNameIsNot) {
-  App app = expect({{"JSON.stringify(http.get2('https://" + web.tlsHost() + "/'))",
-                     R"({"header":"","content":"curl error"})"}});
-  EXPECT_THAT(curlErrors(app), ElementsAre("curl error code: 60"));
+  expect({{"JSON.stringify(http.get2('https://" + web.tlsHost() + "/'))",
+           R"({"header":"","content":"curl error"})"}});
+  EXPECT_THAT(curlErrors(), ElementsAre("curl error code: 60"));
 }
 
 // --- what the server gets
@@ -279,6 +314,30 @@ TEST_F(HttpTest, aFormArrivesPartByPart) {
                        large) +
                   boundary + "--\r\n")
       << bodies[0].substr(0, 1000);
+}
+
+// What the events of the camera and the recorder hold stands for a file like any other.
+TEST_F(HttpTest, whatTheDeviceHasTakenGoesUp) {
+  const struct {
+    const char* take;
+    std::optional<std::string> (*write)();
+    const char* path;
+  } rows[] = {{"webcam.photo('x', ", devkit::writePicture, devkit::kPicturePath},
+              {"multimedia.record(", devkit::writeRecording, devkit::kRecordingPath}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.path);
+    ASSERT_EQ(row.write(), std::nullopt);
+    std::ifstream file(row.path, std::ios::binary);
+    const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+    interactive("morvik." + std::string(row.take) + "function(event) { log(http.post('" +
+                    origin.url() + "', {a: event.data}) + http.post('" + origin.url() +
+                    "', {a: event.data}, {}, true)); });",
+                {"http", "webcam", "multimedia"});
+    device.event(device.receive(), "TERMINATED");
+    EXPECT_EQ(app.logged(), "");
+    EXPECT_TRUE(origin.takeRequest().ends_with("\r\n\r\n" + bytes));
+    EXPECT_THAT(origin.takeRequest(), testing::HasSubstr("\r\n\r\n" + bytes + "\r\n--"));
+  }
 }
 
 // A server is asked first whether it takes a large body, and its consent is in the header lines.
