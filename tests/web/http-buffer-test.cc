@@ -68,6 +68,13 @@ TEST(HttpBufferTest, withoutMemoryTheProcessEnds) {
     };
     EXPECT_EXIT(writeFarTooMuch(), testing::ExitedWithCode(1), "DEBUG realloc\\(\\) failed\n$");
   }
+  const auto assignFarTooMuch = [] {
+    printLog();
+    HttpBuffer buffer;
+    write(buffer, "held");
+    assign(buffer, {"curl error", PTRDIFF_MAX});
+  };
+  EXPECT_EXIT(assignFarTooMuch(), testing::ExitedWithCode(1), "DEBUG realloc\\(\\) failed\n$");
 }
 
 }  // namespace

@@ -3,7 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
 #include "support/unit/captured-log.h"
+#include "support/unit/library-spy.h"
 
 namespace morvik::test {
 namespace {
@@ -78,6 +81,30 @@ TEST(UrlPatternsTest, aQuestionMarkAnywhereIsAQuery) {
   EXPECT_FALSE(hasQuery("https://www.facebook.com/"));
   EXPECT_FALSE(hasQuery("https://www.facebook.com/#a"));
   EXPECT_TRUE(log.lines().empty());
+}
+
+// Runs in a process of its own, where no pattern has been compiled yet. Ends it with status 0 when
+// a URL is refused for as long as one pattern is broken, and taken from then on.
+void expectRetry(const std::string& broken) {
+  const std::string url = "https://www.facebook.com/";
+  CapturedLog log;
+  bool right = true;
+  {
+    LibrarySpy spy;
+    spy.brokenPattern = broken;
+    for (int i = 0; i < 2; ++i) right = right && !isUrlAuthorised(url, UrlPattern::kFacebook);
+  }
+  const LogLine refusal{G_LOG_LEVEL_DEBUG, "bad pattern: '" + broken + "'\n"};
+  right = right && log.lines() == std::vector<LogLine>{refusal, refusal};
+  std::exit(right && isUrlAuthorised(url, UrlPattern::kFacebook) ? 0 : 1);
+}
+
+TEST(UrlPatternsDeathTest, whileAPatternDoesNotCompileNoUrlIsAuthorised) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  for (const char* broken : {"^https://[[:alnum:]_]*\\.facebook.com/.*$",
+                             "^https://[[:alnum:]_]*\\.soundcloud.com/.*$", "\\?"}) {
+    EXPECT_EXIT(expectRetry(broken), testing::ExitedWithCode(0), "") << broken;
+  }
 }
 
 TEST(UrlPatternsTest, aTextThatIsNoExpressionIsLogged) {

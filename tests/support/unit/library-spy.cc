@@ -3,6 +3,7 @@
 
 #include <dlfcn.h>
 #include <iconv.h>
+#include <regex.h>
 
 #include <cstdarg>
 
@@ -59,4 +60,11 @@ extern "C" int iconv_close(iconv_t converter) {
   const int result = next(converter);
   using morvik::test::spy;
   return spy != nullptr && spy->iconvCloseFails ? -1 : result;
+}
+
+extern "C" int regcomp(regex_t* expression, const char* pattern, int flags) {
+  using morvik::test::spy;
+  if (spy != nullptr && spy->brokenPattern == pattern) return REG_BADPAT;
+  static const auto next = morvik::test::real<int (*)(regex_t*, const char*, int)>("regcomp");
+  return next(expression, pattern, flags);
 }

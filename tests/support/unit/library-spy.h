@@ -26,6 +26,7 @@ class LibrarySpy {
 
   bool curlInitFails = false;    ///< curl_easy_init gives nothing
   bool iconvCloseFails = false;  ///< iconv_close closes, and says -1
+  std::string brokenPattern;     ///< regcomp takes this text for no expression
   std::vector<CurlOption> options;
 };
 
