@@ -19,10 +19,18 @@ namespace {
 
 using Query = zeph::MorvikMessageQuery;
 
-// Bytes of ids in one message. A script names more than its own memory holds with one text in many
-// places, or with an array of nothing but a length.
+// Bytes of ids that go out in one message: as many as a script's own memory holds. A script names
+// more with one text in many places, or with an array of nothing but a length.
 constexpr std::size_t kMaxIds = 10485760;
-constexpr std::size_t kIdOverhead = sizeof(std::string);
+constexpr std::size_t kTagAndLength = 2;  // at least, for each id on the wire
+
+// The text of the property, or nothing when reading it threw.
+std::optional<std::string> textOf(v8::Isolate* isolate, v8::Local<v8::Object> source, auto key) {
+  const v8::HandleScope handles(isolate);
+  v8::Local<v8::Value> value;
+  if (!source->Get(isolate->GetCurrentContext(), key).ToLocal(&value)) return std::nullopt;
+  return asciiText(isolate, value);
+}
 
 // Reads ids off a script's object until one throws: that exception is then the script's.
 class IdReader {
@@ -30,15 +38,11 @@ class IdReader {
   IdReader(v8::Isolate* isolate, v8::Local<v8::Object> source)
       : isolate_(isolate), source_(source) {}
 
-  // The text of the property, or nothing when reading it threw.
   std::optional<std::string> read(auto key) {
-    const v8::HandleScope handles(isolate_);
-    v8::Local<v8::Value> value;
-    if (!source_->Get(isolate_->GetCurrentContext(), key).ToLocal(&value)) return std::nullopt;
-    auto text = asciiText(isolate_, value);
-    if (!text) return std::nullopt;
-    taken_ += text->size() + kIdOverhead;
-    if (taken_ <= kMaxIds) return text;
+    auto id = textOf(isolate_, source_, key);
+    if (!id) return std::nullopt;
+    taken_ += id->size() + kTagAndLength;
+    if (taken_ <= kMaxIds) return id;
     throwText(isolate_, "Too many ids");
     return std::nullopt;
   }
@@ -115,7 +119,7 @@ bool readReceiver(v8::Isolate* isolate, v8::Local<v8::Value> value, zeph::Contac
     return false;
   }
   const auto receiver = value.As<v8::Object>();
-  const auto uuid = IdReader(isolate, receiver).read(toScript("uuid"));
+  const auto uuid = textOf(isolate, receiver, toScript("uuid"));
   if (!uuid) return false;
   to.set_uuid(*uuid);
   v8::Local<v8::Value> objects;

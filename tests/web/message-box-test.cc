@@ -160,8 +160,17 @@ TEST_F(MessageBoxTest, whatTheScriptsObjectsThrowReachesIt) {
 
 TEST_F(MessageBoxTest, idsBeyondAllMeasureAreRefused) {
   becomeInteractive();
-  const char* const many = "Array(100).fill('x'.repeat(200000))";
-  expectThrowsSilently(std::string("morvik.message.get(") + many + ", f)", "Too many ids");
+  // 10485760 bytes on the wire, two of them for each id's tag and length.
+  const char* const kMost = "Array(102801).fill('x'.repeat(100)).concat('x'.repeat(56))";
+  // All of them are taken: the next one, which has no text, comes to its turn.
+  expectThrowsSilently(std::string("morvik.message.get(") + kMost + ".concat([bad]), f)",
+                       "no text");
+  const std::string tooMany = std::string(kMost) + ".concat('')";
+  for (const char* name : {"get", "delete", "markAsRead"}) {
+    expectThrowsSilently(std::string("morvik.message.") + name + "(" + tooMany + ", f)",
+                         "Too many ids");
+  }
+  expectThrowsSilently("morvik.message.new({objects: " + tooMany + "}, 'x')", "Too many ids");
   expectThrowsSilently("morvik.message.new({objects: new Array(4294967295)}, 'x')", "Too many ids");
 }
 
