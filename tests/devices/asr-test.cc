@@ -71,6 +71,10 @@ TEST_F(AsrTest, stringNeedsInteractiveMode) {
   expectNeedsInteractive({kCall, "morvik.asr.string(bad, bad, f)"});
 }
 
+TEST_F(AsrTest, stringReadsTheGrammarBeforeTheLanguage) {
+  expectReads("morvik.asr.string(read('g'), read('l'), f)", "gl");
+}
+
 TEST_F(AsrTest, aConversionThatThrowsReachesTheScript) {
   expectPassesExceptions({"morvik.asr.string(bad, 'fr', f)", "morvik.asr.string('x', bad, f)",
                           "morvik.asr.file(bad)", "morvik.asr.file(bad, f)"});

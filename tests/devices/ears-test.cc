@@ -60,10 +60,8 @@ TEST_F(EarsTest, aPositionThatCannotBeReadSendsNothing) {
 }
 
 TEST_F(EarsTest, positionsAreReadFromLeftToRight) {
-  becomeInteractive();
-  run("var order = ''; var ear = n => ({valueOf() { order += n; return 1; }});"
-      "morvik.ears.move(ear('l'), ear('r'))");
-  EXPECT_EQ(run("order"), "lr");
+  expectReads("morvik.ears.move(read('l'), read('r'))", "lr");
+  expectReads("morvik.ears.moveRelative(read('l'), read('r'), f)", "lr");
 }
 
 TEST_F(EarsTest, anAnswerToAMoveIsACodesName) {

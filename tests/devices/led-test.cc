@@ -1,12 +1,12 @@
 // morvik.led: arguments, conversions, fields, log lines and answers.
-#include "support/unit/script-test.h"
+#include "support/unit/feature-test.h"
 
 namespace morvik::test {
 namespace {
 
 using testing::ElementsAre;
 
-class LedTest : public ScriptTest {};
+class LedTest : public FeatureTest {};
 
 struct Call {
   const char* source;
@@ -24,6 +24,9 @@ TEST_F(LedTest, sendsItsArgumentsConvertedAndLogsThem) {
       {"light({})", "light { color: \"[object Object]\" }", "LED Light: color[[object Object]]"},
       {"light('a\\0b')", "light { color: \"a b\" }", "LED Light: color[a b]"},
       {"light('\\u0141')", "light { color: \"A\" }", "LED Light: color[A]"},
+      // One byte for each unit, up to the last one that a byte holds.
+      {"light('\\u0080\\u00e9\\u00ff')", "light { color: \"\\200\\351\\377\" }",
+       "LED Light: color[\x80\xe9\xff]"},
       {"light(function() { return 1; }.name)", "light { color: \"\" }", "LED Light: color[]"},
       {"fade('x', 5)", "fade { color: \"x\" period: 5 }", "LED Fade: color[x] period[5]"},
       {"fade('x', -1)", "fade { color: \"x\" period: -1 }", "LED Fade: color[x] period[-1]"},
@@ -50,6 +53,11 @@ TEST_F(LedTest, sendsItsArgumentsConvertedAndLogsThem) {
     EXPECT_EQ(message->led().ShortDebugString(), call.sent);
     EXPECT_EQ(message->interactiveid(), "granted");
   }
+}
+
+TEST_F(LedTest, readsItsArgumentsFromLeftToRight) {
+  expectReads("morvik.led.fade(read('c'), read('t'))", "ct");
+  expectReads("morvik.led.pulse(read('c'), read('t'), read('p'), f)", "ctp");
 }
 
 TEST_F(LedTest, setsNoOtherFieldOfTheEnvelope) {

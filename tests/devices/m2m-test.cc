@@ -68,6 +68,10 @@ TEST_F(M2mTest, callLogsBeforeItRefuses) {
   EXPECT_FALSE(sent());
 }
 
+TEST_F(M2mTest, anAccountIsReadFromLeftToRight) {
+  expectReads("morvik.m2m.account(read('i'), read('d'), read('p'), read('s'))", "idps");
+}
+
 TEST_F(M2mTest, needsInteractiveMode) {
   expectNeedsInteractive({"morvik.m2m.answer(true)", "morvik.m2m.hangup()",
                           "morvik.m2m.account('a', 'b', 'c', 'd')",

@@ -37,6 +37,7 @@ TEST_F(MultimediaTest, playSendsWhatIsNotLocalAsItIs) {
       {"morvik.multimedia.play('')", playing(""), unchanged("")},
       {"morvik.multimedia.play('a\\0b')", playing("a b"), unchanged("a b")},
       {"morvik.multimedia.play('\\u0141')", playing("A"), unchanged("A")},
+      {"morvik.multimedia.play('\\u0080\\u00ff')", playing("\\200\\377"), unchanged("\x80\xff")},
   });
 }
 

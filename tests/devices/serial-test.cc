@@ -129,6 +129,11 @@ TEST_F(SerialTest, writeSendsItsArgumentsInAnotherOrder) {
   });
 }
 
+TEST_F(SerialTest, requestsReadFromLeftToRight) {
+  expectReads("morvik.serial.write__(read('p'), read('b'), read('d'))", "pbd");
+  expectReads("openAsIs(read('p'), read('r'))", "pr");
+}
+
 TEST_F(SerialTest, aConversionThatThrowsReachesTheScript) {
   expectPassesExceptions({"morvik.serial.open__(bad)", "morvik.serial.write__(bad)",
                           "morvik.serial.write__('p', bad)", "morvik.serial.write__('p', 'h', bad)",

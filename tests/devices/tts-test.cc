@@ -53,6 +53,10 @@ TEST_F(TtsTest, aThirdArgumentThatIsNoFunctionIsDroppedWithTheLanguage) {
   });
 }
 
+TEST_F(TtsTest, readsTheTextBeforeTheLanguage) {
+  expectReads("morvik.tts.start(read('t'), read('l'))", "tl");
+}
+
 TEST_F(TtsTest, textsAreUtf8) {
   expectSends({
       {"morvik.tts.start('h\\u00e9', '\\u4e2d')",

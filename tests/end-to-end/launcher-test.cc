@@ -314,6 +314,13 @@ TEST_F(LauncherTest, anApplicationHasNoStandardInputAndNoBlockedSignals) {
   EXPECT_EQ(HostProcess::statusOf(guest.app.pid(), "SigBlk"), "0000000000000000");
 }
 
+TEST_F(LauncherTest, anApplicationHasTheHandlerOfChildrensEnds) {
+  Guest guest = invite("exit();");
+  const unsigned long caught =
+      std::stoul(HostProcess::statusOf(guest.app.pid(), "SigCgt"), nullptr, 16);
+  EXPECT_NE(caught & (1UL << (SIGCHLD - 1)), 0U) << caught;
+}
+
 TEST_F(LauncherTest, launcherAndApplicationsHaveOneThreadEach) {
   Guest guest = invite("exit();");
   EXPECT_EQ(HostProcess::statusOf(host().pid(), "Threads"), "1");

@@ -13,6 +13,8 @@ constexpr const char* kGlobals = R"(
   var f = function() {};
   var bad = {toString() { throw 'no text'; }};
   var result = true;
+  var order = '';
+  var read = name => ({toString() { order += name; return '1'; }});
   var tell = function() {
     const shown = Array.from(arguments, a =>
         typeof a + ' ' + (typeof a === 'object' ? JSON.stringify(a) : a));
@@ -59,6 +61,15 @@ void FeatureTest::expectSends(const std::vector<SentRow>& rows) {
     EXPECT_EQ(ownLines(), row.lines);
     expectOneMessage(row.payload);
   }
+}
+
+void FeatureTest::expectReads(const std::string& call, const std::string& order) {
+  SCOPED_TRACE(call);
+  becomeInteractive("granted");
+  run("order = ''");
+  EXPECT_EQ(run(call), "undefined");
+  EXPECT_EQ(run("order"), order);
+  EXPECT_TRUE(sent());
 }
 
 void FeatureTest::expectThrows(const std::string& call, const std::string& text) {

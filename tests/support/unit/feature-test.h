@@ -50,6 +50,10 @@ class FeatureTest : public ScriptTest {
   /// In interactive mode: each call throws what `bad` throws, sends nothing and writes its lines.
   void expectPassesExceptions(const std::vector<std::string>& calls, const Lines& lines = {});
 
+  /// In interactive mode: the call reads the places that it names in this order. `read('x')` in it
+  /// stands for an argument and notes its name when it becomes a text or a number.
+  void expectReads(const std::string& call, const std::string& order);
+
   /// Sends the call's request anew for each row, and answers it with the row's message.
   void expectAnswered(const std::string& call, const std::vector<HeardRow>& rows);
 
