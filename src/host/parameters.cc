@@ -70,7 +70,7 @@ v8::Local<v8::Object> loadParameters(const std::string& path) {
   zeph::ConfigApp config;
   // A parse that fails is no failure here: what it got before counts.
   [[maybe_unused]] const bool whole =
-      config.ParseFromArray(bytes->data(), static_cast<int>(bytes->size()));
+      config.ParsePartialFromArray(bytes->data(), static_cast<int>(bytes->size()));
   for (const zeph::ConfigInstance& instance : config.configinstance()) {
     setOwn(root, instance.name(), instanceObject(instance));
   }

@@ -139,16 +139,19 @@ TEST_F(ParametersTest, ofADamagedFileAreWhatTheParserGot) {
   }
 }
 
-// Every cut, so that none of them brings the parser or the steps behind it down.
+// Every cut, so that none of them brings the parser or the steps behind it down, or has the
+// parser's library write about it.
 TEST_F(ParametersTest, ofAFileThatIsCutAnywhereAreAnObject) {
   const std::string whole = serialised(
       "parameters { key: 'k' value: 'v' } configInstance { name: 'a' params { key: 'x' value: 'y' "
       "} "
       "uuid: 'u' }");
+  testing::internal::CaptureStderr();
   for (std::size_t length = 0; length < whole.size(); ++length) {
     EXPECT_THAT(paramsOf(whole.substr(0, length)), testing::StartsWith("{")) << length;
     EXPECT_EQ(log.texts().back(), "create parameters done");
   }
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 }  // namespace
