@@ -9,7 +9,7 @@
 
 #include "app-client.h"
 #include "program.h"
-#include "temporary-folder.h"
+#include "support/temporary-folder.h"
 
 namespace morvik::devkit::testing {
 namespace {
@@ -77,7 +77,7 @@ class DeviceVerb : public ::testing::Test {
   }
 
   Loop loop_;
-  TemporaryFolder folder_;
+  test::TemporaryFolder folder_;
   Program device_{loop_, command()};
 };
 
@@ -131,8 +131,7 @@ TEST_F(DeviceVerb, saysWhatToDoWhenThePortIsBusy) {
 }
 
 TEST_F(DeviceVerb, keepsNothingInAFolderThatItCannotUse) {
-  const TemporaryFolder broken;
-  std::filesystem::create_directory(broken.path());
+  const test::TemporaryFolder broken;
   std::ofstream(broken / "device.sqlite") << std::string(4096, 'x');
   const Outcome outcome = morvikDev({"device", "--port=0", "--state=" + broken.path().string()});
   EXPECT_EQ(outcome.status, 1);
@@ -143,7 +142,7 @@ TEST_F(DeviceVerb, keepsNothingInAFolderThatItCannotUse) {
 }
 
 TEST_F(DeviceVerb, keepsItsStateWhereTheUsersProgramsDo) {
-  const TemporaryFolder home;
+  const test::TemporaryFolder home;
   Program device(loop_, {"/usr/bin/env", "XDG_STATE_HOME=" + home.path().string(), MORVIK_DEV,
                          "device", "--port=0"});
   device.waitFor("listening on");
@@ -152,12 +151,6 @@ TEST_F(DeviceVerb, keepsItsStateWhereTheUsersProgramsDo) {
 
 class LogVerb : public ::testing::Test {
  protected:
-  LogVerb()
-      : folder_(std::filesystem::temp_directory_path() / GText(g_uuid_string_random()).get()) {
-    std::filesystem::create_directory(folder_);
-  }
-  ~LogVerb() override { std::filesystem::remove_all(folder_); }
-
   std::string path() const { return folder_ / "log"; }
   std::vector<std::string> command() const { return {MORVIK_DEV, "log", "--socket=" + path()}; }
 
@@ -186,7 +179,7 @@ class LogVerb : public ::testing::Test {
   }
 
   Loop loop_;
-  std::filesystem::path folder_;
+  test::TemporaryFolder folder_;
 };
 
 TEST_F(LogVerb, showsRecordsWithTheirLevels) {

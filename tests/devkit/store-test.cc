@@ -8,7 +8,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "temporary-folder.h"
+#include "support/temporary-folder.h"
 
 namespace morvik::devkit::testing {
 namespace {
@@ -54,8 +54,8 @@ std::string idOf(const std::optional<zeph::MorvikMessage>& message) {
 
 class StoreTest : public ::testing::Test {
  protected:
-  std::string file() const { return folder_ / "device.sqlite"; }
-  std::string folder() const { return folder_.path(); }
+  std::string file() const { return folder() + "/device.sqlite"; }
+  std::string folder() const { return folder_ / "state"; }  // the store makes it
 
   std::unique_ptr<Store> open() {
     std::string trouble;
@@ -90,7 +90,7 @@ class StoreTest : public ::testing::Test {
     ASSERT_TRUE(database.does(sql)) << database.trouble();
   }
 
-  const TemporaryFolder folder_;
+  const test::TemporaryFolder folder_;
 };
 
 TEST_F(StoreTest, aNewOneIsEmpty) {
@@ -231,7 +231,7 @@ TEST_F(StoreTest, refusesAnotherVersion) {
 
 TEST_F(StoreTest, refusesWhatItCannotMake) {
   std::string trouble;
-  const std::string deeper = folder_ / "deeper";
+  const std::string deeper = folder() + "/deeper";
   std::ofstream(folder()) << "a file where a folder should be";
   EXPECT_EQ(Store::open(deeper, trouble), nullptr);
   EXPECT_EQ(trouble, deeper + ": Not a directory");

@@ -7,7 +7,7 @@
 #include "bench.h"
 #include "device/describe.h"
 #include "device/display.h"
-#include "temporary-folder.h"
+#include "support/temporary-folder.h"
 
 namespace morvik::devkit::testing {
 namespace {
@@ -227,7 +227,7 @@ TEST_F(UserDataTest, linesThatMakeNoSenseChangeNothing) {
 }
 
 TEST(UserDataOnDisk, aStoreThatFailsIsAnErrorAndNoLoss) {
-  const TemporaryFolder folder;
+  const test::TemporaryFolder folder;
   std::string trouble;
   KeptOutlet outlet;
   HeldScheduler scheduler;

@@ -19,7 +19,7 @@ namespace morvik {
 namespace {
 
 struct Process {
-  std::unique_ptr<TemporaryFolder> state = std::make_unique<TemporaryFolder>();
+  std::unique_ptr<test::TemporaryFolder> state = std::make_unique<test::TemporaryFolder>();
   pid_t pid = -1;
   Descriptor input;
   Descriptor output;
@@ -90,7 +90,7 @@ class VirtualDevice {
     address_ = line.substr(beginning.size(), line.size() - beginning.size() - 1);
   }
 
-  std::unique_ptr<TemporaryFolder> state_;  // so that nothing outlives the test
+  std::unique_ptr<test::TemporaryFolder> state_;  // so that nothing outlives the test
   pid_t pid_;
   Descriptor input_;
   Growing<std::string> output_;

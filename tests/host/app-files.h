@@ -9,8 +9,11 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string>
 #include <string_view>
+
+#include "support/temporary-folder.h"
 
 namespace morvik::test {
 
@@ -23,17 +26,12 @@ class AppFiles {
       root_ = inherited;
       return;
     }
-    std::string name = "/tmp/morvik-unit-XXXXXX";
-    owned_ = mkdtemp(name.data()) != nullptr;
-    if (!owned_) abort();
-    root_ = name;
+    root_ = owned_.emplace().path();
     setenv(kVariable, root_.c_str(), 1);
     std::filesystem::create_directory(path(""));
   }
   ~AppFiles() {
-    if (!owned_) return;
-    unsetenv(kVariable);
-    std::filesystem::remove_all(root_);
+    if (owned_) unsetenv(kVariable);
   }
   AppFiles(const AppFiles&) = delete;
   AppFiles& operator=(const AppFiles&) = delete;
@@ -62,7 +60,7 @@ class AppFiles {
  private:
   static constexpr const char* kVariable = "MORVIK_UNIT_TEST_APPS";
   std::string root_;
-  bool owned_ = false;
+  std::optional<TemporaryFolder> owned_;
 };
 
 }  // namespace morvik::test

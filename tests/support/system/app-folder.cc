@@ -12,18 +12,6 @@
 
 namespace morvik {
 
-TemporaryFolder::TemporaryFolder() {
-  std::string name = "/tmp/morvik-XXXXXX";
-  if (mkdtemp(name.data()) == nullptr)
-    throw std::system_error(errno, std::generic_category(), name);
-  path_ = name;
-}
-
-TemporaryFolder::~TemporaryFolder() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
-}
-
 std::string descriptorXml(const std::vector<std::string>& accesses) {
   std::string xml = "<descriptor><accesses>";
   for (const std::string& access : accesses) xml += "<access>" + access + "</access>";

@@ -10,22 +10,9 @@
 #include <vector>
 
 #include "support/system/waiting.h"
+#include "support/temporary-folder.h"
 
 namespace morvik {
-
-// A temporary folder, removed with all that is in it.
-class TemporaryFolder {
- public:
-  TemporaryFolder();
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-  ~TemporaryFolder();
-
-  [[nodiscard]] const std::filesystem::path& path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
 
 // A descriptor.xml that grants the access names.
 std::string descriptorXml(const std::vector<std::string>& accesses);
@@ -52,7 +39,7 @@ class AppFolder {
   [[nodiscard]] std::filesystem::path fileOf(const std::string& name,
                                              const std::string& file) const;
 
-  TemporaryFolder folder_;
+  test::TemporaryFolder folder_;
 };
 
 }  // namespace morvik

@@ -88,7 +88,7 @@ class HostProcess {
  private:
   void start(const HostOptions& options);
 
-  TemporaryFolder folder_;
+  test::TemporaryFolder folder_;
   LogSocket log_;
   pid_t pid_ = -1;
   bool finished_ = false;

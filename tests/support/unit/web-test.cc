@@ -1,7 +1,6 @@
 // The fixture for what reaches the web.
 #include "support/unit/web-test.h"
 
-#include <filesystem>
 #include <fstream>
 #include <ostream>
 
@@ -11,26 +10,18 @@
 namespace morvik::test {
 namespace {
 
-std::string makeFolder() {
-  std::string name = testing::TempDir() + "morvik-web-XXXXXX";
-  if (mkdtemp(name.data()) == nullptr) abort();
-  return name;
-}
-
 // Proxies that the surroundings name must not stand between the test and its server.
 void forgetProxies() { setenv("no_proxy", "127.0.0.1", 1); }
 
 }  // namespace
 
-WebTest::WebTest() : folder_(makeFolder()) {
+WebTest::WebTest() {
   forgetProxies();
   const v8::Context::Scope entered(context());
   setGlobal("url", toScript(web.url()));
   setGlobal("picture", newFileObject(context(), pictureFile()));
-  setGlobal("missing", newFileObject(context(), folder_ + "/missing"));
+  setGlobal("missing", newFileObject(context(), folder_ / "missing"));
 }
-
-WebTest::~WebTest() { std::filesystem::remove_all(folder_); }
 
 void WebTest::writePicture(const std::string& bytes) {
   std::ofstream(pictureFile(), std::ios::binary) << bytes;

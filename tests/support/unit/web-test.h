@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "support/temporary-folder.h"
 #include "support/unit/script-test.h"
 #include "support/web/recording-server.h"
 
@@ -14,11 +15,10 @@ namespace morvik::test {
 class WebTest : public ScriptTest {
  protected:
   WebTest();
-  ~WebTest() override;
 
   /// Gives `picture` these bytes.
   void writePicture(const std::string& bytes);
-  [[nodiscard]] std::string pictureFile() const { return folder_ + "/picture"; }
+  [[nodiscard]] std::string pictureFile() const { return folder_ / "picture"; }
 
   /// Sets a global of the script.
   void setGlobal(const char* name, v8::Local<v8::Value> value);
@@ -32,7 +32,7 @@ class WebTest : public ScriptTest {
   RecordingServer web;
 
  private:
-  std::string folder_;
+  TemporaryFolder folder_;
 };
 
 /// What follows the headers of a request.

@@ -18,13 +18,6 @@
 namespace morvik::test {
 namespace {
 
-std::filesystem::path makeFolder() {
-  std::string name = "/tmp/morvik-nginx-XXXXXX";
-  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no folder for nginx");
-  for (const char* part : {"/files", "/bodies"}) std::filesystem::create_directory(name + part);
-  return name;
-}
-
 void makeCertificate(const std::string& folder) {
   const std::string command =
       "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 1"
@@ -40,12 +33,13 @@ std::string contentOf(const std::filesystem::path& file) {
 
 }  // namespace
 
-Nginx::Nginx(const std::string& locations) : folder_(makeFolder()) {
+Nginx::Nginx(const std::string& locations) {
+  for (const char* part : {"files", "bodies"}) std::filesystem::create_directory(folder_ / part);
   const Listener plain = listenOnLoopback();
   const Listener tls = listenOnLoopback();
   port_ = plain.port;
   tlsPort_ = tls.port;
-  makeCertificate(folder_);
+  makeCertificate(folder_.path());
   std::ofstream(folder_ / "nginx.conf") << configuration(locations);
   start(plain.socket, tls.socket);
   close(plain.socket);
@@ -55,8 +49,6 @@ Nginx::Nginx(const std::string& locations) : folder_(makeFolder()) {
 Nginx::~Nginx() {
   kill(pid_, SIGTERM);  // it takes its worker along
   waitpid(pid_, nullptr, 0);
-  std::error_code ignored;
-  std::filesystem::remove_all(folder_, ignored);
 }
 
 std::string Nginx::tlsUrl(const std::string& path) const {
@@ -64,7 +56,7 @@ std::string Nginx::tlsUrl(const std::string& path) const {
 }
 
 void Nginx::file(const std::string& name, std::string_view bytes) const {
-  std::ofstream stream(folder_ / "files" / name, std::ios::binary);
+  std::ofstream stream(folder_ / ("files/" + name), std::ios::binary);
   stream << bytes << std::flush;
   if (!stream) throw std::runtime_error("cannot write " + name);
 }
@@ -85,7 +77,7 @@ std::string Nginx::errors() const { return contentOf(folder_ / "error.log"); }
 // In the foreground, with every file in its own folder, which belongs to root when root runs the
 // tests. A body is read when it is to be passed on, so "/bodies" passes it to the server itself.
 std::string Nginx::configuration(const std::string& locations) const {
-  const std::string folder = folder_;
+  const std::string folder = folder_.path();
   std::string temporary;
   for (const char* user : {"proxy", "fastcgi", "uwsgi", "scgi"})
     temporary += std::string(user) + "_temp_path " + folder + "/temporary;\n";

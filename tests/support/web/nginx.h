@@ -4,11 +4,11 @@
 
 #include <sys/types.h>
 
-#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "support/temporary-folder.h"
 #include "support/web/loopback-server.h"
 
 namespace morvik::test {
@@ -43,7 +43,7 @@ class Nginx {
   [[nodiscard]] std::string configuration(const std::string& locations) const;
   void start(int plain, int tls);
 
-  std::filesystem::path folder_;
+  TemporaryFolder folder_;
   int port_ = 0;
   int tlsPort_ = 0;
   pid_t pid_ = -1;
