@@ -32,6 +32,9 @@ struct ExtraField {
 v8::MaybeLocal<v8::Object> httpget(v8::Isolate* isolate, std::span<const v8::Local<v8::Value>> args,
                                    int count);
 
+/// GET of a URL that no script has written itself, without headers. Gives the same.
+v8::MaybeLocal<v8::Object> httpget(v8::Isolate* isolate, const std::string& url);
+
 /// POST to args[0] with the parameters args[1], the headers args[2], and args[3] telling whether it
 /// goes as a form; args[3] counts only when `count` is exactly 4. `args` and the result are as for
 /// httpget, with four arguments looked at. `extra` may be null and is read before the call returns.

@@ -29,13 +29,10 @@ v8::Local<v8::Value> hidden(v8::Local<v8::Object> object, std::string_view name)
   return object->GetPrivate(currentContext(), keyFor(name)).ToLocalChecked();
 }
 
-v8::MaybeLocal<v8::Value> socialSecret(v8::Isolate* isolate, std::string_view service,
-                                       std::string_view name) {
+v8::MaybeLocal<v8::Object> socialAccount(v8::Isolate* isolate, std::string_view service) {
   v8::Local<v8::Object> social;
-  v8::Local<v8::Object> account;
   if (!child(isolate->GetCurrentContext()->Global(), "social").ToLocal(&social)) return {};
-  if (!child(social, service).ToLocal(&account)) return {};
-  return hidden(account, name);
+  return child(social, service);
 }
 
 }  // namespace morvik

@@ -43,6 +43,12 @@ v8::MaybeLocal<v8::Object> call(v8::Isolate* isolate, const std::string& url,
   return result.As<v8::Object>();
 }
 
+v8::MaybeLocal<v8::Object> fetch(v8::Isolate* isolate, const std::string& url,
+                                 v8::Local<v8::Object> headers) {
+  g_debug("httpget to %s...", url.c_str());
+  return call(isolate, url, headers, HttpBody());
+}
+
 // Nothing when the script threw. A form without parts is no body at all.
 std::optional<HttpBody> bodyOf(v8::Isolate* isolate, v8::Local<v8::Object> params, bool isForm,
                                const ExtraField* extra) {
@@ -102,9 +108,12 @@ v8::MaybeLocal<v8::Object> httpget(v8::Isolate* isolate, Values args, int count)
   if (count < 1 || !args[0]->IsString()) return refuse(isolate);
   v8::Local<v8::Object> headers;
   if (count == 2) headers = objectOrEmpty(args[1]);
-  const std::string url = *asciiText(isolate, args[0]);  // a string always has a text
-  g_debug("httpget to %s...", url.c_str());
-  return call(isolate, url, headers, HttpBody());
+  return fetch(isolate, *asciiText(isolate, args[0]), headers);  // a string always has a text
+}
+
+v8::MaybeLocal<v8::Object> httpget(v8::Isolate* isolate, const std::string& url) {
+  g_debug("httpget...");
+  return fetch(isolate, url, {});
 }
 
 v8::MaybeLocal<v8::Object> httppost(v8::Isolate* isolate, Values args, int count,

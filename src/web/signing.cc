@@ -30,21 +30,18 @@ std::string escaped(const std::string& secret) {
   return owned ? std::string(owned.get()) : std::string();
 }
 
-// Nothing after an exception. Where the script has put an object of its own in the place of
-// social.twitter, the text of undefined.
-std::optional<std::string> secretOf(v8::Isolate* isolate, const char* name) {
-  v8::Local<v8::Value> secret;
-  if (!socialSecret(isolate, kTwitter, name).ToLocal(&secret)) return std::nullopt;
-  return asciiText(isolate, secret);
+std::string secretOf(v8::Local<v8::Object> account, const char* name) {
+  return *asciiText(account->GetIsolate(), hidden(account, name));
 }
 
-// Both secrets are escaped, so that the one "&" is always the separator.
+// Both secrets are escaped, so that the one "&" is always the separator. They are of one object: a
+// key with one secret in it and a text of the script's choice would tell that secret sooner.
+// Nothing when the look-up threw.
 std::optional<std::string> twitterKey(v8::Isolate* isolate) {
-  const auto consumer = secretOf(isolate, "consumersecret");
-  const auto token = consumer ? secretOf(isolate, "tokensecret") : std::nullopt;
-  if (!token) return std::nullopt;
-  const std::string first = escaped(*consumer);
-  return first + "&" + escaped(*token);
+  v8::Local<v8::Object> account;
+  if (!socialAccount(isolate, kTwitter).ToLocal(&account)) return std::nullopt;
+  const std::string consumer = escaped(secretOf(account, "consumersecret"));
+  return consumer + "&" + escaped(secretOf(account, "tokensecret"));
 }
 
 }  // namespace

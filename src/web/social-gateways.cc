@@ -1,5 +1,5 @@
 // social.facebook and social.soundcloud: get and post, which add the user's token to a request that
-// goes to the service's own domain. No script ever gets hold of the token.
+// goes to the service's own domain, and hand the script nothing but the answer.
 #include <glib.h>
 
 #include <algorithm>
@@ -35,13 +35,6 @@ std::optional<std::string> checkedUrl(const Args& args, const Gateway& gateway) 
   return std::nullopt;
 }
 
-// One unit for each byte, as the URL was read.
-v8::Local<v8::Value> fromBytes(v8::Isolate* isolate, const std::string& bytes) {
-  return v8::String::NewFromOneByte(isolate, reinterpret_cast<const std::uint8_t*>(bytes.data()),
-                                    v8::NewStringType::kNormal, static_cast<int>(bytes.size()))
-      .ToLocalChecked();
-}
-
 // Behind a fragment as well, and not escaped, both on purpose.
 std::string withToken(const std::string& url, const Gateway& gateway, const std::string& token) {
   return url + (hasQuery(url) ? "&" : "?") + gateway.parameter + "=" + token;
@@ -61,8 +54,7 @@ v8::MaybeLocal<v8::Value> secureHttpGet(const Args& args, const Gateway& gateway
   const std::string whole = withToken(*url, gateway, asciiText(isolate, token).value());
   // The one text for all services, and the token in it, are meant so.
   g_message("FacebookHttpGet URL %s", whole.c_str());
-  const v8::Local<v8::Value> arguments[] = {fromBytes(isolate, whole)};
-  return contentOf(httpget(isolate, arguments, 1));
+  return contentOf(httpget(isolate, whole));
 }
 
 // The token goes out beside the script's parameters and never stands among them, where a getter or
@@ -89,10 +81,11 @@ using Operation = v8::MaybeLocal<v8::Value> (*)(const Args&, const Gateway&, v8:
 // has put an object of its own, which has no token, the text of undefined goes out.
 template <const Gateway& gateway, Operation operation>
 void entry(const Args& args) {
-  v8::Local<v8::Value> token;
-  if (!socialSecret(args.GetIsolate(), gateway.service, "token").ToLocal(&token)) return;
+  v8::Local<v8::Object> account;
+  if (!socialAccount(args.GetIsolate(), gateway.service).ToLocal(&account)) return;
   v8::Local<v8::Value> content;
-  if (operation(args, gateway, token).ToLocal(&content)) args.GetReturnValue().Set(content);
+  if (operation(args, gateway, hidden(account, "token")).ToLocal(&content))
+    args.GetReturnValue().Set(content);
 }
 
 constexpr Binding kFacebookFunctions[] = {{"get", entry<kFacebook, secureHttpGet>},

@@ -184,6 +184,24 @@ TEST_F(SigningTest, whereAScriptHasPutAnotherObjectTheSecretsAreUndefined) {
   EXPECT_EQ(run("social = {get twitter() { throw 'mine'; }}; sign('x')"), "throws: mine");
 }
 
+// One without the other would tell it sooner.
+TEST_F(SigningTest, bothSecretsAreOfOneObject) {
+  giveTwitter("c", "t");
+  run("var {twitter} = social; var {sign} = twitter; var reads = 0;"
+      "Object.defineProperty(globalThis, 'social',"
+      "                      {get() { return {twitter: reads++ ? {} : twitter}; }}); 0");
+  EXPECT_EQ(run("sign('x')"), reference("x", "c&t"));
+  EXPECT_EQ(run("reads"), "1");
+}
+
+TEST_F(SigningTest, looksAtItsArgumentsFirst) {
+  giveTwitter("c", "t");
+  run("var {sign} = social.twitter; social = undefined");
+  log.clear();
+  EXPECT_EQ(run("sign(1)"), "throws: Wrong arguments");
+  EXPECT_THAT(levelled(log.lines()), ElementsAre("WARNING TwitterSign Wrong arguments"));
+}
+
 TEST_F(SigningTest, aScriptCannotReadTheSecrets) {
   giveTwitter("hush", "quiet");
   EXPECT_EQ(run("JSON.stringify([Reflect.ownKeys(social.twitter), social.twitter.consumersecret,"
