@@ -39,6 +39,7 @@ class Parameters {
 
  private:
   [[nodiscard]] bool placeExtra();
+  [[nodiscard]] bool countOwn(std::size_t& own) const;
   [[nodiscard]] bool isExtra(v8::Local<v8::Value> name) const;
 
   v8::Isolate* isolate_;
@@ -59,13 +60,22 @@ bool Parameters::list() {
   return extra_ == nullptr || placeExtra();
 }
 
+// A Proxy is not asked again: all that it names counts as its own.
+bool Parameters::countOwn(std::size_t& own) const {
+  own = count();
+  if (object_->IsProxy()) return true;
+  v8::Local<v8::Array> names;
+  if (!object_->GetOwnPropertyNames(isolate_->GetCurrentContext()).ToLocal(&names)) return false;
+  own = std::min<std::size_t>(names->Length(), own);
+  return true;
+}
+
 // The object's own names come first. There the extra field takes the place of its name, or it
 // stands behind them and hides an inherited property of that name.
 bool Parameters::placeExtra() {
-  v8::Local<v8::Array> own;
-  if (!object_->GetOwnPropertyNames(isolate_->GetCurrentContext()).ToLocal(&own)) return false;
-  const auto inherited =
-      names_.begin() + static_cast<std::ptrdiff_t>(std::min<std::size_t>(own->Length(), count()));
+  std::size_t own = 0;
+  if (!countOwn(own)) return false;
+  const auto inherited = names_.begin() + static_cast<std::ptrdiff_t>(own);
   const auto matches = [this](v8::Local<v8::Value> name) { return isExtra(name); };
   auto place = std::find_if(names_.begin(), inherited, matches);
   if (place == inherited) {

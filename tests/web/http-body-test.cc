@@ -256,6 +256,15 @@ TEST_F(HttpBodyTest, theExtraFieldsPlaceIsTheEngines) {
   }
 }
 
+// The engine asks it once, and from then on it is asked for the values only.
+TEST_F(HttpBodyTest, withTheExtraFieldAProxyIsAskedForItsNamesOnce) {
+  const ExtraField extra{"token", "T"};
+  run("var asked = 0; var names = new Proxy({a: 1, token: 2, b: 3},"
+      "  {ownKeys(target) { ++asked; return Reflect.ownKeys(target); }})");
+  EXPECT_EQ(simple("names", &extra), "a=1&token=T&b=3");
+  EXPECT_EQ(run("asked"), "1");
+}
+
 TEST_F(HttpBodyTest, noScriptMeetsTheExtraField) {
   const ExtraField extra{"token", "secret"};
   run("var seen = [];"
