@@ -2,6 +2,7 @@
 #include "web/message-box.h"
 
 #include <glib.h>
+#include <google/protobuf/io/coded_stream.h>
 
 #include <cstdio>
 #include <memory>
@@ -22,7 +23,12 @@ using Query = zeph::MorvikMessageQuery;
 // Bytes of ids that go out in one message: as many as a script's own memory holds. A script names
 // more with one text in many places, or with an array of nothing but a length.
 constexpr std::size_t kMaxIds = 10485760;
-constexpr std::size_t kTagAndLength = 2;  // at least, for each id on the wire
+
+// What a field of so many bytes takes on the wire: its tag, its length and itself.
+std::size_t fieldSize(std::size_t size) {
+  using google::protobuf::io::CodedOutputStream;
+  return 1 + CodedOutputStream::VarintSize32(static_cast<std::uint32_t>(size)) + size;
+}
 
 // The text of the property, or nothing when reading it threw.
 std::optional<std::string> textOf(v8::Isolate* isolate, v8::Local<v8::Object> source, auto key) {
@@ -35,13 +41,16 @@ std::optional<std::string> textOf(v8::Isolate* isolate, v8::Local<v8::Object> so
 // Reads ids off a script's object until one throws: that exception is then the script's.
 class IdReader {
  public:
-  IdReader(v8::Isolate* isolate, v8::Local<v8::Object> source)
-      : isolate_(isolate), source_(source) {}
+  // `depth` tells in how many fields, one around the other, an id goes out.
+  IdReader(v8::Isolate* isolate, v8::Local<v8::Object> source, int depth)
+      : isolate_(isolate), source_(source), depth_(depth) {}
 
   std::optional<std::string> read(auto key) {
     auto id = textOf(isolate_, source_, key);
     if (!id) return std::nullopt;
-    taken_ += id->size() + kTagAndLength;
+    std::size_t size = id->size();
+    for (int i = 0; i < depth_; ++i) size = fieldSize(size);
+    taken_ += size;
     if (taken_ <= kMaxIds) return id;
     throwText(isolate_, "Too many ids");
     return std::nullopt;
@@ -50,6 +59,7 @@ class IdReader {
  private:
   v8::Isolate* isolate_;
   v8::Local<v8::Object> source_;
+  int depth_;
   std::size_t taken_ = 0;
 };
 
@@ -58,7 +68,7 @@ bool readIds(v8::Isolate* isolate, v8::Local<v8::Object> ids, Query& query) {
   const v8::Local<v8::Context> context = isolate->GetCurrentContext();
   v8::Local<v8::Array> names;
   if (!ids->GetPropertyNames(context).ToLocal(&names)) return false;
-  IdReader reader(isolate, ids);
+  IdReader reader(isolate, ids, 1);
   for (std::uint32_t i = 0; i < names->Length(); ++i) {
     const auto id = reader.read(names->Get(context, i).ToLocalChecked());
     if (!id) return false;
@@ -103,7 +113,7 @@ void markAsRead(const Args& args) { queryIds(args, Query::READ); }
 bool readObjects(v8::Isolate* isolate, v8::Local<v8::Value> objects, zeph::Contact& to) {
   if (!objects->IsArray()) return true;
   const auto array = objects.As<v8::Array>();
-  IdReader reader(isolate, array);
+  IdReader reader(isolate, array, 2);  // in `idDB` of an object
   for (std::uint32_t i = 0; i < array->Length(); ++i) {
     const auto id = reader.read(i);
     if (!id) return false;

@@ -1,4 +1,8 @@
 // morvik.message: arguments, queries, the messages that a script gets, and what `new` sends.
+#include <unistd.h>
+
+#include <cstdio>
+
 #include "support/unit/feature-test.h"
 #include "support/unit/text-message.h"
 
@@ -45,6 +49,8 @@ class MessageBoxTest : public FeatureTest {
     EXPECT_FALSE(sent());
   }
 };
+
+class MessageBoxDeathTest : public MessageBoxTest {};
 
 TEST_F(MessageBoxTest, eachFunctionHasItsAction) {
   expectSends({
@@ -170,7 +176,14 @@ TEST_F(MessageBoxTest, idsBeyondAllMeasureAreRefused) {
     expectThrowsSilently(std::string("morvik.message.") + name + "(" + tooMany + ", f)",
                          "Too many ids");
   }
-  expectThrowsSilently("morvik.message.new({objects: " + tooMany + "}, 'x')", "Too many ids");
+  // There an id goes out within an object: four bytes for both tags and lengths, and six with
+  // lengths beyond 127.
+  for (const char* most : {"Array(100824).fill('x'.repeat(100)).concat('x'.repeat(60))",
+                           "Array(50901).fill('x'.repeat(200)).concat('x'.repeat(148))"}) {
+    const std::string call = std::string("morvik.message.new({objects: ") + most;
+    expectThrowsSilently(call + ".concat([bad])}, 'x')", "no text");
+    expectThrowsSilently(call + ".concat('')}, 'x')", "Too many ids");
+  }
   expectThrowsSilently("morvik.message.new({objects: new Array(4294967295)}, 'x')", "Too many ids");
 }
 
@@ -273,8 +286,35 @@ TEST_F(MessageBoxTest, newWritesTheMessageToStandardOutput) {
 TEST_F(MessageBoxTest, theOthersWriteNothingToStandardOutput) {
   becomeInteractive();
   testing::internal::CaptureStdout();
-  run("morvik.message.list(f); morvik.message.get(['a'], f); morvik.message.delete(['a'], f)");
+  for (const char* call :
+       {"list(f)", "get(['a'], f)", "delete(['a'], f)", "markAsRead(['a'], f)"}) {
+    EXPECT_EQ(run(std::string("morvik.message.") + call), "undefined");
+    EXPECT_TRUE(sent());
+  }
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
+TEST_F(MessageBoxDeathTest, newSendsBeforeItWrites) {
+  becomeInteractive();
+  instance.socket = -1;
+  const auto failToSend = [this] {
+    dup2(STDERR_FILENO, STDOUT_FILENO);  // where the death test listens
+    std::setvbuf(stdout, nullptr, _IONBF, 0);
+    run("morvik.message.new({uuid: 'u'}, 'hi')");
+  };
+  EXPECT_DEATH(failToSend(), testing::AllOf(testing::HasSubstr("send failed"),
+                                            testing::Not(testing::HasSubstr("action: NEW"))));
+}
+
+TEST_F(MessageBoxTest, nothingOfAnAnsweredQueryIsKept) {
+  becomeInteractive();
+  run("var hear; (function() { const h = function() {}; hear = new WeakRef(h);"
+      "  morvik.message.list(h); })()");
+  isolate()->LowMemoryNotification();
+  EXPECT_EQ(run("typeof hear.deref()"), "function");
+  answer(*sent(), zephMsg("morvikMessageResponse { }"));
+  isolate()->LowMemoryNotification();
+  EXPECT_EQ(run("typeof hear.deref()"), "undefined");
 }
 
 TEST_F(MessageBoxTest, nobodyWaitsForTheAnswerToNew) {
