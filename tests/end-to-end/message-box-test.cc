@@ -136,6 +136,7 @@ TEST_F(MessageBoxTest, nobodyHearsTheAnswerToNew) {
   answer.mutable_morvikmessageresponse();
   device.send(answer);
   settle();
+  EXPECT_THAT(app.warnings(), testing::Contains("NO CORRELATION FOUND"));
   EXPECT_THAT(app.texts(), testing::Not(testing::Contains(testing::StartsWith("JSLOG"))));
 }
 

@@ -100,6 +100,17 @@ TEST_F(ContactsTest, queriesAreAnsweredEachOnItsOwn) {
   EXPECT_THAT(logged(), ElementsAre("second", "first"));
 }
 
+TEST_F(ContactsTest, nothingOfAnAnsweredQueryIsKept) {
+  becomeInteractive();
+  run("var hear; (function() { const h = function() {}; hear = new WeakRef(h);"
+      "  morvik.contact.get(h); })()");
+  isolate()->LowMemoryNotification();
+  EXPECT_EQ(run("typeof hear.deref()"), "function");
+  respond(*sent(), zeph::OK);
+  isolate()->LowMemoryNotification();
+  EXPECT_EQ(run("typeof hear.deref()"), "undefined");
+}
+
 TEST_F(ContactsTest, whatItHandsOverStandsOutsideTheApplicationsGlobals) {
   becomeInteractive();
   run("morvik.contact.get(all => log(Array.isArray(all) + ' ' + (all instanceof Array)))");

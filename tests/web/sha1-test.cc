@@ -88,6 +88,22 @@ TEST(Sha1Test, itDoesNotMatterHowAMessageIsCut) {
   }
 }
 
+// Nothing of a message stays behind: what a finished hash holds is the same for all, and it is not
+// what a hash starts with.
+TEST(Sha1Test, forgetsAMessageWithItsDigest) {
+  Sha1Hash one;
+  Sha1Hash another;
+  update(one, "one message");
+  update(another, "another message, which is longer");
+  EXPECT_NE(finish(one), finish(another));
+  update(one, "abc");
+  update(another, "abc");
+  const std::string unreset = finish(one);
+  EXPECT_EQ(unreset, finish(another));
+  // One transform of zeros upon zeros, and then the block of "abc".
+  EXPECT_EQ(unreset, "db6635bfdbbef09f2c87c157f55dda0f6d91a713");
+}
+
 TEST(Sha1Test, aResetStartsAnew) {
   Sha1Hash hash;
   update(hash, "something else");

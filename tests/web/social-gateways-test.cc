@@ -1,5 +1,5 @@
-// social.facebook and social.soundcloud: which requests go out, with the token in them, and that no
-// script ever gets hold of it.
+// social.facebook and social.soundcloud: which requests go out, with the token in them, and that
+// nothing in a script's reach holds it.
 #include <unistd.h>
 
 #include <algorithm>
@@ -349,11 +349,16 @@ TEST_F(SocialGatewaysTest, whereNoObjectStandsTheLookUpThrows) {
     run(std::string(row.replacement) + "; 0");
     EXPECT_EQ(run("get(facebook)"), std::string("throws: ") + row.result);
     EXPECT_EQ(run("post(facebook, {a: 1})"), std::string("throws: ") + row.result);
+    // Before anything else, whatever the arguments are.
+    log.clear();
+    EXPECT_EQ(run("get(5)"), std::string("throws: ") + row.result);
+    EXPECT_EQ(run("post()"), std::string("throws: ") + row.result);
+    EXPECT_THAT(logLines(), IsEmpty());
     EXPECT_EQ(web.waiting(), 0U);
   }
 }
 
-// The one way in which a script sends a token elsewhere: as a part of a form, unread.
+// The one way in which a script sends a token to a place of its choice, on purpose.
 TEST_F(SocialGatewaysTest, aFormTakesTheTokenOfAGateway) {
   run("http.post(url, {a: social.facebook, b: social.soundcloud, c: 1}, {}, true)");
   const std::string disposition = "Content-Disposition: form-data; name=";
@@ -470,6 +475,7 @@ TEST_F(SocialGatewaysTest, noObjectThatAScriptCanReachHoldsASecret) {
   run("var one = social.facebook.get(facebook); var two = social.facebook.post(facebook, {a: 1});"
       "var three = social.twitter.sign('x'); var four = http.post2(url, {a: social.facebook}, {}, "
       "true)");
+  ASSERT_EQ(run("[one, two, three.length, four.content].join()"), "answer,answer,28,answer");
   const std::string all = run(kWalk);
   EXPECT_THAT(all, HasSubstr("public1"));
   EXPECT_THAT(all, HasSubstr("public2"));

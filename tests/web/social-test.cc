@@ -210,6 +210,27 @@ TEST_F(SocialTest, aLaterInitUpdatesTheObjectsInPlace) {
   EXPECT_EQ(members(), "init,twitter,facebook,soundcloud");
   answerInit("");
   EXPECT_EQ(hiddenOf("kept", "token"), "new");
+  run("social.init(tell)");
+  respond(*sent(), zeph::OK);
+  EXPECT_EQ(hiddenOf("kept", "token"), "new") << "an answer about no account at all";
+  EXPECT_EQ(members(), "init,twitter,facebook,soundcloud");
+}
+
+TEST_F(SocialTest, aGatewayHasItsTokenBeforeItsFunctions) {
+  run("social.facebook = new Proxy({}, {defineProperty() { throw 'mine'; }})");
+  answerInit(kFacebook);
+  EXPECT_EQ(hiddenOf("social.facebook", "token"), "fb");
+  EXPECT_EQ(run("typeof social.facebook.get"), "undefined");
+}
+
+TEST_F(SocialTest, nothingOfAnAnsweredQueryIsKept) {
+  run("var closure, hear; (function() { const c = {}, h = function() {};"
+      "  closure = new WeakRef(c); hear = new WeakRef(h); social.init(h, c); })()");
+  isolate()->LowMemoryNotification();
+  EXPECT_EQ(run("typeof closure.deref() + typeof hear.deref()"), "objectfunction");
+  answer(*sent(), zephMsg("social { }"));
+  isolate()->LowMemoryNotification();
+  EXPECT_EQ(run("typeof closure.deref() + typeof hear.deref()"), "undefinedundefined");
 }
 
 TEST_F(SocialTest, queriesAreAnsweredEachOnItsOwn) {
