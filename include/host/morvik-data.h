@@ -2,6 +2,7 @@
 #pragma once
 
 #include <glib.h>
+#include <v8.h>
 
 #include <cstdint>
 #include <memory>
@@ -46,6 +47,7 @@ class MorvikData : public ZephMsgListener {
   std::string cmdline;                       ///< the launch line, whole
   LaunchOptions* options = nullptr;          ///< the launcher's, not owned
   std::unique_ptr<Descriptor> descriptor;    ///< set by startApp
+  v8::Eternal<v8::ObjectTemplate> resource;  ///< what `file.read` makes, from the first one on
 };
 
 }  // namespace morvik

@@ -90,6 +90,17 @@ const ResourceBuffer* keptBuffer(v8::Local<v8::Object> object) {
   return static_cast<const ResourceBuffer*>(field->Value());
 }
 
+// One for the application's life: the engine keeps every template that it has made an object of.
+v8::Local<v8::ObjectTemplate> resourceShape(v8::Isolate* isolate) {
+  auto& kept = currentInstance(isolate).resource;
+  if (!kept.IsEmpty()) return kept.Get(isolate);
+  const auto shape = v8::ObjectTemplate::New(isolate);
+  shape->SetInternalFieldCount(kDataFields);
+  shape->SetAccessor(toScript("text").As<v8::Name>(), textGetter, ignoreAssignment);
+  kept.Set(isolate, shape);
+  return shape;
+}
+
 constexpr Binding kFileFunctions[] = {{"read", readFile}, {"write", writeFile}};
 
 }  // namespace
@@ -115,9 +126,7 @@ v8::Local<v8::Object> getDataResource(const std::string& path) {
   g_debug("getDataResource(%s)", path.c_str());
   v8::Isolate* isolate = v8::Isolate::GetCurrent();
   v8::EscapableHandleScope handles(isolate);
-  const auto shape = v8::ObjectTemplate::New(isolate);
-  shape->SetInternalFieldCount(kDataFields);
-  shape->SetAccessor(toScript("text").As<v8::Name>(), textGetter, ignoreAssignment);
+  const auto shape = resourceShape(isolate);
   const auto object = shape->NewInstance(isolate->GetCurrentContext()).ToLocalChecked();
   object->SetInternalField(kBufferField, v8::External::New(isolate, nullptr));
   object->SetInternalField(kPathField, toScript(path));

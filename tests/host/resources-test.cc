@@ -124,6 +124,13 @@ TEST_F(ResourcesTest, aDataObjectShowsItsTextAndNothingElse) {
   EXPECT_EQ(asciiText(isolate(), *stored), "/some/path");
 }
 
+// An application that reads a file every few seconds may live for months.
+TEST_F(ResourcesTest, objectsThatAreForgottenLeaveNothing) {
+  put("a.txt", "hello");
+  EXPECT_EQ(run("for (let i = 0; i < 20000; ++i) file.read('a.txt'); file.read('a.txt').text"),
+            "hello");
+}
+
 TEST_F(ResourcesTest, aBufferThatAnObjectKeepsIsItsText) {
   put("kept.txt", "kept");
   const auto buffer = loadResource(path("kept.txt"));
