@@ -32,7 +32,8 @@ class Converter {
   Converter& operator=(const Converter&) = delete;
 
   [[nodiscard]] bool opened() const { return handle_ != kNone; }
-  /// One call for all; the arguments then tell what is left.
+  /// One call for all; the arguments then tell what is left. What the converter itself still holds
+  /// is not asked for, on purpose.
   [[nodiscard]] bool convert(char*& in, std::size_t& inLeft, char*& out, std::size_t& outLeft) {
     return iconv(handle_, &in, &inLeft, &out, &outLeft) != static_cast<std::size_t>(-1);
   }

@@ -144,6 +144,12 @@ TEST_F(EncodingTest, anEmptyBodyPassesThroughTheConversion) {
                                    "DEBUG in remaining 0 out remaining 0.\n"));
 }
 
+// This charset holds a letter back until it knows that no accent follows: the last one is lost.
+TEST_F(EncodingTest, nothingIsAskedForBehindTheOneCall) {
+  EXPECT_EQ(convert("plain ascii text", "charset=windows-1258\r\n"), "plain ascii tex");
+  EXPECT_TRUE(log.has(G_LOG_LEVEL_DEBUG, "in remaining 0 out remaining 3.\n"));
+}
+
 TEST_F(EncodingTest, hasRoomForAnEighthMoreAndNoMore) {
   const std::string tenAbove = std::string(90, 'a') + std::string(10, '\xe9');
   std::string converted = std::string(90, 'a');

@@ -2,7 +2,9 @@
 #include "web/http-body.h"
 
 #include <filesystem>
+#include <fstream>
 
+#include "host/data-object.h"
 #include "support/unit/log-texts.h"
 #include "support/unit/web-test.h"
 #include "web/hidden-value.h"
@@ -58,6 +60,7 @@ TEST_F(HttpBodyTest, simpleBodies) {
   } rows[] = {
       {"{}", ""},
       {"[]", ""},
+      {"{'\\u00e9': 1}", "%C3%A9=1"},
       {"function() {}", ""},
       {"{a: 1}", "a=1"},
       {"{a: 1, b: 2}", "a=1&b=2"},
@@ -149,6 +152,12 @@ TEST_F(HttpBodyTest, aFileThatCannotBeReadLeavesTheBodyEmpty) {
   std::filesystem::create_directory(pictureFile());
   EXPECT_EQ(simple("{a: picture}"), "");
   EXPECT_EQ(len, -1);
+}
+
+TEST_F(HttpBodyTest, aPathIsOneByteForEachUnit) {
+  std::ofstream(pictureFile() + "\xe9") << "one byte";
+  setGlobal("accented", newFileObject(context(), pictureFile() + "\xc3\xa9"));
+  EXPECT_EQ(simple("{a: accented}"), "one byte");
 }
 
 TEST_F(HttpBodyTest, aFileBeyondThirtyTwoBitsIsNotRead) {
@@ -295,6 +304,10 @@ TEST_F(HttpBodyTest, aFormsLog) {
   EXPECT_THAT(formLines("{}"), ElementsAre("DEBUG Post params: 0"));
   EXPECT_TRUE(empty);
   EXPECT_THAT(formLines("{a: {}, b: [1]}"), ElementsAre("DEBUG Post params: 2"));
+  EXPECT_TRUE(empty);
+  // The engine's own objects with fields stand for no file.
+  EXPECT_THAT(formLines("{a: new Uint8Array(2), b: new ArrayBuffer(2)}"),
+              ElementsAre("DEBUG Post params: 2"));
   EXPECT_TRUE(empty);
   EXPECT_THAT(formLines("{a: picture, b: missing}"), ElementsAre("DEBUG Post params: 2"));
   EXPECT_FALSE(empty);

@@ -72,6 +72,14 @@ TEST_F(HttpCallTest, givesTheOptionsTheirValues) {
   EXPECT_EQ(spy.options.at(19).number, 5);
 }
 
+TEST_F(HttpCallTest, leavesTheSetUpOfLibcurlToIt) {
+  LibrarySpy spy;
+  call(HttpBody());
+  EXPECT_EQ(spy.globalInits, 0);
+  curl_global_init(CURL_GLOBAL_DEFAULT);
+  EXPECT_EQ(spy.globalInits, 1) << "the spy sees a call";
+}
+
 TEST_F(HttpCallTest, withoutAHandleItIsATransferFailure) {
   LibrarySpy spy;
   spy.curlInitFails = true;

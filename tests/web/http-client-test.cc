@@ -2,7 +2,9 @@
 #include "web/http-client.h"
 
 #include <csignal>
+#include <fstream>
 
+#include "host/data-object.h"
 #include "support/unit/log-texts.h"
 #include "support/unit/web-test.h"
 
@@ -121,6 +123,12 @@ TEST_F(HttpClientTest, theBytesOfAForm) {
       {"post2(url, {a: 'x & y'}, null, true)", {{kTextPart, "x & y"}}},
       {"post(url, {a: '\\u00e9'}, {}, true)", {{kTextPart, "\xc3\xa9"}}},
       {"post(url, {a: 'x\\0y'}, {}, true)", {{kTextPart, "x"}}},
+      {"post(url, {'\\u00e9': 1}, {}, true)",
+       {{"Content-Disposition: form-data; name=\"\xc3\xa9\"\r\n", "1"}}},
+      {"post(url, {'\\u00e9': picture}, {}, true)",
+       {{"Content-Disposition: form-data; name=\"\xc3\xa9\"; filename=\"picture\"\r\n"
+         "Content-Type: application/octet-stream\r\n",
+         "file bytes"}}},
       {"post(url, {a: ''}, {}, true)", {{kTextPart, ""}}},
       {"post(url, {a: picture}, {}, true)", {{file, "file bytes"}}},
       {"post(url, {x: {}, a: picture, y: [1], z: 2}, {}, true)",
@@ -135,6 +143,28 @@ TEST_F(HttpClientTest, theBytesOfAForm) {
                                     "\r\nAccept: */*\r\nContent-Length: "));
     EXPECT_EQ(partsOf(request), row.parts);
   }
+}
+
+// The bytes of a lone file are taken before the headers are looked at; a form's are taken when they
+// go out.
+TEST_F(HttpClientTest, aFormsFileIsReadDuringTheTransfer) {
+  expose("change", [](const Args& args) {
+    std::ofstream(*asciiText(args.GetIsolate(), args[0])) << "new bytes";
+  });
+  const std::string change = "{get A() { change('" + pictureFile() + "'); return 1; }}";
+  writePicture("old bytes");
+  run("http.post(url, {a: picture}, " + change + ")");
+  EXPECT_EQ(takeBody(), "old bytes");
+  writePicture("old bytes");
+  run("http.post(url, {a: picture}, " + change + ", true)");
+  EXPECT_EQ(partsOf(web.takeRequest()).at(0).content, "new bytes");
+}
+
+TEST_F(HttpClientTest, aFormsPathIsOneByteForEachUnit) {
+  std::ofstream(pictureFile() + "\xe9") << "one byte";
+  setGlobal("accented", newFileObject(context(), pictureFile() + "\xc3\xa9"));
+  run("http.post(url, {a: accented}, {}, true)");
+  EXPECT_EQ(partsOf(web.takeRequest()).at(0).content, "one byte");
 }
 
 TEST_F(HttpClientTest, aFormWithoutPartsIsAGet) {

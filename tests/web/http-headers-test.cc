@@ -84,6 +84,11 @@ TEST_F(HttpHeadersTest, theLogTellsEachStep) {
                           "DEBUG Headers : 1", "DEBUG HEADER B => 2"));
 }
 
+TEST_F(HttpHeadersTest, anElementIsToldBeforeItIsRead) {
+  linesOf("Object.defineProperty([], 0, {get() { throw 'element'; }})");
+  EXPECT_THAT(levelled(log.lines()), ElementsAre("DEBUG header array", "DEBUG array [0]"));
+}
+
 TEST_F(HttpHeadersTest, exceptionsOfTheScriptEndTheWalk) {
   const struct {
     const char* headers;

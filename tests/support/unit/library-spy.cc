@@ -68,3 +68,10 @@ extern "C" int regcomp(regex_t* expression, const char* pattern, int flags) {
   static const auto next = morvik::test::real<int (*)(regex_t*, const char*, int)>("regcomp");
   return next(expression, pattern, flags);
 }
+
+extern "C" CURLcode curl_global_init(long flags) {
+  using morvik::test::spy;
+  if (spy != nullptr) ++spy->globalInits;
+  static const auto next = morvik::test::real<CURLcode (*)(long)>("curl_global_init");
+  return next(flags);
+}

@@ -28,6 +28,7 @@ class LibrarySpy {
   bool iconvCloseFails = false;  ///< iconv_close closes, and says -1
   std::string brokenPattern;     ///< regcomp takes this text for no expression
   std::vector<CurlOption> options;
+  int globalInits = 0;  ///< calls of curl_global_init that are not libcurl's own
 };
 
 }  // namespace morvik::test
