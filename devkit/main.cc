@@ -1,4 +1,5 @@
 // morvik-dev, the companion of people who write applications. Its first argument says what to do.
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <iterator>
@@ -15,25 +16,48 @@ struct Verb {
   int (*run)(int argc, char** argv);
 };
 
-int showHelp(int argc, char** argv);
+int help(int argc, char** argv);
 
 constexpr Verb kVerbs[] = {
     {"device", "run a virtual device that applications connect to", morvik::devkit::runDevice},
     {"log", "stand in for the system log on a machine that has none", morvik::devkit::runLog},
-    {"help", "show this", showHelp},
+    {"help", "show this, or what one of them takes", help},
 };
 
-int showHelp(int /*argc*/, char** /*argv*/) {
+bool asksForHelp(const char* argument) {
+  return std::strcmp(argument, "--help") == 0 || std::strcmp(argument, "-h") == 0;
+}
+
+const Verb* find(const char* name) {
+  const auto* found = std::find_if(std::begin(kVerbs), std::end(kVerbs), [name](const Verb& verb) {
+    return std::strcmp(verb.name, name) == 0;
+  });
+  return found != std::end(kVerbs) ? found : nullptr;
+}
+
+int refuseVerb(const char* name) {
+  std::fprintf(stderr, "morvik-dev: there is no verb %s. morvik-dev help lists them.\n", name);
+  return kUsageError;
+}
+
+int showVerbs() {
   std::puts(
       "morvik-dev helps to write applications for MorvikVM.\n\n"
       "Usage: morvik-dev VERB [OPTION...]\n\nVerbs:");
   for (const Verb& verb : kVerbs) std::printf("  %-8s  %s\n", verb.name, verb.purpose);
-  std::puts("\nmorvik-dev VERB --help tells more about one of them.");
+  std::puts("\nmorvik-dev help VERB tells more about one of them, and so does VERB --help.");
   return 0;
 }
 
-bool asksForHelp(const char* argument) {
-  return std::strcmp(argument, "--help") == 0 || std::strcmp(argument, "-h") == 0;
+// Every verb tells what it takes when it is asked.
+int help(int argc, char** argv) {
+  if (argc < 2 || asksForHelp(argv[1])) return showVerbs();
+  const Verb* verb = find(argv[1]);
+  if (verb == nullptr) return refuseVerb(argv[1]);
+  if (verb->run == help) return showVerbs();
+  char option[] = "--help";
+  char* arguments[] = {argv[1], option, nullptr};
+  return verb->run(2, arguments);
 }
 
 }  // namespace
@@ -41,10 +65,8 @@ bool asksForHelp(const char* argument) {
 int main(int argc, char** argv) {
   // A line is to be seen when it is written, also by a program that reads from a pipe.
   std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
-  if (argc < 2 || asksForHelp(argv[1])) return showHelp(argc, argv);
-  for (const Verb& verb : kVerbs) {
-    if (std::strcmp(verb.name, argv[1]) == 0) return verb.run(argc - 1, argv + 1);
-  }
-  std::fprintf(stderr, "morvik-dev: there is no verb %s. morvik-dev help lists them.\n", argv[1]);
-  return kUsageError;
+  if (argc < 2) return showVerbs();
+  if (asksForHelp(argv[1])) return help(argc - 1, argv + 1);
+  const Verb* verb = find(argv[1]);
+  return verb != nullptr ? verb->run(argc - 1, argv + 1) : refuseVerb(argv[1]);
 }

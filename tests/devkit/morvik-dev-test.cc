@@ -43,9 +43,21 @@ TEST(MorvikDev, everyVerbTellsItsOptions) {
   EXPECT_THAT(log.output, HasSubstr("--quiet"));
 }
 
+TEST(MorvikDev, helpTellsTheOptionsOfAVerb) {
+  for (const char* verb : {"device", "log"}) {
+    const Outcome outcome = morvikDev({"help", verb});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.output, morvikDev({verb, "--help"}).output);
+    EXPECT_EQ(outcome.output, morvikDev({"--help", verb}).output);
+  }
+  EXPECT_EQ(morvikDev({"help", "help"}).output, morvikDev({"help"}).output);
+  EXPECT_EQ(morvikDev({"help", "--help"}).output, morvikDev({"help"}).output);
+}
+
 TEST(MorvikDev, refusesWhatMakesNoSense) {
   const std::pair<std::vector<std::string>, const char*> cases[] = {
       {{"fly"}, "morvik-dev: there is no verb fly"},
+      {{"help", "fly"}, "morvik-dev: there is no verb fly"},
       {{"device", "--wings"}, "morvik-dev device: Unknown option --wings"},
       {{"device", "7410"}, "morvik-dev device: takes no argument: 7410"},
       {{"device", "--port=many"}, "morvik-dev device: Cannot parse integer value"},
