@@ -7,10 +7,22 @@ var address = (instanceName || '127.0.0.1:7410').split(':');
 var UNREAD = 0; // what `status` is in a message's header: 0 unread, 1 read
 var names = {}; // of the contacts, by their uuid
 
-// No event tells that a message came: an application looks again from time to time. The next look
-// comes a second after the last one is over.
-function lookAgainLater() {
-  setTimeout(1000, look);
+// No event tells that a message came: an application looks again from time to time. A device that fails
+// to answer a query never calls the query's function, so the next look must not wait for that call: it is
+// a timer that looks, and it goes on for as long as its function returns true. It asks nothing while an
+// answer may still come. Otherwise queries would pile up at a device that is slow.
+var PATIENCE = 5; // seconds that an answer may take
+var waiting = 0; // seconds that are left for the answer to come
+
+function lookFromTimeToTime() {
+  setTimeout(1000, function () {
+    if (waiting > 0) {
+      waiting--;
+    } else {
+      look();
+    }
+    return true;
+  });
 }
 
 // A contact has those of `firstname`, `lastname` and `alias` that are known.
@@ -24,6 +36,7 @@ function senderOf(message) {
 }
 
 function look() {
+  waiting = PATIENCE;
   morvik.message.list(function (messages) {
     // The lists that an application gets are filled anew for each answer, and are its own to keep.
     var unread = [];
@@ -35,13 +48,14 @@ function look() {
     if (unread.length > 0) {
       announce(unread);
     } else {
-      lookAgainLater();
+      waiting = 0;
     }
   });
 }
 
 function announce(unread) {
   log('unread messages: ' + unread.length);
+  waiting = PATIENCE + unread.length; // the LED blinks for less than a second for each
   morvik.led.pulse('blue', 200, 3 * unread.length, function (code) {
     if (code !== 'OK') { // OK comes first, when the LED begins to blink
       tell(unread);
@@ -57,16 +71,18 @@ function tell(unread) {
     log(senderOf(unread[i]) + ': ' + (content.type === 'TEXT' ? content.content : content.type));
     ids.push(unread[i].header.id);
   }
-  // A device that fails to do so never calls this function, and the application looks no more.
+  waiting = PATIENCE;
   morvik.message.markAsRead(ids, function (marked) {
     log('marked as read: ' + marked.length);
-    lookAgainLater();
+    waiting = 0;
   });
 }
 
 morvik.connect(address[0], Number(address[1]));
 
 morvik.start(function () {
+  lookFromTimeToTime();
+  waiting = PATIENCE;
   morvik.contact.get(function (contacts) {
     for (var i = 0; i < contacts.length; i++) {
       names[contacts[i].uuid] = nameOf(contacts[i]);

@@ -336,6 +336,12 @@ void mailbox(Stage& stage) {
   sample.says("unread messages: 1");
   sample.says("stranger: XML");
   sample.says("marked as read: 1");
+  stage.device.happens("refuse ERROR morvikMessageQuery");
+  stage.device.shows("-> +messages LIST.*\n.*<- +response ERROR");
+  stage.device.happens("message u1 'Still there?'");
+  sample.says("unread messages: 1");
+  sample.says("Anna: Still there\\?");
+  sample.says("marked as read: 1");
 }
 
 struct Conversation {
