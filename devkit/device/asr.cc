@@ -7,13 +7,17 @@ namespace morvik::devkit {
 namespace {
 
 constexpr std::chrono::seconds kPatience{30};
+constexpr char kNobodyListens[] =
+    "nobody listens for words; an application does so once it has asked for a grammar";
 
 // The result answers the request that the device listens for. An application takes one result
 // only, so nothing more is said about that request.
 void hear(Stimulation& stimulation, zeph::ZephMsg result) {
   Device& device = stimulation.device();
   const std::optional<AppNumber> listener = device.whoseWork(Work::kAsr);
-  if (!listener || !stimulation.isFor(*listener)) stimulation.refuse("nobody listens for words");
+  const bool heard =
+      listener && stimulation.isFor(*listener) && device.application(*listener) != nullptr;
+  if (!heard) stimulation.refuse(kNobodyListens);
   if (!stimulation.understood()) return;
   result.set_correlationid(device.take(Work::kAsr)->request);
   device.send(*listener, std::move(result));

@@ -1,4 +1,5 @@
 // The user's contacts.
+#include "device/describe.h"
 #include "device/handlers.h"
 #include "device/store.h"
 
@@ -6,8 +7,9 @@ namespace morvik::devkit {
 namespace {
 
 // ID:NAME, or ID alone for one without a name.
-void addObject(zeph::Contact& contact, const std::string& text) {
+void addObject(Stimulation& stimulation, zeph::Contact& contact, const std::string& text) {
   const std::size_t colon = text.find(':');
+  if (text.substr(0, colon).empty()) stimulation.refuse("the object's ID is empty");
   zeph::Contact::Object& object = *contact.add_objects();
   object.set_iddb(text.substr(0, colon));
   if (colon != std::string::npos) object.set_name(text.substr(colon + 1));
@@ -18,8 +20,8 @@ zeph::Contact contactFrom(Stimulation& stimulation) {
   if (const auto name = stimulation.named("firstname")) contact.set_firstname(*name);
   if (const auto name = stimulation.named("lastname")) contact.set_lastname(*name);
   if (const auto alias = stimulation.named("alias")) contact.set_alias(*alias);
-  while (const auto object = stimulation.named("object")) addObject(contact, *object);
-  contact.set_uuid(stimulation.text("the contact's UUID"));
+  while (const auto object = stimulation.named("object")) addObject(stimulation, contact, *object);
+  contact.set_uuid(stimulation.id("the contact's UUID"));
   return contact;
 }
 
@@ -40,7 +42,8 @@ void keepContact(Stimulation& stimulation) {
   stimulation.mustBeForAll();
   if (!stimulation.understood()) return;
   Store& store = stimulation.device().store();
-  if (!store.keepContact(contact)) stimulation.refuse(store.trouble());
+  if (!store.keepContact(contact)) return stimulation.refuse(store.trouble());
+  stimulation.device().note("the contact " + cited(contact.uuid()) + " is kept");
 }
 
 }  // namespace morvik::devkit

@@ -14,7 +14,15 @@ namespace {
 namespace zeph = net::quelta::zeph::message;
 using zeph::ZephMsg;
 
-constexpr glong kLongestText = 200;  // characters; more tells a reader nothing
+// In characters; more tells a reader nothing.
+constexpr glong kLongestText = 200;
+constexpr glong kLongestWord = 40;
+
+std::string cut(const std::string& text, glong length) {
+  if (g_utf8_strlen(text.c_str(), -1) <= length) return text;
+  const char* end = g_utf8_offset_to_pointer(text.c_str(), length);
+  return text.substr(0, static_cast<std::size_t>(end - text.c_str())) + " ...";
+}
 
 std::string ms(int period) { return std::to_string(period) + " ms"; }
 
@@ -144,11 +152,20 @@ std::string printable(std::string_view text) {
   return line;
 }
 
-std::string describe(const ZephMsg& message) {
-  std::string words = inWords(message);
-  if (g_utf8_strlen(words.c_str(), -1) <= kLongestText) return words;
-  const char* cut = g_utf8_offset_to_pointer(words.c_str(), kLongestText);
-  return words.substr(0, static_cast<std::size_t>(cut - words.c_str())) + " ...";
+std::string shortened(std::string_view text) { return cut(printable(text), kLongestText); }
+
+std::string cited(const std::string& word) {
+  return word.empty() ? "\"\"" : cut(printable(word), kLongestWord);
 }
+
+std::string listed(const std::vector<std::string>& names) {
+  std::string list;
+  for (const std::string& name : names) list += (list.empty() ? "" : ", ") + cited(name);
+  return list.empty() ? "none" : list;
+}
+
+std::string appName(AppNumber application) { return "app " + std::to_string(application); }
+
+std::string describe(const ZephMsg& message) { return cut(inWords(message), kLongestText); }
 
 }  // namespace morvik::devkit

@@ -73,6 +73,14 @@ int payloadNumber(const zeph::ZephMsg& message) {
 
 }  // namespace
 
+std::vector<const google::protobuf::FieldDescriptor*> Device::commands() {
+  std::vector<const google::protobuf::FieldDescriptor*> commands;
+  for (const Handler& handler : kHandlers) {
+    commands.push_back(zeph::ZephMsg::descriptor()->FindFieldByNumber(handler.field));
+  }
+  return commands;
+}
+
 void Device::applicationCame(AppNumber number) { applications_[number].number = number; }
 
 void Device::applicationLeft(AppNumber number) {

@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "device/device-state.h"
 #include "device/scheduler.h"
@@ -45,6 +46,9 @@ class Device {
   // Answers one message of an application that came and has not left. Only the first payload of a
   // message counts. Answers go to the outlet, before this returns or later.
   void receive(AppNumber from, const zeph::ZephMsg& request);
+
+  // The payloads that it answers, as fields of a message.
+  static std::vector<const google::protobuf::FieldDescriptor*> commands();
 
   const DeviceState& state() const { return state_; }
   const std::map<AppNumber, Application>& applications() const { return applications_; }

@@ -21,31 +21,31 @@ std::string markOf(const std::string& requestId) {
   return requestId.empty() ? "" : "  #" + printable(requestId.substr(0, kMarkLength));
 }
 
-std::string name(AppNumber application) { return "app " + std::to_string(application); }
-
 }  // namespace
 
 void Display::came(AppNumber application) {
-  show(name(application), Look::kFaint, "--", "connected");
+  show(appName(application), Look::kFaint, "--", "connected");
 }
 
 void Display::received(AppNumber application, const zeph::ZephMsg& message) {
-  show(name(application), Look::kIn, "->", describe(message) + markOf(message.id()));
+  show(appName(application), Look::kIn, "->", describe(message) + markOf(message.id()));
 }
 
 void Display::sent(AppNumber application, const zeph::ZephMsg& message) {
-  show(name(application), Look::kOut, "<-", describe(message) + markOf(message.correlationid()));
+  show(appName(application), Look::kOut, "<-", describe(message) + markOf(message.correlationid()));
 }
 
 void Display::trouble(AppNumber application, const std::string& what) {
-  show(name(application), Look::kBad, "!!", printable(what));
+  show(appName(application), Look::kBad, "!!", printable(what));
 }
 
 void Display::happened(const std::string& what) {
-  show("device", Look::kFaint, "--", printable(what));
+  show("device", Look::kFaint, "--", shortened(what));
 }
 
-void Display::left(AppNumber application) { show(name(application), Look::kFaint, "--", "gone"); }
+void Display::left(AppNumber application) {
+  show(appName(application), Look::kFaint, "--", "gone");
+}
 
 void Display::show(const std::string& whom, Look look, const char* direction,
                    const std::string& what) const {

@@ -102,6 +102,8 @@ void turnEar(Stimulation& stimulation) {
   stimulation.mustBeForAll();
   if (!stimulation.understood()) return;
   Device& device = stimulation.device();
+  device.note(std::string("the ") + (left ? "left" : "right") + " ear is turned to " +
+              std::to_string(step));
   device.end(Work::kEars, zeph::CANCELLED);
   const Ears from = device.state().ears;
   (left ? device.state().ears.left : device.state().ears.right) = step;

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <chrono>
 
+#include "device/describe.h"
 #include "device/handlers.h"
 #include "device/owned.h"
-#include "device/payload.h"
 
 namespace morvik::devkit {
 namespace {
@@ -16,20 +16,41 @@ constexpr int kLongestDelay = 60000;
 constexpr int kUsualPause = 20;
 constexpr int kLargestPiece = 1024 * 1024;
 
-bool isNumber(const std::string& word) {
-  return std::all_of(word.begin(), word.end(), [](char c) { return g_ascii_isdigit(c) != FALSE; });
+bool isAlways(const std::string& word) { return g_ascii_strcasecmp(word.c_str(), "ALWAYS") == 0; }
+
+// What begins like a number is meant as a count.
+bool isCount(const std::string& word) {
+  const char first = word.empty() ? '\0' : word.front();
+  return g_ascii_isdigit(first) != FALSE || first == '-' || isAlways(word);
 }
 
 // A command is named as its payload is in the schema.
 int commandFrom(Stimulation& stimulation, const std::string& word) {
-  if (const auto* payload = payloadNamed(word)) return payload->number();
-  stimulation.refuse("there is no command " + word);
+  std::vector<std::string> names;
+  for (const auto* command : Device::commands()) {
+    if (command->name() == word) return command->number();
+    names.push_back(command->name());
+  }
+  stimulation.refuse(thereIsNo("command " + cited(word), names));
   return 0;
 }
 
 int countFrom(Stimulation& stimulation, const std::string& word) {
-  if (g_ascii_strcasecmp(word.c_str(), "ALWAYS") == 0) return Refusal::kAlways;
-  return stimulation.numberFrom(word, 1);
+  return isAlways(word) ? Refusal::kAlways : stimulation.numberFrom(word, 1);
+}
+
+// Of any command when it is 0.
+std::string commandName(int field) {
+  return field == 0 ? "commands" : zeph::ZephMsg::descriptor()->FindFieldByNumber(field)->name();
+}
+
+std::string inWords(const Refusal& refusal) {
+  const std::string whose = refusal.only ? " of " + appName(*refusal.only) : "";
+  const std::string howOften = refusal.left == Refusal::kAlways ? "always"
+                               : refusal.left == 1              ? "once"
+                                                   : std::to_string(refusal.left) + " times";
+  return "refuses " + commandName(refusal.field) + whose + " with " +
+         zeph::VReturnCode_Name(refusal.code) + ", " + howOften;
 }
 
 }  // namespace
@@ -38,16 +59,13 @@ void refuseCommands(Stimulation& stimulation) {
   Refusal refusal;
   refusal.only = stimulation.only();
   refusal.code = stimulation.choice<zeph::VReturnCode>("CODE");
-  std::vector<std::string> rest = stimulation.rest();
-  if (!rest.empty() && !isNumber(rest[0]) && g_ascii_strcasecmp(rest[0].c_str(), "ALWAYS") != 0) {
-    refusal.field = commandFrom(stimulation, rest[0]);
-    rest.erase(rest.begin());
+  if (stimulation.hasMore() && !isCount(stimulation.next())) {
+    refusal.field = commandFrom(stimulation, stimulation.text("COMMAND"));
   }
-  if (!rest.empty()) refusal.left = countFrom(stimulation, rest[0]);
-  if (rest.size() > 1) stimulation.refuse("what is " + rest[1] + "?");
+  if (stimulation.hasMore()) refusal.left = countFrom(stimulation, stimulation.text("COUNT"));
   if (!stimulation.understood()) return;
   stimulation.state().refusals.push_back(refusal);
-  stimulation.device().note("refuses commands with " + zeph::VReturnCode_Name(refusal.code));
+  stimulation.device().note(inWords(refusal));
 }
 
 void acceptCommands(Stimulation& stimulation) {
@@ -64,11 +82,13 @@ void delayAnswers(Stimulation& stimulation) {
   stimulation.mustBeForAll();
   if (!stimulation.understood()) return;
   stimulation.state().delays[field] = delay;
-  stimulation.device().note("answers after " + std::to_string(delay.count()) + " ms");
+  const std::string when =
+      delay.count() == 0 ? "at once" : "after " + std::to_string(delay.count()) + " ms";
+  stimulation.device().note("answers " + commandName(field) + ' ' + when);
 }
 
 void finishWork(Stimulation& stimulation) {
-  const std::string name = stimulation.text("WORK");
+  const std::string name = stimulation.text("what to end");
   const auto found = std::find(kWorkNames.begin(), kWorkNames.end(), name);
   const auto work = static_cast<Work>(found - kWorkNames.begin());
   auto code = zeph::TERMINATED;
@@ -76,11 +96,13 @@ void finishWork(Stimulation& stimulation) {
   const std::string description = stimulation.hasMore() ? stimulation.text("TEXT") : "";
   stimulation.mustBeForAll();
   if (found == kWorkNames.end()) {
-    stimulation.refuse("there is no work " + name);
+    stimulation.refuse(thereIsNo("work " + cited(name), {kWorkNames.begin(), kWorkNames.end()}));
   } else if (!stimulation.device().whoseWork(work)) {
     stimulation.refuse("nothing goes on there");
   }
-  if (stimulation.understood()) stimulation.device().end(work, code, description);
+  if (!stimulation.understood()) return;
+  stimulation.device().note("ends " + name + " with " + zeph::VReturnCode_Name(code));
+  stimulation.device().end(work, code, description);
 }
 
 void sendInPieces(Stimulation& stimulation) {
@@ -88,11 +110,16 @@ void sendInPieces(Stimulation& stimulation) {
   const int pause =
       stimulation.hasMore() ? stimulation.number("PAUSE", 0, kLongestDelay) : kUsualPause;
   if (!stimulation.understood()) return;
-  for (const AppNumber number : stimulation.targets()) {
+  const std::vector<AppNumber> targets = stimulation.targets();
+  if (targets.empty()) return stimulation.tellNobodyHears();
+  for (const AppNumber number : targets) {
     stimulation.device().application(number)->delivery = {static_cast<std::size_t>(size),
                                                           milliseconds(pause)};
   }
-  if (stimulation.targets().empty()) stimulation.tellNobodyHears();
+  const std::string whom = stimulation.only() ? " to " + appName(*stimulation.only()) : "";
+  stimulation.device().note("sends the next message" + whom + " in pieces of " +
+                            std::to_string(size) + " bytes, " + std::to_string(pause) +
+                            " ms between them");
 }
 
 void dropConnection(Stimulation& stimulation) {

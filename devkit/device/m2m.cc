@@ -183,7 +183,8 @@ void callFromOutside(Stimulation& stimulation) {
   const std::vector<AppNumber> targets = stimulation.targets();
   for (const AppNumber number : targets) {
     const bool idle = stimulation.device().application(number)->call.state == State::kNone;
-    if (type == Type::INCOMING && !idle) stimulation.refuse(nameOf(number) + " is in a call");
+    if (type == Type::INCOMING && !idle)
+      stimulation.refuse(nameOf(number) + " is in a call, which call TERMINATED ends");
     if (idle && who.empty())
       stimulation.refuse(nameOf(number) + " is in no call, so WHO is missing");
   }

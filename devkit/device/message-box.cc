@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "device/describe.h"
 #include "device/handlers.h"
 #include "device/owned.h"
 #include "device/store.h"
@@ -110,12 +111,13 @@ void bringMessage(Stimulation& stimulation) {
   content.set_type(type ? stimulation.choiceFrom<zeph::MorvikMessageContent::Type>(*type)
                         : zeph::MorvikMessageContent::TEXT);
   if (const auto header = stimulation.named("header")) content.set_header(*header);
-  const std::string from = stimulation.text("the sender's UUID");
+  const std::string from = stimulation.id("the sender's UUID");
   content.set_content(stimulation.text("the TEXT"));
   stimulation.mustBeForAll();
   if (!stimulation.understood()) return;
   Store& store = stimulation.device().store();
-  if (!addReceived(store, from, std::move(content))) stimulation.refuse(store.trouble());
+  if (!addReceived(store, from, std::move(content))) return stimulation.refuse(store.trouble());
+  stimulation.device().note("a message of " + cited(from) + " came");
 }
 
 }  // namespace morvik::devkit

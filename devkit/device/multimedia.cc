@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 
+#include "device/describe.h"
 #include "device/handlers.h"
 #include "device/media-files.h"
 
@@ -153,13 +154,19 @@ void tellOfPlayer(Stimulation& stimulation) {
 
 void changeLibrary(Stimulation& stimulation) {
   Library& library = stimulation.state().library;
-  std::vector<std::string>* const lists[] = {&library.artists, &library.folders, &library.playlists,
-                                             &library.genres, &library.songs};
+  const std::pair<const char*, std::vector<std::string>*> lists[] = {
+      {"artists", &library.artists},
+      {"folders", &library.folders},
+      {"playlists", &library.playlists},
+      {"genres", &library.genres},
+      {"songs", &library.songs}};
   const std::size_t chosen = stimulation.oneOf({"ARTIST", "FOLDER", "PLAYLIST", "GENRE", "SONG"});
   std::vector<std::string> names = stimulation.rest();
   stimulation.mustBeForAll();
   if (!stimulation.understood()) return;
-  *lists[chosen] = std::move(names);
+  const auto& [what, list] = lists[chosen];
+  *list = std::move(names);
+  stimulation.device().note(std::string(what) + " of the library: " + listed(*list));
   stimulation.device().sendToAll(playerMessage(Action::MUSIC_UPDATE));
 }
 

@@ -3,7 +3,6 @@
 
 #include <zeph-message.pb.h>
 
-#include <string>
 #include <vector>
 
 namespace morvik::devkit {
@@ -21,12 +20,6 @@ inline const google::protobuf::FieldDescriptor* payloadOf(
     if (field->number() >= kFirstPayload) return field;
   }
   return nullptr;
-}
-
-// The payload of a name, spelled as in the schema, or null.
-inline const google::protobuf::FieldDescriptor* payloadNamed(const std::string& name) {
-  const auto* field = net::quelta::zeph::message::ZephMsg::descriptor()->FindFieldByName(name);
-  return field != nullptr && field->number() >= kFirstPayload ? field : nullptr;
 }
 
 }  // namespace morvik::devkit

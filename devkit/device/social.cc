@@ -2,6 +2,7 @@
 // wrong, never holds a value.
 #include "device/social.h"
 
+#include "device/describe.h"
 #include "device/handlers.h"
 #include "device/store.h"
 
@@ -10,15 +11,26 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-// NAME=VALUE, the name as the schema spells it. A value that is empty takes the credential away.
+std::vector<std::string> allNames() {
+  const auto* credentials = zeph::Social::descriptor();
+  std::vector<std::string> names;
+  for (int i = 0; i < credentials->field_count(); ++i) {
+    names.push_back(credentials->field(i)->name());
+  }
+  return names;
+}
+
+// NAME=VALUE, the name as the schema spells it. A value that is empty takes the credential away. A
+// name that is wrong is not repeated: it may be the piece of a value that was cut by a blank.
 void change(Stimulation& stimulation, zeph::Social& credentials, const std::string& word) {
   const std::size_t equals = word.find('=');
   const std::string name = word.substr(0, equals);
   const auto* field = zeph::Social::descriptor()->FindFieldByName(name);
   if (equals == std::string::npos) {
-    stimulation.refuse("a credential is given as NAME=VALUE");
+    stimulation.refuse(
+        "a credential is given as NAME=VALUE, in quotes when there is a blank in it");
   } else if (field == nullptr) {
-    stimulation.refuse("there is no credential of that name");
+    stimulation.refuse(thereIsNo("credential of that name", allNames()));
   } else if (equals + 1 == word.size()) {
     credentials.GetReflection()->ClearField(&credentials, field);
   } else {
@@ -26,14 +38,26 @@ void change(Stimulation& stimulation, zeph::Social& credentials, const std::stri
   }
 }
 
-void changeAll(Stimulation& stimulation, const Words& words) {
-  Store& store = stimulation.device().store();
-  auto credentials = store.credentials();
-  if (!credentials) return stimulation.refuse(store.trouble());
-  for (const std::string& word : words) change(stimulation, *credentials, word);
+void changeAll(Stimulation& stimulation, zeph::Social credentials, const Words& words) {
+  for (const std::string& word : words) change(stimulation, credentials, word);
   if (!stimulation.understood()) return;
-  if (!store.keepCredentials(*credentials)) return stimulation.refuse(store.trouble());
-  stimulation.tell("kept: " + credentialNames(*credentials) + '\n');
+  Store& store = stimulation.device().store();
+  if (!store.keepCredentials(credentials)) return stimulation.refuse(store.trouble());
+  stimulation.device().note("credentials kept: " + credentialNames(credentials));
+}
+
+void tellAll(Stimulation& stimulation, const zeph::Social& credentials) {
+  if (!stimulation.understood()) return;
+  const bool withheld = stimulation.state().credentialsWithheld;
+  stimulation.tell("kept: " + credentialNames(credentials) + (withheld ? ", withheld" : "") +
+                   "\nthere are: " + listed(allNames()) + '\n');
+}
+
+void withhold(Stimulation& stimulation, bool withheld) {
+  if (!stimulation.understood()) return;
+  stimulation.state().credentialsWithheld = withheld;
+  stimulation.device().note(withheld ? "the credentials are withheld"
+                                     : "the credentials are given");
 }
 
 }  // namespace
@@ -61,9 +85,14 @@ void answerSocialQuery(const Exchange& exchange) {
 void setCredentials(Stimulation& stimulation) {
   stimulation.mustBeForAll();
   const Words words = stimulation.rest();
-  const bool withhold = words == Words{"withhold"};
-  if (!withhold && words != Words{"give"}) return changeAll(stimulation, words);
-  if (stimulation.understood()) stimulation.state().credentialsWithheld = withhold;
+  if (words == Words{"withhold"} || words == Words{"give"}) {
+    return withhold(stimulation, words.front() == "withhold");
+  }
+  Store& store = stimulation.device().store();
+  const auto credentials = store.credentials();
+  if (!credentials) return stimulation.refuse(store.trouble());
+  if (words.empty()) return tellAll(stimulation, *credentials);
+  changeAll(stimulation, *credentials, words);
 }
 
 }  // namespace morvik::devkit

@@ -4,9 +4,15 @@
 #include <algorithm>
 #include <utility>
 
+#include "device/describe.h"
 #include "device/owned.h"
 
 namespace morvik::devkit {
+
+std::string thereIsNo(const std::string& what, const std::vector<std::string>& names) {
+  return "there is no " + what + (names.size() == 1 ? "; there is " : "; there are ") +
+         listed(names);
+}
 
 Stimulation::Stimulation(Device& device, std::optional<AppNumber> only,
                          std::vector<std::string> words)
@@ -22,6 +28,13 @@ std::string Stimulation::text(const std::string& what) {
   return word;
 }
 
+std::string Stimulation::id(const std::string& what) {
+  const bool given = hasMore();
+  std::string word = text(what);
+  if (given && word.empty()) refuse(what + " is empty");
+  return word;
+}
+
 int Stimulation::number(const std::string& what, int least, int most) {
   return numberFrom(text(what), least, most);
 }
@@ -29,7 +42,8 @@ int Stimulation::number(const std::string& what, int least, int most) {
 int Stimulation::numberFrom(const std::string& word, int least, int most) {
   gint64 number = least;
   if (g_ascii_string_to_signed(word.c_str(), 10, least, most, &number, nullptr) == FALSE) {
-    refuse(word + " is no number from " + std::to_string(least) + " to " + std::to_string(most));
+    refuse(cited(word) + " is no number from " + std::to_string(least) + " to " +
+           std::to_string(most));
   }
   return static_cast<int>(number);
 }
@@ -41,7 +55,7 @@ std::size_t Stimulation::oneOf(std::initializer_list<const char*> words) {
   const auto* found = std::find_if(words.begin(), words.end(), [&](const char* one) {
     return g_ascii_strcasecmp(one, word.c_str()) == 0;
   });
-  if (found == words.end()) refuse(word + " is none of " + all);
+  if (found == words.end()) refuse(cited(word) + " is none of " + all);
   return static_cast<std::size_t>(std::distance(words.begin(), found));
 }
 
@@ -50,7 +64,7 @@ int Stimulation::value(const google::protobuf::EnumDescriptor& names, const std:
   if (const auto* found = names.FindValueByName(upper.get())) return found->number();
   std::string all;
   for (int i = 0; i < names.value_count(); ++i) all += ' ' + names.value(i)->name();
-  refuse(word + " is none of" + all);
+  refuse(cited(word) + " is none of" + all);
   return names.value(0)->number();
 }
 
@@ -67,7 +81,9 @@ std::optional<std::string> Stimulation::named(const std::string& key) {
 }
 
 void Stimulation::mustBeForAll() {
-  if (only_) refuse("this happens to the device, not to one application");
+  if (!only_) return;
+  refuse("this happens to the device, not to one application: leave \"" + appName(*only_) +
+         "\" out");
 }
 
 void Stimulation::refuse(const std::string& trouble) {
@@ -75,7 +91,7 @@ void Stimulation::refuse(const std::string& trouble) {
 }
 
 bool Stimulation::understood() {
-  if (hasMore()) refuse("what is " + words_.front() + "?");
+  if (hasMore()) refuse("what is " + cited(words_.front()) + "?");
   return trouble_.empty();
 }
 

@@ -14,6 +14,10 @@
 
 namespace morvik::devkit {
 
+// What a refusal says of a name that nothing has, and which names there are: "command wings" and
+// the names of all commands.
+std::string thereIsNo(const std::string& what, const std::vector<std::string>& names);
+
 // Lives for one call of a stimulus' function. That reads all its words first, and does nothing
 // unless `understood` then says so; the first trouble is kept, and told by whoever made this.
 class Stimulation {
@@ -23,6 +27,8 @@ class Stimulation {
 
   // The next word. `what` names it when it is missing.
   std::string text(const std::string& what);
+  // The same for an id, which may not be empty.
+  std::string id(const std::string& what);
   int number(const std::string& what, int least = kLeastNumber, int most = kMostNumber);
   // The place of the next word in a list of words, in letters of either case.
   std::size_t oneOf(std::initializer_list<const char*> words);
@@ -38,6 +44,8 @@ class Stimulation {
   int numberFrom(const std::string& word, int least = kLeastNumber, int most = kMostNumber);
 
   bool hasMore() const { return !words_.empty(); }
+  // The next word, left where it is. There must be one.
+  const std::string& next() const { return words_.front(); }
   // All words that are left.
   std::vector<std::string> rest();
   // Takes the word of the form key=VALUE out, wherever it stands, and gives the value.

@@ -26,7 +26,8 @@ constexpr Stimulus kStimuli[] = {
     {"contact", "UUID [firstname=TEXT] [lastname=TEXT] [alias=TEXT] [object=ID[:NAME]]...",
      "keep a contact, in place of the one with this UUID", keepContact},
     {"credentials", "[NAME=VALUE]...|withhold|give",
-     "keep credentials; a name with no value behind it loses its own", setCredentials},
+     "keep credentials; a name with no value behind it loses its own; alone, tell the names",
+     setCredentials},
     {"dock", "STATUS [CHANGE]", "tell the state of the dock, in two numbers", tellOfDock},
     {"recognition", "TEXT CONFIDENT [SEMANTIC]",
      "say something to the application that listens; SEMANTIC is XML", hearWords},
@@ -36,13 +37,14 @@ constexpr Stimulus kStimuli[] = {
      "tell one thing of the player; what plays goes on", tellOfPlayer},
     {"library", "ARTIST|FOLDER|PLAYLIST|GENRE|SONG [NAME...]",
      "put other names into a list of the music library", changeLibrary},
-    {"call", "INCOMING|BEGINNING|TERMINATED [WHO]", "call from outside, take a call up, or end it",
+    {"call", "INCOMING WHO|BEGINNING [WHO]|TERMINATED [WHO]",
+     "call from outside, take a call up, or end it; WHO may be left out in a call",
      callFromOutside},
     {"serial", "PORT TEXT [BASE]", "let a line come in on a serial port", readFromPort},
     {"stop", "", "stop interactive mode", stopInteractiveMode},
     {"refuse", "CODE [COMMAND] [COUNT|ALWAYS]",
      "answer the next command, or COUNT of them, with a code and nothing else; COMMAND is ears, "
-     "multimedia, interactiveMode, ... as in the schema",
+     "multimedia, interactiveMode, ...: a wrong one is answered with all of them",
      refuseCommands},
     {"accept", "", "refuse nothing any more", acceptCommands},
     {"delay", "MS [COMMAND]", "answer commands that much later, 0 for at once", delayAnswers},
@@ -73,7 +75,8 @@ std::string helpOn(const Stimulus& stimulus) {
 void showHelp(Stimulation& stimulation) {
   const std::string word = stimulation.hasMore() ? stimulation.text("WORD") : "";
   const Stimulus* one = find(word);
-  if (!word.empty() && one == nullptr) stimulation.refuse("there is no stimulus " + word);
+  if (!word.empty() && one == nullptr)
+    stimulation.refuse("there is no stimulus " + cited(word) + "; help alone lists them");
   if (!stimulation.understood()) return;
   if (one != nullptr) {
     stimulation.tell(helpOn(*one));
@@ -92,17 +95,37 @@ StimulusOutcome refuse(const std::string& trouble) { return {false, printable(tr
 // Up to its value, which may be a secret on a line whose first word was forgotten.
 std::string nameIn(const std::string& word) { return word.substr(0, word.find('=')); }
 
+std::string asSentence(const std::string& trouble) {
+  return trouble.ends_with('?') ? trouble : trouble + '.';
+}
+
+// Words too many, or in a wrong place, are often those of a text whose quotes were forgotten.
+std::string correctUse(const Stimulus& stimulus) {
+  const std::string usage = "Usage: " + usageOf(stimulus);
+  return usage.find("TEXT") == std::string::npos ? usage
+                                                 : usage + " (a TEXT with blanks stands in quotes)";
+}
+
+std::string noApplication(const Device& device, const std::string& word) {
+  std::vector<std::string> numbers;
+  for (const auto& [number, application] : device.applications()) {
+    numbers.push_back(std::to_string(number));
+  }
+  return numbers.empty() ? "no application is connected"
+                         : thereIsNo("application " + cited(word), numbers);
+}
+
 StimulusOutcome act(Device& device, std::optional<AppNumber> only, std::vector<std::string> words) {
   const Stimulus* stimulus = find(words.front());
   if (stimulus == nullptr) {
-    return refuse("there is no stimulus " + nameIn(words.front()) + ". help lists them.");
+    return refuse("there is no stimulus " + cited(nameIn(words.front())) + ". help lists them.");
   }
   words.erase(words.begin());
   Stimulation stimulation(device, only, std::move(words));
   stimulus->act(stimulation);
   if (stimulation.trouble().empty()) return {true, stimulation.told()};
-  return refuse(std::string(stimulus->word) + ": " + stimulation.trouble() +
-                ". Usage: " + usageOf(*stimulus));
+  return refuse(std::string(stimulus->word) + ": " + asSentence(stimulation.trouble()) + ' ' +
+                correctUse(*stimulus));
 }
 
 StimulusOutcome actFor(Device& device, std::vector<std::string> words) {
@@ -110,7 +133,7 @@ StimulusOutcome actFor(Device& device, std::vector<std::string> words) {
   guint64 number = 0;
   if (g_ascii_string_to_unsigned(words[1].c_str(), 10, 1, G_MAXUINT, &number, nullptr) == FALSE ||
       device.application(static_cast<AppNumber>(number)) == nullptr) {
-    return refuse("there is no application " + words[1]);
+    return refuse(noApplication(device, words[1]));
   }
   words.erase(words.begin(), words.begin() + 2);
   return act(device, static_cast<AppNumber>(number), std::move(words));

@@ -51,6 +51,12 @@ Lines Bench::stimulus(const std::string& line) {
   return said();
 }
 
+Lines Bench::noted(const std::string& line) {
+  outlet.notes.clear();
+  stimulus(line);
+  return std::exchange(outlet.notes, {});
+}
+
 std::string Bench::refused(const std::string& line) {
   const StimulusOutcome outcome = stimulate(device, line);
   EXPECT_FALSE(outcome.done) << line;

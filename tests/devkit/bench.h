@@ -62,6 +62,8 @@ class Bench {
   Lines command(const std::string& payload, AppNumber from = 1);
   // Gives what the device says to that at once.
   Lines stimulus(const std::string& line);
+  // What the device notes of that line.
+  Lines noted(const std::string& line);
   // What a line that is not done is answered with; a failure of the test when it is done, or when
   // the device says anything.
   std::string refused(const std::string& line);

@@ -74,6 +74,19 @@ TEST(Printable, keepsReadableTextsAndReplacesWhatATerminalWouldObey) {
   EXPECT_EQ(printable(""), "");
 }
 
+TEST(Cited, fitsIntoASentence) {
+  EXPECT_EQ(cited("word"), "word");
+  EXPECT_EQ(cited(""), "\"\"");
+  EXPECT_EQ(cited("a\nb"), "a?b");
+  EXPECT_EQ(cited(std::string(41, 'x')), std::string(40, 'x') + " ...");
+}
+
+TEST(Listed, namesAllOrNone) {
+  EXPECT_EQ(listed({}), "none");
+  EXPECT_EQ(listed({"a"}), "a");
+  EXPECT_EQ(listed({"a", "", "c"}), "a, \"\", c");
+}
+
 class DisplayTest : public ::testing::Test {
  protected:
   std::vector<std::string> lines_;
@@ -111,6 +124,11 @@ TEST_F(DisplayTest, aNoticeCarriesNoMark) {
 TEST_F(DisplayTest, showsWhatHappensToTheDevice) {
   display_.happened("wrote\na file");
   EXPECT_THAT(lines_, ElementsAre(EndsWith(" device --  wrote?a file")));
+}
+
+TEST_F(DisplayTest, cutsWhatIsTooLongToRead) {
+  display_.happened(std::string(5000, 'x'));
+  EXPECT_THAT(lines_, ElementsAre(EndsWith(" device --  " + std::string(200, 'x') + " ...")));
 }
 
 TEST_F(DisplayTest, showsColoursOnlyWhenTheyAreOn) {

@@ -294,7 +294,7 @@ TEST_F(WebcamTest, failsAsTold) {
   bench_.command("webcam { photo: '' }");
   EXPECT_THAT(bench_.stimulus("finish photo ERROR 'no light'"),
               ElementsAre("1: re event { code: ERROR description: \"no light\" }"));
-  EXPECT_THAT(bench_.outlet.notes, IsEmpty()) << "no file";
+  EXPECT_THAT(bench_.outlet.notes, ElementsAre("ends photo with ERROR")) << "no file";
   EXPECT_THAT(bench_.refused("finish photo"), HasSubstr("nothing goes on there"));
 }
 
@@ -374,7 +374,8 @@ TEST_F(CallTest, somebodyOutsideIsCalledAndCalls) {
               ElementsAre(told(1, "INCOMING", "aunt")));
   EXPECT_THAT(bench_.command("m2m { answer { accept: true } }"),
               ElementsAre(kOk, told(1, "BEGINNING", "aunt")));
-  EXPECT_THAT(bench_.refused("app 1 call INCOMING uncle"), HasSubstr("app1 is in a call"));
+  EXPECT_THAT(bench_.refused("app 1 call INCOMING uncle"),
+              HasSubstr("app1 is in a call, which call TERMINATED ends"));
   EXPECT_THAT(bench_.refused("app 2 call TERMINATED"), HasSubstr("WHO is missing"));
 }
 

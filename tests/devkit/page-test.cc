@@ -1,11 +1,14 @@
 // docs/virtual-device.md tells what the programs tell.
 #include <gmock/gmock.h>
 
+#include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
 #include "bench.h"
 #include "program.h"
+#include "support/temporary-folder.h"
 
 namespace morvik::devkit::testing {
 namespace {
@@ -20,6 +23,52 @@ std::string page() {
 TEST(VirtualDevicePage, hasTheHelpOfTheCommandInput) {
   Bench bench;
   EXPECT_THAT(page(), HasSubstr("```\n" + stimulate(bench.device, "help").text + "```\n"));
+}
+
+TEST(VirtualDevicePage, tellsWhereTheNamesOfCommandsStand) {
+  EXPECT_THAT(page(), HasSubstr("[proto/zeph-message.proto](../proto/zeph-message.proto)"));
+  EXPECT_TRUE(std::filesystem::exists(SOURCE_DIR "/proto/zeph-message.proto"));
+}
+
+std::string replaced(std::string text, const std::string& what, const std::string& with) {
+  const std::size_t at = text.find(what);
+  EXPECT_NE(at, std::string::npos) << what << " in " << text;
+  return at == std::string::npos ? text : text.replace(at, what.size(), with);
+}
+
+// The command line of the page that launches an application, for the sample `hello` on a device at
+// this address.
+std::string launchCommand(const std::string& address) {
+  const std::string whole = page();
+  const std::size_t start = whole.find("    { echo ");
+  EXPECT_NE(start, std::string::npos);
+  if (start == std::string::npos) return "";
+  std::string command = whole.substr(start, whole.find('\n', start) - start);
+  command = replaced(command, "first", "hello");
+  command = replaced(command, "127.0.0.1:7410", address);
+  command = replaced(command, "build/", PROGRAMS "/");
+  return replaced(command, "--app_folder=apps", "--app_folder=" SOURCE_DIR "/apps");
+}
+
+TEST(VirtualDevicePage, tellsHowToTypeWhileAnApplicationRuns) {
+  EXPECT_THAT(page(), HasSubstr("    build/morvik-dev device\n"));
+  EXPECT_THAT(run({MORVIK_DEV, "device", "--help"}).output, HasSubstr("(7410)"));
+  Loop loop;
+  const test::TemporaryFolder state;
+  Program device(loop, {MORVIK_DEV, "device", "--port=0", "--state=" + state.path().string()});
+  const std::string said = device.waitFor("\n");
+  const std::string address = replaced(said.substr(0, said.find('\n')), "listening on ", "");
+  Program launcher(loop, {"/bin/bash", "-c", launchCommand(address)});
+  launcher.waitFor("JSLOG: LED on, red: OK");
+  device.say("button SIMPLE\n");
+  device.waitFor("app 1 <-  buttonCallback { type: SIMPLE }");
+  launcher.say("hello demo " + address + "\n");
+  device.waitFor("app 2 --  connected");
+  launcher.say("\n");
+  launcher.waitFor("vide -> break");
+  launcher.endInput();
+  device.signal(SIGTERM);
+  EXPECT_EQ(launcher.waitForEnd(), 0);
 }
 
 TEST(VirtualDevicePage, hasEveryOption) {

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <map>
 #include <set>
 
 #include "bench.h"
@@ -12,8 +13,11 @@ namespace {
 
 using std::chrono::milliseconds;
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::SizeIs;
 using ::testing::StartsWith;
 
 class StimuliTest : public ::testing::Test {
@@ -59,16 +63,19 @@ TEST_F(StimuliTest, sayWhatIsWrongAndChangeNothing) {
   using namespace std::string_literals;
   const std::pair<std::string, const char*> cases[] = {
       {"fly", "there is no stimulus fly. help lists them.\n"},
-      {"help fly", "help: there is no stimulus fly. Usage: help [WORD]\n"},
+      {"help fly", "help: there is no stimulus fly; help alone lists them. Usage: help [WORD]\n"},
       {"app", "app takes a number and a stimulus"},
       {"app 1", "app takes a number and a stimulus"},
-      {"app 3 button SIMPLE", "there is no application 3\n"},
-      {"app 0 button SIMPLE", "there is no application 0\n"},
-      {"app x button SIMPLE", "there is no application x\n"},
-      {"app 1 ear LEFT 3", "ear: this happens to the device, not to one application"},
+      {"app 3 button SIMPLE", "there is no application 3; there are 1, 2\n"},
+      {"app 0 button SIMPLE", "there is no application 0; there are 1, 2\n"},
+      {"app x button SIMPLE", "there is no application x; there are 1, 2\n"},
+      {"app '' button SIMPLE", "there is no application \"\"; there are 1, 2\n"},
+      {"app 1 ear LEFT 3",
+       "ear: this happens to the device, not to one application: leave \"app 1\" out. Usage: ear"},
       {"button", "button: the kind of press is missing. Usage: button SIMPLE|DOUBLE"},
       {"button HARD", "button: HARD is none of SIMPLE DOUBLE TRIPLE"},
-      {"button SIMPLE DOUBLE", "button: what is DOUBLE?"},
+      {"button SIMPLE DOUBLE", "button: what is DOUBLE? Usage: button SIMPLE|DOUBLE"},
+      {"button ''", "button: \"\" is none of SIMPLE DOUBLE TRIPLE"},
       {"ear UP 3", "ear: UP is none of LEFT|RIGHT"},
       {"ear LEFT 17", "ear: 17 is no number from 0 to 16"},
       {"ear LEFT three", "ear: three is no number from 0 to 16"},
@@ -77,13 +84,20 @@ TEST_F(StimuliTest, sayWhatIsWrongAndChangeNothing) {
       {"rfid a hex=0g", "rfid: 0g is no row of bytes"},
       {"rfid a color=GOLD", "rfid: GOLD is none of NONE_COL RED"},
       {"refuse NEVER", "refuse: NEVER is none of OK ERROR"},
-      {"refuse BUSY wings", "refuse: there is no command wings"},
+      {"refuse BUSY wings", "refuse: there is no command wings; there are interactiveMode, ping, "},
       {"refuse BUSY id", "refuse: there is no command id"},
+      {"refuse BUSY social", "refuse: there is no command social; "},
       {"refuse BUSY 0", "refuse: 0 is no number from 1"},
+      {"refuse BUSY -3", "refuse: -3 is no number from 1"},
+      {"refuse BUSY ears often", "refuse: often is no number from 1"},
       {"refuse BUSY ears 1 1", "refuse: what is 1?"},
+      {"delay 5 wings", "delay: there is no command wings; there are interactiveMode, ping, "},
       {"delay 60001", "delay: 60001 is no number from 0 to 60000"},
-      {"finish wings", "finish: there is no work wings"},
+      {"finish", "finish: what to end is missing"},
+      {"finish wings", "finish: there is no work wings; there are led, ears, tts, "},
       {"pieces 0", "pieces: 0 is no number from 1"},
+      {"call INCOMING",
+       "call: WHO is missing. Usage: call INCOMING WHO|BEGINNING [WHO]|TERMINATED [WHO]\n"},
       {"button \"SIMPLE", "a quote is left open"},
       {"button SIMPLE\\", "a quote is left open, or a backslash ends the line\n"},
       {"button \xff", "the line is not UTF-8 text"},
@@ -97,6 +111,35 @@ TEST_F(StimuliTest, sayWhatIsWrongAndChangeNothing) {
   EXPECT_THAT(bench_.device.state().delays, IsEmpty());
 }
 
+TEST_F(StimuliTest, aRefusalNamesEveryCommandThatTheDeviceAnswers) {
+  const std::string refusal = bench_.refused("refuse ERROR message");
+  ASSERT_THAT(Device::commands(), SizeIs(::testing::Gt(10U)));
+  for (const auto* command : Device::commands()) {
+    EXPECT_THAT(refusal, HasSubstr(command->name()));
+    EXPECT_EQ(bench_.noted("refuse ERROR " + command->name()).size(), 1U) << command->name();
+  }
+}
+
+TEST_F(StimuliTest, aRefusalShowsOnlyTheBeginningOfALongWord) {
+  const std::string word(5000, 'x');
+  for (const std::string before : {"", "app ", "button ", "ear LEFT ", "refuse BUSY ", "finish ",
+                                   "help ", "button SIMPLE ", "rfid a color="}) {
+    const std::string behind = before == "app " ? " button SIMPLE" : "";
+    const std::string refusal = bench_.refused(before + word + behind);
+    EXPECT_THAT(refusal, HasSubstr(word.substr(0, 40) + " ...")) << before;
+    EXPECT_LT(refusal.size(), 500U) << before;
+  }
+}
+
+TEST_F(StimuliTest, aRefusalRemindsOfQuotesWhereATextIsTaken) {
+  const std::string reminder = " (a TEXT with blanks stands in quotes)\n";
+  for (const char* line : {"message anna Are you there", "recognition light on 90",
+                           "serial ttyS1 hello you there", "finish led ERROR no light"}) {
+    EXPECT_THAT(bench_.refused(line), EndsWith(reminder)) << line;
+  }
+  EXPECT_THAT(bench_.refused("button SIMPLE DOUBLE"), Not(HasSubstr(reminder)));
+}
+
 TEST_F(StimuliTest, sayThatNobodyIsThere) {
   bench_.device.applicationLeft(1);
   bench_.device.applicationLeft(2);
@@ -104,6 +147,63 @@ TEST_F(StimuliTest, sayThatNobodyIsThere) {
     const StimulusOutcome outcome = stimulate(bench_.device, line);
     EXPECT_TRUE(outcome.done);
     EXPECT_EQ(outcome.text, "no application is connected\n") << line;
+  }
+  EXPECT_EQ(bench_.refused("app 1 button SIMPLE"), "no application is connected\n");
+}
+
+TEST_F(StimuliTest, nobodyHearsWordsOnceTheListenerIsGone) {
+  bench_.command("asr { dictionary: 'a' }");
+  bench_.device.applicationLeft(1);
+  EXPECT_THAT(bench_.refused("noise"), StartsWith("noise: nobody listens for words; "));
+}
+
+TEST_F(StimuliTest, whatALineChangesIsNoted) {
+  bench_.command("asr { dictionary: 'a' }");
+  const std::pair<const char*, const char*> cases[] = {
+      {"refuse ERROR", "refuses commands with ERROR, once"},
+      {"refuse ERROR morvikMessageQuery 3", "refuses morvikMessageQuery with ERROR, 3 times"},
+      {"app 2 refuse BUSY ears always", "refuses ears of app 2 with BUSY, always"},
+      {"accept", "refuses nothing"},
+      {"delay 700 ping", "answers ping after 700 ms"},
+      {"delay 0", "answers commands at once"},
+      {"finish asr TIMEOUT", "ends asr with TIMEOUT"},
+      {"pieces 3 50", "sends the next message in pieces of 3 bytes, 50 ms between them"},
+      {"app 2 pieces 3",
+       "sends the next message to app 2 in pieces of 3 bytes, 20 ms between them"},
+      {"message anna hi", "a message of anna came"},
+      {"contact anna", "the contact anna is kept"},
+      {"credentials facebookToken=abc", "credentials kept: facebookToken"},
+      {"credentials withhold", "the credentials are withheld"},
+      {"credentials give", "the credentials are given"},
+      {"ear LEFT 3", "the left ear is turned to 3"},
+      {"ear RIGHT 0", "the right ear is turned to 0"},
+      {"library SONG a 'b c'", "songs of the library: a, b c"},
+      {"library GENRE", "genres of the library: none"},
+  };
+  for (const auto& [line, note] : cases) EXPECT_THAT(bench_.noted(line), ElementsAre(note)) << line;
+}
+
+// A writer who sees nothing would not know whether the line was read.
+TEST_F(StimuliTest, everyWordShowsSomethingAlsoWhenNobodyIsThere) {
+  const std::map<std::string, std::string> behind = {
+      {"button", "SIMPLE"},     {"rfid", "a"},          {"ear", "LEFT 0"},
+      {"ears", "START_LEFT"},   {"message", "anna hi"}, {"contact", "anna"},
+      {"credentials", "give"},  {"dock", "1"},          {"recognition", "a 90"},
+      {"player", "PLAY"},       {"library", "SONG"},    {"call", "INCOMING you"},
+      {"serial", "ttyS1 line"}, {"refuse", "BUSY"},     {"delay", "5"},
+      {"finish", "asr"},        {"pieces", "3"},
+  };
+  bench_.command("asr { dictionary: 'a' }");
+  bench_.device.applicationLeft(1);
+  bench_.device.applicationLeft(2);
+  for (const Stimulus& stimulus : stimuli()) {
+    const auto words = behind.find(stimulus.word);
+    bench_.outlet.notes.clear();
+    const StimulusOutcome outcome =
+        stimulate(bench_.device,
+                  std::string(stimulus.word) + ' ' + (words != behind.end() ? words->second : ""));
+    EXPECT_THAT(outcome.text, Not(HasSubstr("missing")));
+    EXPECT_TRUE(!outcome.text.empty() || !bench_.outlet.notes.empty()) << stimulus.word;
   }
 }
 
