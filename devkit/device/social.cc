@@ -14,6 +14,7 @@ using Words = std::vector<std::string>;
 std::vector<std::string> allNames() {
   const auto* credentials = zeph::Social::descriptor();
   std::vector<std::string> names;
+  names.reserve(static_cast<std::size_t>(credentials->field_count()));
   for (int i = 0; i < credentials->field_count(); ++i) {
     names.push_back(credentials->field(i)->name());
   }
