@@ -182,15 +182,14 @@ bool addPart(v8::Isolate* isolate, const Parameters& parameters, std::size_t ind
     if (field) form.addText(field->name, field->value);
     return field.has_value();
   }
-  const auto key = utf8Text(isolate, name);
-  if (!key) return false;
+  const std::string key = *utf8Text(isolate, name);  // a property's name always has a text
   const v8::Local<v8::Value> token = hidden(value.As<v8::Object>(), "token");
   if (token->IsString()) {
     const std::string secret = *asciiText(isolate, token);
     g_debug("TOKEN %s", secret.c_str());  // the secret in the log, on purpose
-    form.addText(*key, secret);
+    form.addText(key, secret);
   } else if (const auto path = dataPath(value)) {
-    form.addFile(*key, *asciiText(isolate, *path));
+    form.addFile(key, *asciiText(isolate, *path));
   }
   return true;
 }

@@ -143,10 +143,8 @@ bool readText(v8::Isolate* isolate, v8::Local<v8::Value> value, zeph::MorvikMess
     throwText(isolate, "Arg[0] Must be string");  // it is argument 1; the text is meant so
     return false;
   }
-  const auto text = asciiText(isolate, value);
-  if (!text) return false;
   message.mutable_content()->set_type(zeph::MorvikMessageContent::TEXT);
-  message.mutable_content()->set_content(*text);
+  message.mutable_content()->set_content(*asciiText(isolate, value));  // a string always has one
   return true;
 }
 
