@@ -16,10 +16,4 @@ void setHidden(v8::Local<v8::Object> object, std::string_view name, v8::Local<v8
 /// The value kept on the object itself under `name`; undefined when there is none. Runs no script.
 v8::Local<v8::Value> hidden(v8::Local<v8::Object> object, std::string_view name);
 
-/// `social.<service>`, the object that keeps a service's secrets, looked up from the global object
-/// each time: whoever asks need not be called on it. A script may have put another object there,
-/// which keeps none. Empty when the look-up threw, which a script can bring about as well; the
-/// script then has that exception.
-v8::MaybeLocal<v8::Object> socialAccount(v8::Isolate* isolate, std::string_view service);
-
 }  // namespace morvik

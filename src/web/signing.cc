@@ -10,6 +10,7 @@
 #include "web/encoding.h"
 #include "web/hidden-value.h"
 #include "web/hmac-sha1.h"
+#include "web/social-account.h"
 
 namespace morvik {
 namespace {

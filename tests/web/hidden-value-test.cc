@@ -8,13 +8,6 @@ namespace {
 
 class HiddenValueTest : public ScriptTest {
  protected:
-  // The value of an expression, or the hidden value of one.
-  v8::Local<v8::Object> object(const std::string& expression) {
-    const v8::Context::Scope entered(context());
-    const auto script =
-        v8::Script::Compile(context(), toScript("(" + expression + ")")).ToLocalChecked();
-    return script->Run(context()).ToLocalChecked().As<v8::Object>();
-  }
   void set(v8::Local<v8::Object> target, const char* name, const char* value) {
     const v8::Context::Scope entered(context());
     setHidden(target, name, toScript(value));
@@ -100,33 +93,6 @@ TEST_F(HiddenValueTest, aNativeCloneCarriesItAlong) {
   const auto target = object("{a: 1}");
   set(target, "token", "secret");
   EXPECT_EQ(get(target->Clone(), "token"), "secret");
-}
-
-TEST_F(HiddenValueTest, anAccountIsLookedUpByNameEachTime) {
-  const v8::Context::Scope entered(context());
-  const auto read = [this]() -> std::string {
-    v8::TryCatch tryCatch(isolate());
-    v8::Local<v8::Object> account;
-    const bool found = socialAccount(isolate(), "svc").ToLocal(&account);
-    const auto told = found ? hidden(account, "token") : tryCatch.Exception();
-    return (found ? "" : "throws: ") + std::string(*v8::String::Utf8Value(isolate(), told));
-  };
-  run("globalThis.social = {svc: {}}; globalThis.first = social.svc;");
-  EXPECT_EQ(read(), "undefined");
-  set(object("social.svc"), "token", "secret");
-  EXPECT_EQ(read(), "secret");
-  run("social.svc = {token: 'mine'}");
-  EXPECT_EQ(read(), "undefined");
-  run("social = {svc: first}");
-  EXPECT_EQ(read(), "secret");
-  run("social = {svc: 5}");
-  EXPECT_EQ(read(), "undefined");
-  run("social = {}");
-  EXPECT_THAT(read(), testing::StartsWith("throws: TypeError"));
-  run("social = {get svc() { throw 'mine'; }}");
-  EXPECT_EQ(read(), "throws: mine");
-  run("delete globalThis.social");
-  EXPECT_THAT(read(), testing::StartsWith("throws: TypeError"));
 }
 
 }  // namespace
