@@ -78,6 +78,8 @@ class ScriptFunction {
   /// Calls from the main loop, the function itself being `this`. True only when it returned the
   /// boolean true. An exception is reported in the log and counts as false.
   bool call(std::initializer_list<v8::Local<v8::Value>> arguments = {}) const;
+  /// The same with this object, or with nothing where the handle is empty.
+  bool callWith(const v8::Global<v8::Object>& object) const;
 
  private:
   v8::Global<v8::Function> function_;

@@ -9,6 +9,9 @@
 
 #include <span>
 #include <string>
+#include <vector>
+
+#include "host/script.h"
 
 namespace morvik {
 
@@ -22,9 +25,16 @@ struct ExtraField {
   std::string value;  ///< UTF-8; escaped on the wire as any other value
 };
 
-/// GET of args[0], with the headers args[1] when `count` is 2 and it is an object. `count` is the
-/// number of arguments that the script gave; `args` holds as many of them as the operation looks at
-/// (two), or all when there are fewer.
+/// The first arguments of a call, `limit` of them at the most.
+std::vector<v8::Local<v8::Value>> firstArguments(const Args& args, int limit);
+
+/// How many arguments the operations look at.
+inline constexpr int kGetArguments = 2;
+inline constexpr int kPostArguments = 4;
+
+/// GET of args[0], with the headers args[1] when `count` is 2 and it is an object. `args` holds the
+/// first arguments of the script, as many as the operation looks at, or all when there are fewer.
+/// `count` may be larger: it is what the caller says was given.
 ///
 /// Gives an object with the texts `header` and `content`. A failed transfer is no failure here: its
 /// `content` is "curl error". Empty when the script has an exception: refused arguments, or what

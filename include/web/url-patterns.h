@@ -32,7 +32,8 @@ enum class UrlPattern { kFacebook, kSoundcloud, kQuery };
 /// patterns; while that fails, no URL is authorised.
 bool isUrlAuthorised(const std::string& url, UrlPattern pattern);
 
-/// Whether a URL that was authorised already has a query.
+/// Whether the URL has a "?" anywhere, in a fragment too. Only after isUrlAuthorised gave true in
+/// this process: that compiles the patterns.
 bool hasQuery(const std::string& url);
 
 }  // namespace morvik

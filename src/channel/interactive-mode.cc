@@ -66,11 +66,7 @@ void sendStart(const MorvikData& instance, const std::string& id,
 
 void callGranted(const InteractiveData& record) {
   g_debug("calling interactiveMode function");
-  if (record.object.IsEmpty()) {
-    record.callback.call();
-  } else {
-    record.callback.call({record.object.Get(v8::Isolate::GetCurrent())});
-  }
+  record.callback.callWith(record.object);
 }
 
 // A refusal ends the process at once, and says so at debug level only, on purpose.

@@ -189,6 +189,13 @@ bool ScriptFunction::call(std::initializer_list<v8::Local<v8::Value>> arguments)
   return false;
 }
 
+bool ScriptFunction::callWith(const v8::Global<v8::Object>& object) const {
+  if (object.IsEmpty()) return call();
+  v8::Isolate* isolate = v8::Isolate::GetCurrent();
+  const v8::HandleScope handles(isolate);
+  return call({object.Get(isolate)});
+}
+
 TemporaryContext::TemporaryContext()
     : handles_(v8::Isolate::GetCurrent()),
       context_(v8::Context::New(v8::Isolate::GetCurrent())),

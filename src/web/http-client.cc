@@ -5,7 +5,6 @@
 #include <glib.h>
 
 #include <algorithm>
-#include <array>
 #include <optional>
 
 #include "host/owned.h"
@@ -21,9 +20,6 @@ namespace morvik {
 namespace {
 
 using Values = std::span<const v8::Local<v8::Value>>;
-
-constexpr int kGetArguments = 2;
-constexpr int kPostArguments = 4;
 
 v8::MaybeLocal<v8::Object> refuse(v8::Isolate* isolate) {
   throwText(isolate, "Signature error function");
@@ -62,46 +58,41 @@ std::optional<HttpBody> bodyOf(v8::Isolate* isolate, v8::Local<v8::Object> param
   return HttpBody(std::move(*post));
 }
 
-// The script's arguments up to a limit; those beyond are dropped before anything looks at them.
-template <int limit>
-class Kept {
- public:
-  explicit Kept(const Args& args) : count_(std::min(args.Length(), limit)) {
-    for (int i = 0; i < count_; ++i) values_[static_cast<std::size_t>(i)] = args[i];
-  }
-  [[nodiscard]] Values values() const { return Values(values_).first(std::size_t(count_)); }
-  [[nodiscard]] int count() const { return count_; }
-
- private:
-  std::array<v8::Local<v8::Value>, limit> values_;
-  int count_;
-};
+// Of more arguments than the operation looks at, the others are dropped before anything looks at
+// them, and do not count.
 
 v8::MaybeLocal<v8::Object> requestGet(const Args& args) {
-  const Kept<kGetArguments> kept(args);
-  return httpget(args.GetIsolate(), kept.values(), kept.count());
+  const auto kept = firstArguments(args, kGetArguments);
+  return httpget(args.GetIsolate(), kept, static_cast<int>(kept.size()));
 }
 
 v8::MaybeLocal<v8::Object> requestPost(const Args& args) {
-  const Kept<kPostArguments> kept(args);
-  return httppost(args.GetIsolate(), kept.values(), kept.count());
+  const auto kept = firstArguments(args, kPostArguments);
+  return httppost(args.GetIsolate(), kept, static_cast<int>(kept.size()));
 }
 
-void give(const Args& args, v8::MaybeLocal<v8::Value> result) {
-  v8::Local<v8::Value> value;
+template <typename T>
+void give(const Args& args, v8::MaybeLocal<T> result) {
+  v8::Local<T> value;
   if (result.ToLocal(&value)) args.GetReturnValue().Set(value);
 }
 
 void get(const Args& args) { give(args, contentOf(requestGet(args))); }
 void post(const Args& args) { give(args, contentOf(requestPost(args))); }
-void get2(const Args& args) { give(args, requestGet(args).FromMaybe(v8::Local<v8::Object>())); }
-void post2(const Args& args) { give(args, requestPost(args).FromMaybe(v8::Local<v8::Object>())); }
+void get2(const Args& args) { give(args, requestGet(args)); }
+void post2(const Args& args) { give(args, requestPost(args)); }
 
 constexpr Binding kFunctions[] = {{"get", get}, {"post", post}, {"get2", get2}, {"post2", post2}};
 
 }  // namespace
 
 std::span<const Binding> httpFunctions() { return kFunctions; }
+
+std::vector<v8::Local<v8::Value>> firstArguments(const Args& args, int limit) {
+  std::vector<v8::Local<v8::Value>> values;
+  for (int i = 0; i < std::min(args.Length(), limit); ++i) values.push_back(args[i]);
+  return values;
+}
 
 v8::MaybeLocal<v8::Object> httpget(v8::Isolate* isolate, Values args, int count) {
   g_debug("httpget...");

@@ -11,6 +11,7 @@
 
 #include "channel/message.h"
 #include "channel/request.h"
+#include "host/engine.h"
 #include "web/contacts.h"
 #include "web/web.h"
 #include "web/wire-values.h"
@@ -22,7 +23,7 @@ using Query = zeph::MorvikMessageQuery;
 
 // Bytes of ids that go out in one message: as many as a script's own memory holds. A script names
 // more with one text in many places, or with an array of nothing but a length.
-constexpr std::size_t kMaxIds = 10485760;
+constexpr std::size_t kMaxIds = kMaxOldSpace;
 
 // What a field of so many bytes takes on the wire: its tag, its length and itself.
 std::size_t fieldSize(std::size_t size) {

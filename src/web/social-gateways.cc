@@ -2,13 +2,12 @@
 // goes to the service's own domain, and hand the script nothing but the answer.
 #include <glib.h>
 
-#include <algorithm>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "web/hidden-value.h"
 #include "web/http-client.h"
+#include "web/social-account.h"
 #include "web/social.h"
 #include "web/url-patterns.h"
 
@@ -23,9 +22,6 @@ struct Gateway {
 
 constexpr Gateway kFacebook = {"facebook", UrlPattern::kFacebook, "access_token"};
 constexpr Gateway kSoundcloud = {"soundcloud", UrlPattern::kSoundcloud, "oauth_token"};
-
-// What httppost looks at of a script's arguments.
-constexpr int kPostArguments = 4;
 
 // The URL of the call, or nothing after an exception: it is another's.
 std::optional<std::string> checkedUrl(const Args& args, const Gateway& gateway) {
@@ -68,8 +64,7 @@ v8::MaybeLocal<v8::Value> secureHttpPost(const Args& args, const Gateway& gatewa
     return {};
   }
   if (!checkedUrl(args, gateway)) return {};
-  std::vector<v8::Local<v8::Value>> arguments;
-  for (int i = 0; i < std::min(args.Length(), kPostArguments); ++i) arguments.push_back(args[i]);
+  const auto arguments = firstArguments(args, kPostArguments);
   const ExtraField extra{gateway.parameter, utf8Text(isolate, token).value()};
   // The count stays the script's own: with more than four, the fourth does not count.
   return contentOf(httppost(isolate, arguments, args.Length(), &extra));

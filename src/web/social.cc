@@ -151,11 +151,7 @@ void getSocialCallbackFunction(void* data, const zeph::ZephMsg& message) {
   if (message.has_social()) {
     addGateways(context, *currentInstance(isolate).descriptor, message.social());
   }
-  if (record->closure.IsEmpty()) {
-    record->callback.call();
-  } else {
-    record->callback.call({record->closure.Get(isolate)});
-  }
+  record->callback.callWith(record->closure);
 }
 
 std::span<const Binding> socialFunctions() { return kFunctions; }
