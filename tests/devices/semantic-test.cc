@@ -16,7 +16,7 @@ class SemanticTest : public ScriptTest {
     const auto object = v8::Object::New(isolate());
     setOwn(object, "kept", toScript("1"));
     parseSemantic(text, object);
-    context()->Global()->Set(context(), toScript("result"), object).Check();
+    setGlobal("result", object);
     return run("JSON.stringify(result)");
   }
 };

@@ -3,11 +3,10 @@
 
 #include <csignal>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include "bench.h"
 #include "program.h"
+#include "support/file-content.h"
 #include "support/temporary-folder.h"
 
 namespace morvik::devkit::testing {
@@ -15,10 +14,7 @@ namespace {
 
 using ::testing::HasSubstr;
 
-std::string page() {
-  std::ifstream stream(SOURCE_DIR "/docs/virtual-device.md");
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
+std::string page() { return test::contentOf(SOURCE_DIR "/docs/virtual-device.md"); }
 
 TEST(VirtualDevicePage, hasTheHelpOfTheCommandInput) {
   Bench bench;

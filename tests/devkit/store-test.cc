@@ -6,8 +6,8 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
+#include "support/file-content.h"
 #include "support/temporary-folder.h"
 
 namespace morvik::devkit::testing {
@@ -64,10 +64,7 @@ class StoreTest : public ::testing::Test {
     return store;
   }
 
-  std::string bytes() const {
-    std::ifstream stream(file(), std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-  }
+  std::string bytes() const { return test::contentOf(file()); }
 
   void writeFile(const std::string& bytes) const {
     std::filesystem::create_directories(folder());

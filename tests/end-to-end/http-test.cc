@@ -1,10 +1,9 @@
 // http against a real web server: what scripts get of its responses, plain, chunked, redirected,
 // large, in several charsets, failing or behind TLS, and what the server gets of their bodies.
-#include <fstream>
 #include <iostream>
-#include <iterator>
 
 #include "device/media-files.h"
+#include "support/file-content.h"
 #include "support/system/feature-test.h"
 #include "support/web/nginx.h"
 #include "support/web/recording-server.h"
@@ -327,8 +326,7 @@ TEST_F(HttpTest, whatTheDeviceHasTakenGoesUp) {
   for (const auto& row : rows) {
     SCOPED_TRACE(row.path);
     ASSERT_EQ(row.write(), std::nullopt);
-    std::ifstream file(row.path, std::ios::binary);
-    const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+    const std::string bytes = test::contentOf(row.path);
     interactive("morvik." + std::string(row.take) + "function(event) { log(http.post('" +
                     origin.url() + "', {a: event.data}) + http.post('" + origin.url() +
                     "', {a: event.data}, {}, true)); });",

@@ -5,9 +5,8 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
+#include "support/file-content.h"
 #include "support/system/feature-test.h"
 
 namespace morvik {
@@ -29,8 +28,7 @@ class ResourcesTest : public FeatureTest {
     apps.file(name.parent_path(), name.filename(), bytes);
   }
   [[nodiscard]] std::string contentOf(const std::string& file) const {
-    std::ifstream stream(path(file), std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    return test::contentOf(path(file));
   }
 
   // One application without any access runs the steps.

@@ -9,10 +9,9 @@
 
 #include <array>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <regex>
 
+#include "support/file-content.h"
 #include "support/system/system-test.h"
 #include "support/web/nginx.h"
 #include "support/web/recording-server.h"
@@ -82,8 +81,7 @@ TEST_F(WebSamplesTest, photoUploadSendsItsPicture) {
   sample.waitUntilEnded();
   ASSERT_EQ(web.bodies().size(), 1U);
   const std::string body = web.bodies()[0];
-  std::ifstream picture(SOURCE_DIR "/apps/photo-upload/picture.svg", std::ios::binary);
-  const std::string bytes{std::istreambuf_iterator<char>(picture), {}};
+  const std::string bytes = test::contentOf(SOURCE_DIR "/apps/photo-upload/picture.svg");
   EXPECT_THAT(body, HasSubstr("name=\"title\"\r\n\r\nFrom photo-upload\r\n"));
   EXPECT_THAT(body, HasSubstr("name=\"photo\"; filename=\"picture.svg\""));
   EXPECT_THAT(body, HasSubstr("\r\n\r\n" + bytes + "\r\n--"));

@@ -14,7 +14,7 @@ class LaunchTypeTest : public ScriptTest {
     const auto shape = v8::ObjectTemplate::New(isolate());
     buildLaunchType(shape, text);
     const auto object = shape->NewInstance(context()).ToLocalChecked();
-    context()->Global()->Set(context(), toScript("launchType"), object).Check();
+    setGlobal("launchType", object);
   }
 };
 

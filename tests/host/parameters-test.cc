@@ -23,7 +23,7 @@ class ParametersTest : public ScriptTest {
   std::string load() {
     const v8::Context::Scope entered(context());
     const auto params = loadParameters(files.path("config.bin"));
-    context()->Global()->Set(context(), toScript("params"), params).Check();
+    setGlobal("params", params);
     return run("JSON.stringify(params)");
   }
   static std::string serialised(const std::string& text) {

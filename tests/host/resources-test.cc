@@ -3,10 +3,10 @@
 
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 
 #include "host/app-files.h"
 #include "host/data-object.h"
+#include "support/file-content.h"
 #include "support/unit/feature-test.h"
 
 namespace morvik::test {
@@ -27,8 +27,7 @@ class ResourcesTest : public FeatureTest {
   }
 
   [[nodiscard]] std::string contentOf(const std::string& name) const {
-    std::ifstream file(path(name), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    return test::contentOf(path(name));
   }
 
   // The text of a file with this content, escaped.
@@ -138,7 +137,7 @@ TEST_F(ResourcesTest, aBufferThatAnObjectKeepsIsItsText) {
   const v8::Context::Scope entered(context());
   const auto data = getDataResource("/no/such/file");
   data->SetInternalField(0, v8::External::New(isolate(), buffer.get()));
-  context()->Global()->Set(context(), toScript("data"), data).Check();
+  setGlobal("data", data);
   log.clear();
   EXPECT_EQ(run("data.text"), "kept");
   EXPECT_EQ(ownLines(), Lines());

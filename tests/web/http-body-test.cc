@@ -17,12 +17,6 @@ using testing::HasSubstr;
 
 class HttpBodyTest : public WebTest {
  protected:
-  v8::Local<v8::Object> object(const std::string& expression) {
-    const auto script =
-        v8::Script::Compile(context(), toScript("(" + expression + ")")).ToLocalChecked();
-    return script->Run(context()).ToLocalChecked().As<v8::Object>();
-  }
-
   // The urlencoded body of an expression's value, or what it threw. `len` is kept aside.
   std::string simple(const std::string& params, const ExtraField* extra = nullptr) {
     const v8::Context::Scope entered(context());

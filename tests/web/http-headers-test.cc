@@ -16,9 +16,7 @@ class HttpHeadersTest : public ScriptTest {
   Lines linesOf(const std::string& expression) {
     const v8::Context::Scope entered(context());
     v8::TryCatch tryCatch(isolate());
-    const auto script =
-        v8::Script::Compile(context(), toScript("(" + expression + ")")).ToLocalChecked();
-    const auto headers = script->Run(context()).ToLocalChecked().As<v8::Object>();
+    const auto headers = object(expression);
     log.clear();
     CurlList list;
     if (!genCurlHeaders(isolate(), headers, list)) {

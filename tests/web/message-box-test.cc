@@ -40,10 +40,8 @@ class MessageBoxTest : public FeatureTest {
   void expectThrowsSilently(const std::string& call, const std::string& text,
                             const Lines& lines = {}) {
     SCOPED_TRACE(call);
-    log.clear();
     testing::internal::CaptureStdout();
-    EXPECT_EQ(run("try { " + call + "; 'no exception'; } catch (e) { typeof e + ': ' + e; }"),
-              "string: " + text);
+    expectThrows(call, text);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     EXPECT_EQ(ownLines(), lines);
     EXPECT_FALSE(sent());

@@ -62,9 +62,7 @@ class SocialGatewaysTest : public WebTest {
   // Throws this text as a plain String, and nothing goes out.
   void expectRefused(const std::string& call, const std::string& text) {
     SCOPED_TRACE(call);
-    log.clear();
-    EXPECT_EQ(run("try { " + call + "; 'no exception'; } catch (e) { typeof e + ': ' + e; }"),
-              "string: " + text);
+    expectThrows(call, text);
     EXPECT_EQ(web.waiting(), 0U);
   }
 

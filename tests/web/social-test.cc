@@ -32,12 +32,10 @@ class SocialTest : public FeatureTest {
   std::string members() { return run("Object.keys(social).join()"); }
 
   // What stands behind an object of the script's, as text.
-  std::string hiddenOf(const std::string& object, const char* name) {
+  std::string hiddenOf(const std::string& expression, const char* name) {
     const v8::HandleScope handles(isolate());
     const v8::Context::Scope entered(context());
-    const auto script = v8::Script::Compile(context(), toScript(object)).ToLocalChecked();
-    const auto value = script->Run(context()).ToLocalChecked();
-    return *utf8Text(isolate(), hidden(value.As<v8::Object>(), name));
+    return *utf8Text(isolate(), hidden(object(expression), name));
   }
 };
 

@@ -72,12 +72,6 @@ void FeatureTest::expectReads(const std::string& call, const std::string& order)
   EXPECT_TRUE(sent());
 }
 
-void FeatureTest::expectThrows(const std::string& call, const std::string& text) {
-  log.clear();
-  EXPECT_EQ(run("try { " + call + "; 'no exception'; } catch (e) { typeof e + ': ' + e; }"),
-            "string: " + text);
-}
-
 void FeatureTest::expectRefused(const std::vector<std::string>& calls, const std::string& text) {
   for (const bool interactive : {false, true}) {
     if (interactive) becomeInteractive();

@@ -67,9 +67,6 @@ class FeatureTest : public ScriptTest {
 
   /// One message with a fresh id, interactive id "granted" and this payload has been sent.
   void expectOneMessage(const std::string& payload);
-
-  /// The call throws this text as a plain String.
-  void expectThrows(const std::string& call, const std::string& text);
 };
 
 }  // namespace morvik::test

@@ -98,10 +98,27 @@ std::vector<std::string> ScriptTest::logged() const {
   return texts;
 }
 
+v8::Local<v8::Object> ScriptTest::object(const std::string& expression) {
+  const v8::Context::Scope entered(context());
+  const auto script =
+      v8::Script::Compile(context(), toScript("(" + expression + ")")).ToLocalChecked();
+  return script->Run(context()).ToLocalChecked().As<v8::Object>();
+}
+
+void ScriptTest::expectThrows(const std::string& call, const std::string& text) {
+  log.clear();
+  EXPECT_EQ(run("try { " + call + "; 'no exception'; } catch (e) { typeof e + ': ' + e; }"),
+            "string: " + text);
+}
+
+void ScriptTest::setGlobal(const char* name, v8::Local<v8::Value> value) {
+  const v8::Context::Scope entered(context());
+  context()->Global()->Set(context(), toScript(name), value).Check();
+}
+
 void ScriptTest::expose(const char* name, v8::FunctionCallback function) {
   const v8::Context::Scope entered(context());
-  const auto value = v8::Function::New(context(), function).ToLocalChecked();
-  context()->Global()->Set(context(), toScript(name), value).Check();
+  setGlobal(name, v8::Function::New(context(), function).ToLocalChecked());
 }
 
 void ScriptTest::becomeInteractive(const std::string& id) { instance.interactiveID = id; }

@@ -32,6 +32,14 @@ class ScriptTest : public testing::Test {
   /// What the script handed to log(), in order.
   [[nodiscard]] std::vector<std::string> logged() const;
 
+  /// The object that an expression gives.
+  v8::Local<v8::Object> object(const std::string& expression);
+
+  /// The call throws this text as a plain String. The log is cleared first.
+  void expectThrows(const std::string& call, const std::string& text);
+
+  /// Sets a global of the script.
+  void setGlobal(const char* name, v8::Local<v8::Value> value);
   /// Makes a native function a global of the script.
   void expose(const char* name, v8::FunctionCallback function);
 

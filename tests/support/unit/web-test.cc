@@ -27,11 +27,6 @@ void WebTest::writePicture(const std::string& bytes) {
   std::ofstream(pictureFile(), std::ios::binary) << bytes;
 }
 
-void WebTest::setGlobal(const char* name, v8::Local<v8::Value> value) {
-  const v8::Context::Scope entered(context());
-  context()->Global()->Set(context(), toScript(name), value).Check();
-}
-
 std::string WebTest::takeBody() { return bodyOf(web.takeRequest()); }
 
 std::vector<std::string> WebTest::logLines() const { return levelled(log.lines()); }

@@ -20,9 +20,6 @@ class WebTest : public ScriptTest {
   void writePicture(const std::string& bytes);
   [[nodiscard]] std::string pictureFile() const { return folder_ / "picture"; }
 
-  /// Sets a global of the script.
-  void setGlobal(const char* name, v8::Local<v8::Value> value);
-
   /// The body of the oldest request that was not taken yet.
   std::string takeBody();
 

@@ -12,8 +12,9 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
+
+#include "support/file-content.h"
 
 namespace morvik::test {
 namespace {
@@ -24,11 +25,6 @@ void makeCertificate(const std::string& folder) {
       " -subj /CN=localhost -addext subjectAltName=DNS:localhost -keyout " +
       folder + "/key.pem -out " + folder + "/certificate.pem 2>" + folder + "/openssl.log";
   if (std::system(command.c_str()) != 0) throw std::runtime_error("openssl made no certificate");
-}
-
-std::string contentOf(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 }  // namespace
