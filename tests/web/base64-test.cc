@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -42,6 +43,12 @@ TEST(Base64Test, encodesEveryByteAtEveryPlace) {
         g_base64_encode(reinterpret_cast<const guchar*>(bytes.data()), bytes.size()));
     ASSERT_EQ(encoded(bytes), expected.get());
   }
+}
+
+TEST(Base64Test, whatFollowsTheBytesDoesNotCount) {
+  constexpr unsigned char kBytes[] = {'f', 'o', 0xff, 0xff};
+  EXPECT_EQ(base64Encode(std::span(kBytes).first(1)), "Zg==");
+  EXPECT_EQ(base64Encode(std::span(kBytes).first(2)), "Zm8=");
 }
 
 TEST(Base64Test, aDigestGives28Characters) {
