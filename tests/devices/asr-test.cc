@@ -159,6 +159,11 @@ TEST_F(AsrTest, tellsTheFirstRecognition) {
       });
 }
 
+TEST_F(AsrTest, nothingOfAnAnsweredRequestIsKept) {
+  expectForgets("morvik.asr.string('oui|non', 'fr', kept)",
+                "asrCallback { recognition { text: 'x' confident: 1 } }");
+}
+
 TEST_F(AsrTest, anAnswerWithoutAResultOnlyLogs) {
   const char* none = "MESSAGE ASR: AsrCallback: has_asrcallback false";
   const char* end = "MESSAGE ASR: AsrCallback end";

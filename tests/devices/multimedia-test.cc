@@ -280,6 +280,10 @@ TEST_F(MultimediaTest, entriesAreUtf8) {
   EXPECT_EQ(run("length"), "2");
 }
 
+TEST_F(MultimediaTest, nothingOfAnAnsweredQueryIsKept) {
+  expectForgets("morvik.multimedia.artist(kept)", "multimedia { artistlist: 'a' }");
+}
+
 TEST_F(MultimediaTest, aQueryIsAnsweredOnce) {
   becomeInteractive();
   run("morvik.multimedia.artist(tell)");

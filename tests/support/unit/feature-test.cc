@@ -63,6 +63,21 @@ void FeatureTest::expectSends(const std::vector<SentRow>& rows) {
   }
 }
 
+void FeatureTest::expectForgets(const std::string& call, const std::string& answerText) {
+  SCOPED_TRACE(call);
+  becomeInteractive("granted");
+  run("var reference; (function() { const kept = function() {};"
+      "  reference = new WeakRef(kept); " +
+      call + "; })()");
+  const auto request = sent();
+  ASSERT_TRUE(request);
+  isolate()->LowMemoryNotification();
+  EXPECT_EQ(run("typeof reference.deref()"), "function");
+  answer(*request, zephMsg(answerText));
+  isolate()->LowMemoryNotification();
+  EXPECT_EQ(run("typeof reference.deref()"), "undefined");
+}
+
 void FeatureTest::expectReads(const std::string& call, const std::string& order) {
   SCOPED_TRACE(call);
   becomeInteractive("granted");

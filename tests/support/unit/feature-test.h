@@ -54,6 +54,10 @@ class FeatureTest : public ScriptTest {
   /// stands for an argument and notes its name when it becomes a text or a number.
   void expectReads(const std::string& call, const std::string& order);
 
+  /// In interactive mode: the function `kept` that the call hands over lives until its request has
+  /// this answer, and no longer.
+  void expectForgets(const std::string& call, const std::string& answer);
+
   /// Sends the call's request anew for each row, and answers it with the row's message.
   void expectAnswered(const std::string& call, const std::vector<HeardRow>& rows);
 
