@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-#include "channel/zeph-msg-listener.h"
+#include "host/zeph-msg-listener.h"
 
 namespace morvik {
 

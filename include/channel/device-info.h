@@ -3,7 +3,7 @@
 
 #include <zeph-message.pb.h>
 
-#include "channel/zeph-msg-listener.h"
+#include "host/zeph-msg-listener.h"
 
 namespace morvik {
 

@@ -1,7 +1,7 @@
 // Where a received message goes.
 #pragma once
 
-#include "channel/zeph-msg-listener.h"
+#include "host/zeph-msg-listener.h"
 
 namespace morvik {
 

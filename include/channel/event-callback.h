@@ -5,8 +5,8 @@
 
 #include <string>
 
-#include "channel/zeph-msg-listener.h"
 #include "host/script.h"
+#include "host/zeph-msg-listener.h"
 
 namespace morvik {
 

@@ -8,8 +8,8 @@
 #include <optional>
 #include <string>
 
-#include "channel/zeph-msg-listener.h"
 #include "host/script.h"
+#include "host/zeph-msg-listener.h"
 
 namespace morvik {
 

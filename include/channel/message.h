@@ -8,7 +8,7 @@
 #include <span>
 #include <string>
 
-#include "channel/zeph-msg-listener.h"
+#include "host/zeph-msg-listener.h"
 
 namespace morvik {
 

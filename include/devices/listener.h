@@ -6,8 +6,8 @@
 #include <memory>
 #include <utility>
 
-#include "channel/zeph-msg-listener.h"
 #include "host/script.h"
+#include "host/zeph-msg-listener.h"
 
 namespace morvik {
 

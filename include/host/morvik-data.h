@@ -9,9 +9,9 @@
 #include <optional>
 #include <string>
 
-#include "channel/zeph-msg-listener.h"
 #include "host/descriptor.h"
 #include "host/launch-options.h"
+#include "host/zeph-msg-listener.h"
 
 namespace morvik {
 

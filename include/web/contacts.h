@@ -4,8 +4,8 @@
 #include <v8.h>
 #include <zeph-message.pb.h>
 
-#include "channel/zeph-msg-listener.h"
 #include "host/script.h"
+#include "host/zeph-msg-listener.h"
 
 namespace morvik {
 

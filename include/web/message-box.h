@@ -6,8 +6,8 @@
 
 #include <optional>
 
-#include "channel/zeph-msg-listener.h"
 #include "host/script.h"
+#include "host/zeph-msg-listener.h"
 
 namespace morvik {
 

@@ -8,8 +8,8 @@
 #include <memory>
 #include <span>
 
-#include "channel/zeph-msg-listener.h"
 #include "host/script.h"
+#include "host/zeph-msg-listener.h"
 
 namespace morvik {
 

@@ -12,10 +12,10 @@
 #include <string>
 #include <vector>
 
-#include "channel/zeph-msg-listener.h"
 #include "host/launch-options.h"
 #include "host/morvik-data.h"
 #include "host/script.h"
+#include "host/zeph-msg-listener.h"
 #include "support/unit/captured-log.h"
 
 namespace morvik::test {
