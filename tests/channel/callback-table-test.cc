@@ -64,15 +64,14 @@ TEST_F(CallbackTableTest, registrationSetsTheTime) {
   EXPECT_LE(entry->time, std::time(nullptr));
 }
 
-// Registers an entry, lets it look `age` seconds old and registers another. Whether the first is
-// still there; nothing when the clock went on to the next second meanwhile.
-std::optional<bool> survivesAt(std::time_t age) {
+// What ages are counted from; any second does.
+constexpr std::time_t kBegin = 1700000000;
+
+// Whether an entry is still there when another one is registered at the age.
+bool survivesAt(std::time_t age) {
   const auto entry = newEntry();
-  registerCallback("aged", entry);
-  const std::time_t now = std::time(nullptr);
-  entry->time = now - age;
-  registerCallback("another", newEntry());
-  if (std::time(nullptr) != now) return std::nullopt;
+  registerCallback("aged", entry, kBegin);
+  registerCallback("another", newEntry(), kBegin + age);
   return findCallback(replyTo("aged")) == entry;
 }
 
@@ -80,16 +79,73 @@ TEST_F(CallbackTableTest, aRegistrationSweepsWhatIsOlderThanTenHours) {
   const std::pair<std::time_t, bool> ages[] = {{-5, true},    {0, true},      {35999, true},
                                                {36000, true}, {36001, false}, {1000000, false}};
   for (const auto& [age, survives] : ages) {
-    std::optional<bool> survived;
-    while (!survived) survived = survivesAt(age);
-    EXPECT_EQ(*survived, survives) << age;
+    EXPECT_EQ(survivesAt(age), survives) << age;
+    releaseCallbacks();
   }
+}
+
+// Which of the ids "0", "1", ... up to `count` are still in the table.
+std::vector<int> remaining(int count) {
+  std::vector<int> ids;
+  for (int id = 0; id < count; ++id) {
+    if (findCallback(replyTo(std::to_string(id)))) ids.push_back(id);
+  }
+  return ids;
+}
+
+TEST_F(CallbackTableTest, aSweepTakesEachEntryAtItsOwnAge) {
+  const std::time_t times[] = {0, 0, 10, 20, 20, 30};
+  int id = 0;
+  for (const std::time_t time : times) {
+    registerCallback(std::to_string(id++), newEntry(), kBegin + time);
+  }
+  const std::pair<std::time_t, std::vector<int>> sweeps[] = {{0, {0, 1, 2, 3, 4, 5}},
+                                                             {1, {2, 3, 4, 5}},
+                                                             {10, {2, 3, 4, 5}},
+                                                             {11, {3, 4, 5}},
+                                                             {20, {3, 4, 5}},
+                                                             {21, {5}},
+                                                             {31, {}}};
+  for (const auto& [beyond, ids] : sweeps) {
+    registerCallback("sweeping", newEntry(), kBegin + kMaxEntryAge + beyond);
+    EXPECT_EQ(remaining(6), ids) << beyond;
+  }
+}
+
+// Entries from before the step lie ahead of the clock, and stay until it has caught up with them.
+TEST_F(CallbackTableTest, aClockThatIsSetBackSweepsByTheTimeThatEachEntryGot) {
+  registerCallback("0", newEntry(), kBegin + 50000);
+  registerCallback("1", newEntry(), kBegin);
+  registerCallback("2", newEntry(), kBegin + 100);
+  const std::pair<std::time_t, std::vector<int>> sweeps[] = {
+      {36000, {0, 1, 2}}, {36001, {0, 2}}, {36101, {0}}, {50000 + 36000, {0}}, {50000 + 36001, {}}};
+  for (const auto& [now, ids] : sweeps) {
+    registerCallback("sweeping", newEntry(), kBegin + now);
+    EXPECT_EQ(remaining(3), ids) << now;
+  }
+}
+
+// The place among the ages goes with the entry that had it.
+TEST_F(CallbackTableTest, anIdThatIsRegisteredAgainIsYoungAgain) {
+  registerCallback("0", newEntry(), kBegin);
+  registerCallback("1", newEntry(), kBegin + 10);
+  registerCallback("0", newEntry(), kBegin + 20);
+  registerCallback("sweeping", newEntry(), kBegin + 36011);
+  EXPECT_THAT(remaining(2), ElementsAre(0));
+  registerCallback("sweeping", newEntry(), kBegin + 36021);
+  EXPECT_THAT(remaining(2), ElementsAre());
+}
+
+TEST_F(CallbackTableTest, anIdThatIsRegisteredAgainAfterTheClockWasSetBackIsOlder) {
+  registerCallback("0", newEntry(), kBegin + 20);
+  registerCallback("0", newEntry(), kBegin);
+  registerCallback("sweeping", newEntry(), kBegin + 36001);
+  EXPECT_THAT(remaining(1), ElementsAre());
 }
 
 TEST_F(CallbackTableTest, onlyARegistrationSweeps) {
   const auto entry = newEntry();
-  registerCallback("aged", entry);
-  entry->time = 0;
+  registerCallback("aged", entry, 0);
   EXPECT_EQ(findCallback(replyTo("aged")), entry);
   EXPECT_EQ(findCallback(replyTo("other")), nullptr);
   EXPECT_EQ(findCallback(replyTo("aged")), entry);
@@ -98,8 +154,7 @@ TEST_F(CallbackTableTest, onlyARegistrationSweeps) {
 TEST_F(CallbackTableTest, aSweptEntryIsReleasedWithItsData) {
   auto data = std::make_shared<int>(1);
   const std::weak_ptr<int> watch = data;
-  registerCallback("aged", newEntry(std::move(data)));
-  findCallback(replyTo("aged"))->time = 0;
+  registerCallback("aged", newEntry(std::move(data)), 0);
   EXPECT_FALSE(watch.expired());
   registerCallback("another", newEntry());
   EXPECT_TRUE(watch.expired());
@@ -195,8 +250,8 @@ std::string heardLast;
 
 void registerWithinTheReply(void* data, const zeph::ZephMsg& message) {
   auto& script = *static_cast<Script*>(data);
-  findCallback(message)->time = 0;  // as after ten hours
-  registerCallback(script.registers, newEntry());
+  const std::time_t time = findCallback(message)->time;
+  registerCallback(script.registers, newEntry(), time + kMaxEntryAge + 1);
   script.heard = "heard by " + script.id;
   heardLast = script.heard;
 }
