@@ -1,4 +1,5 @@
-// Awaited replies: which function hears the answer to which request.
+// Awaited replies: which function hears the answer to which request. The table keeps and finds;
+// what is sent and received is the connection's.
 #pragma once
 
 #include <zeph-message.pb.h>
@@ -6,6 +7,7 @@
 #include <ctime>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "host/zeph-msg-listener.h"
 
@@ -23,6 +25,11 @@ struct CallbackEntry {
   std::time_t time = 0;  ///< whole seconds, set by registerCallback; a later change ages nothing
 };
 
+/// The entry of a request that is about to be sent.
+inline std::shared_ptr<CallbackEntry> awaiting(ReplyFunction function, std::shared_ptr<void> data) {
+  return std::make_shared<CallbackEntry>(CallbackEntry{function, std::move(data)});
+}
+
 /// Age in seconds that an entry may reach.
 inline constexpr std::time_t kMaxEntryAge = 36000;
 
@@ -38,10 +45,6 @@ std::shared_ptr<CallbackEntry> findCallback(const zeph::ZephMsg& message);
 
 /// Runs the entry's reply function on the message.
 void callCallback(const std::shared_ptr<CallbackEntry>& entry, const zeph::ZephMsg& message);
-
-/// Registers the entry under the message's id, and then sends the message (see sendZephMsg).
-void sendZephMsgCallback(int socket, const zeph::ZephMsg& message,
-                         std::shared_ptr<CallbackEntry> entry);
 
 /// Releases the whole table, while the script engine still stands.
 void releaseCallbacks();

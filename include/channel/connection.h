@@ -1,8 +1,8 @@
-// The one connection to the device server: a blocking socket, polled from the main loop's idle
-// turns. Any failure of a connection that stands ends the process through a fatal log.
+// The connection to the device server: a blocking socket, and frames on it. It knows neither the
+// script engine nor the main loop. A failure of a connection that stands ends the process through a
+// fatal log: nothing is connected anew, and no script hears of it.
 #pragma once
 
-#include <glib.h>
 #include <zeph-message.pb.h>
 
 #include <cstdint>
@@ -11,21 +11,16 @@
 
 namespace morvik {
 
-class MorvikData;
-
-/// Connects to host and port (its low 16 bits), both blocking, and adds the message pump to the
-/// main loop. 0 on success; -1 after a failed name lookup or connect, and nothing has changed then.
-/// A second connection takes the place of the first one, which stays open and unread.
-int connectServer(const char* host, std::int32_t port, MorvikData* listener);
+/// Connects to host and port (its low 16 bits), both blocking. The socket, which nothing ever
+/// closes; -1 after a failed name lookup or connect, of which the log tells.
+int openConnection(const char* host, std::int32_t port);
 
 /// Writes one frame. Blocks while the kernel's buffer is full. Returns 0; a failure is fatal.
 int sendZephMsg(int socket, const zeph::ZephMsg& message);
 
 /// Waits a millisecond at most and reads at most one frame into an empty message. 0 when a message
-/// was read, 1 when none was waiting; a failure is fatal.
+/// was read, 1 when none was waiting; a failure is fatal. Once a frame has begun, this blocks until
+/// it has come whole.
 int receiveZephMsg(int socket, zeph::ZephMsg& message);
-
-/// The message pump, an idle source: one message a turn, dispatched to the MorvikData `listener`.
-gboolean onSocketIdle(gpointer listener);
 
 }  // namespace morvik

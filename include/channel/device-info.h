@@ -7,8 +7,8 @@
 
 namespace morvik {
 
-/// A reply function; `data` is a PendingFunction. Hands the script one object of texts, once. A
-/// message without device information leaves the query open.
+/// A reply function; `data` is an AnsweredOnce<ScriptFunction>. Hands the script one object of
+/// texts, once. A message without device information leaves the query open.
 void InfoMorvikCallbackFunction(void* data, const zeph::ZephMsg& message);
 
 }  // namespace morvik

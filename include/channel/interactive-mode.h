@@ -5,7 +5,7 @@
 #include <v8.h>
 #include <zeph-message.pb.h>
 
-#include <optional>
+#include <memory>
 #include <string>
 
 #include "host/script.h"
@@ -34,22 +34,22 @@ class InteractiveData {
   bool answered = false;          ///< whether the end of this record is worth a line in the log
 };
 
-/// What the table of awaited replies keeps for a morvik.start: empty once the answer has come.
-struct PendingStart {
-  std::unique_ptr<InteractiveData> record;
-};
+/// Sends the request of a morvik.start over the connection of the record's instance.
+void askForInteractiveMode(std::unique_ptr<InteractiveData> record);
 
-/// The reply function of a start request; `data` is a PendingStart. OK grants the mode and calls
-/// the script; any other code ends the process with status 1. Hears one answer only.
+/// Sends the request of a morvik.stop. The instance has an interactive id, and keeps it.
+void askToStop(const MorvikData& instance);
+
+/// The reply function of a start request; `data` is an AnsweredOnce<InteractiveData>. OK grants the
+/// mode and calls the script; any other code ends the process with status 1. An answer without a
+/// code uses the request up: the script's function is never called.
 void InteractiveCallback(void* data, const zeph::ZephMsg& message);
 
-/// A stop notice has come: arms the timer that ends the process. Nothing disarms it.
+/// A stop notice has come: arms the timer that ends the process. Nothing disarms it. The script is
+/// not told, and what it sends goes out as before.
 void interactiveModeStopped();
 
 /// That timer: ends the process with status 0.
 gboolean stopAutokillCallback(gpointer unused);
-
-/// Sets an interactive id without asking the server. Bound to no script name.
-void SetInteractive(const Args& args);
 
 }  // namespace morvik

@@ -14,6 +14,11 @@ namespace morvik {
 
 class MorvikData;
 
+/// Registers the entry under the message's id, and then sends the message (see sendZephMsg), so
+/// that no answer can come too early.
+void sendZephMsgCallback(int socket, const zeph::ZephMsg& message,
+                         std::shared_ptr<CallbackEntry> entry);
+
 /// One script call on its way to becoming a message. The checks throw to the script, and from then
 /// on the request is refused: reads give empty values and nothing may be sent.
 ///
@@ -35,6 +40,9 @@ class Request {
   void expect(bool condition);
   /// Takes the function in the last place if there are `fixed` + 1 arguments; refuses other counts.
   void expectArguments(int fixed);
+  /// Takes the function in the last place of `fixed` + 1 arguments; refuses everything else. For
+  /// calls that are nothing without their function.
+  void expectFunction(int fixed);
   /// Refuses outside interactive mode.
   void expectInteractive();
 
@@ -54,6 +62,9 @@ class Request {
   /// Sends. Without a function from the script it is fire and forget; with one, `reply` hears every
   /// answer with an EventCallbackData of it.
   void send(ReplyFunction reply = EventCallback);
+  /// Sends, and `reply` hears every answer with an AnsweredOnce<ScriptFunction> of the script's
+  /// function, which there must be.
+  void sendForFirst(ReplyFunction reply);
   /// Sends, and `reply` hears every answer with `data`.
   void sendFor(ReplyFunction reply, std::shared_ptr<void> data);
 

@@ -13,8 +13,8 @@ namespace morvik {
 /// in the current context.
 v8::Local<v8::Object> contactToObject(const zeph::Contact& contact);
 
-/// A reply function; `data` is a PendingFunction. Hands the script an array of contacts, once; an
-/// empty one when the answer holds none.
+/// A reply function; `data` is an AnsweredOnce<ScriptFunction>. Hands the script an array of
+/// contacts, once; an empty one when the answer holds none.
 void getContactCallbackFunction(void* data, const zeph::ZephMsg& message);
 
 }  // namespace morvik

@@ -11,18 +11,17 @@
 
 namespace morvik {
 
-/// A query that waits for its messages.
+/// What a query of the message box keeps until its messages come.
 struct MessageCallbackContext {
   explicit MessageCallbackContext(v8::Local<v8::Value> scriptValue) {
     if (scriptValue->IsFunction()) callback.emplace(scriptValue.As<v8::Function>());
   }
   std::optional<ScriptFunction> callback;  ///< nothing if the script gave something else
-  bool answered = false;                   ///< a further answer does nothing
 };
 
-/// A reply function; `data` is a MessageCallbackContext. Hands the script an array of messages,
-/// once. An answer without a list, such as a bare response, does not reach the script and leaves
-/// the query open.
+/// A reply function; `data` is an AnsweredOnce<MessageCallbackContext>. Hands the script an array
+/// of messages, once. An answer without a list, such as a bare response, does not reach the script
+/// and leaves the query open.
 void MessageCallbackFunction(void* data, const zeph::ZephMsg& message);
 
 }  // namespace morvik

@@ -6,8 +6,6 @@
 #include <map>
 #include <utility>
 
-#include "channel/connection.h"
-
 namespace morvik {
 namespace {
 
@@ -105,12 +103,6 @@ void callCallback(const std::shared_ptr<CallbackEntry>& entry, const zeph::ZephM
   g_debug("callback data: %p", entry->data.get());
   g_debug("response: %p", static_cast<const void*>(&message));
   entry->function(entry->data.get(), message);
-}
-
-void sendZephMsgCallback(int socket, const zeph::ZephMsg& message,
-                         std::shared_ptr<CallbackEntry> entry) {
-  registerCallback(message.id(), std::move(entry));
-  sendZephMsg(socket, message);
 }
 
 void releaseCallbacks() {

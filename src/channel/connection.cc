@@ -1,6 +1,7 @@
-// The connection to the device server. No recovery: when it breaks, the application ends.
+// The connection to the device server: looking up, connecting, and whole frames in both directions.
 #include "channel/connection.h"
 
+#include <glib.h>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <sys/select.h>
@@ -9,13 +10,13 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
+#include <span>
+#include <string>
 
-#include "channel/channel-functions.h"
-#include "channel/dispatch.h"
 #include "channel/frame.h"
 #include "channel/message.h"
-#include "host/morvik-data.h"
 #include "host/owned.h"
 
 namespace morvik {
@@ -67,7 +68,9 @@ bool messageWaits(int socket) {
 
 std::uint32_t receiveLength(int socket) {
   // The write position moves a whole word for every byte received, on purpose: a length in one
-  // piece is read correctly, a split one is not put together. Zeroes stand where it never writes.
+  // piece is read correctly, a split one is not put together. What a server sees that splits it is
+  // an application that waits for a frame of another length, or ends. Zeroes stand where nothing is
+  // written, so that the wrong length is the same each time.
   std::array<std::uint8_t, kFrameHeaderSize * kFrameHeaderSize> words{};
   for (std::size_t count = 0; count < kFrameHeaderSize;) {
     const ssize_t got =
@@ -90,29 +93,13 @@ MallocBytes receivePayload(int socket, std::size_t length) {
   return buffer;
 }
 
-// What is made for scripts on the way of a message goes when it has been dispatched.
-void dispatchInScope(MorvikData& instance, const zeph::ZephMsg& message) {
-  const v8::HandleScope handles(v8::Isolate::GetCurrent());
-  dispatch(instance, message);
-}
-
-// A plain object in third place is refused and anything else there is let pass, on purpose.
-bool acceptsConnect(const Args& args) {
-  if (args.Length() < 2 || !args[0]->IsString() || !args[1]->IsInt32()) return false;
-  return args.Length() == 2 || (args.Length() == 3 && !args[2]->IsObject());
-}
-
 }  // namespace
 
-int connectServer(const char* host, std::int32_t port, MorvikData* listener) {
-  const int descriptor = ::socket(AF_INET, SOCK_STREAM, 0);
-  if (!establish(descriptor, host, port)) {
-    close(descriptor);
-    return -1;
-  }
-  listener->socket = descriptor;
-  g_idle_add(onSocketIdle, listener);
-  return 0;
+int openConnection(const char* host, std::int32_t port) {
+  const int socket = ::socket(AF_INET, SOCK_STREAM, 0);
+  if (establish(socket, host, port)) return socket;
+  close(socket);
+  return -1;
 }
 
 int sendZephMsg(int socket, const zeph::ZephMsg& message) {
@@ -135,26 +122,6 @@ int receiveZephMsg(int socket, zeph::ZephMsg& message) {
   // Messages with credentials never reach the log.
   if (!message.has_social()) g_debug("Received MSG\n%s", message.DebugString().c_str());
   return 0;
-}
-
-gboolean onSocketIdle(gpointer listener) {
-  auto& instance = *static_cast<MorvikData*>(listener);
-  zeph::ZephMsg message;
-  const int result = receiveZephMsg(instance.socket, message);
-  if (result == -1) return G_SOURCE_REMOVE;
-  if (result == 0) dispatchInScope(instance, message);
-  return G_SOURCE_CONTINUE;
-}
-
-void connect(const Args& args) {
-  v8::Isolate* isolate = args.GetIsolate();
-  if (!acceptsConnect(args)) return throwText(isolate, "Wrong arguments");
-  ArgumentReader reader(args);
-  const std::string host = reader.ascii(0);
-  const std::int32_t port = reader.int32(1);
-  if (connectServer(host.c_str(), port, &currentInstance(isolate)) == 0) return;
-  g_warning("connection refused");
-  throwText(isolate, "connection refused");
 }
 
 }  // namespace morvik

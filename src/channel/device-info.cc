@@ -1,13 +1,10 @@
-// ping, and morvik.info: the device's own words about itself, passed on as they are.
+// What the device says about itself, passed on as it is: the host knows none of its keys.
 #include "channel/device-info.h"
 
 #include <glib.h>
 
-#include <memory>
-
-#include "channel/channel-functions.h"
-#include "channel/pending-function.h"
-#include "channel/request.h"
+#include "channel/answered-once.h"
+#include "host/script.h"
 
 namespace morvik {
 namespace {
@@ -32,30 +29,10 @@ void InfoMorvikCallbackFunction(void* data, const zeph::ZephMsg& message) {
     g_message("InfoMorvikCallbackFunction: has_morvikinfo_response false");
     return;
   }
-  const auto function = static_cast<PendingFunction*>(data)->take();
+  const auto function = static_cast<AnsweredOnce<ScriptFunction>*>(data)->take();
   if (!function) return;  // answered before
   const TemporaryContext temporary;
   function->call({infoObject(temporary, message.morvikinfo_response())});
-}
-
-void ping(const Args& args) {
-  Request request(args, "PingFunction", 0);
-  if (request.refused()) return;
-  g_message("PingFunction");
-  request.message().mutable_ping();
-  request.send();
-}
-
-void info(const Args& args) {
-  Request request(args);
-  request.expect(args.Length() == 1 && args[0]->IsFunction());
-  if (request.refused()) return;
-  g_message("ConfigMorvikGet");
-  request.expectInteractive();
-  if (request.refused()) return;
-  request.message().mutable_morvikinfo_query();
-  request.sendFor(InfoMorvikCallbackFunction,
-                  std::make_shared<PendingFunction>(args[0].As<v8::Function>()));
 }
 
 }  // namespace morvik

@@ -1,11 +1,18 @@
 // The request pattern, step by step: arguments, interactive mode, message, reply, sending.
 #include "channel/request.h"
 
+#include "channel/answered-once.h"
 #include "channel/connection.h"
 #include "channel/message.h"
 #include "host/morvik-data.h"
 
 namespace morvik {
+
+void sendZephMsgCallback(int socket, const zeph::ZephMsg& message,
+                         std::shared_ptr<CallbackEntry> entry) {
+  registerCallback(message.id(), std::move(entry));
+  sendZephMsg(socket, message);
+}
 
 Request::Request(const Args& args)
     : args_(args), reader_(args), instance_(currentInstance(args.GetIsolate())) {}
@@ -29,6 +36,11 @@ void Request::expectArguments(int fixed) {
   const bool withCallback = args_.Length() == fixed + 1 && args_[fixed]->IsFunction();
   if (withCallback) callback_ = args_[fixed].As<v8::Function>();
   expect(withCallback || args_.Length() == fixed);
+}
+
+void Request::expectFunction(int fixed) {
+  expect(args_.Length() == fixed + 1);
+  expectArguments(fixed);
 }
 
 void Request::expectInteractive() {
@@ -59,11 +71,12 @@ void Request::send(ReplyFunction reply) {
   }
 }
 
+void Request::sendForFirst(ReplyFunction reply) {
+  sendFor(reply, onceFor(std::make_unique<ScriptFunction>(callback_)));
+}
+
 void Request::sendFor(ReplyFunction reply, std::shared_ptr<void> data) {
-  auto entry = std::make_shared<CallbackEntry>();
-  entry->function = reply;
-  entry->data = std::move(data);
-  sendZephMsgCallback(instance_.socket, message(), std::move(entry));
+  sendZephMsgCallback(instance_.socket, message(), awaiting(reply, std::move(data)));
 }
 
 }  // namespace morvik

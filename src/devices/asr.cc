@@ -1,7 +1,7 @@
 // morvik.asr: file, string. The server listens; what it heard comes back once, with its meaning.
 #include <glib.h>
 
-#include "channel/pending-function.h"
+#include "channel/answered-once.h"
 #include "channel/request.h"
 #include "devices/devices.h"
 #include "devices/semantic.h"
@@ -62,8 +62,8 @@ v8::Local<v8::Object> resultObject(const TemporaryContext& temporary,
   return object;
 }
 
-// A reply function; `data` is a PendingFunction. An answer without a result, a refusal among them,
-// leaves it waiting.
+// A reply function; `data` is an AnsweredOnce<ScriptFunction>. An answer without a result, a
+// refusal among them, leaves it waiting.
 void AsrCallback(void* data, const zeph::ZephMsg& message) {
   g_message("ASR: AsrCallback");
   logResponse(message);
@@ -75,7 +75,7 @@ void AsrCallback(void* data, const zeph::ZephMsg& message) {
   g_message("ASR: AsrCallback: has_asrcallback true. recognition_size: %d",
             message.asrcallback().recognition_size());
   const Recognition& recognition = firstRecognition(message.asrcallback());
-  const auto function = static_cast<PendingFunction*>(data)->take();
+  const auto function = static_cast<AnsweredOnce<ScriptFunction>*>(data)->take();
   if (!function) return;  // answered before
   const TemporaryContext temporary;
   function->call({resultObject(temporary, recognition)});
@@ -92,7 +92,7 @@ void file(const Args& args) {
 
 void string(const Args& args) {
   Request request(args);
-  request.expect(args.Length() == 3 && args[2]->IsFunction());
+  request.expectFunction(2);
   request.expectInteractive();
   const std::string grammar = request.utf8(0);
   const std::string lang = request.utf8(1);
@@ -100,7 +100,7 @@ void string(const Args& args) {
   g_message("ASR: grammar[%s]", grammar.c_str());
   request.message().mutable_asr()->add_dictionary(grammar);
   request.message().mutable_asr()->set_lang(lang);
-  request.sendFor(AsrCallback, std::make_shared<PendingFunction>(args[2].As<v8::Function>()));
+  request.sendForFirst(AsrCallback);
 }
 
 constexpr Binding kFunctions[] = {{"file", file}, {"string", string}};

@@ -7,8 +7,8 @@
 #include <optional>
 #include <string>
 
+#include "channel/answered-once.h"
 #include "channel/message.h"
-#include "channel/pending-function.h"
 #include "channel/request.h"
 #include "devices/devices.h"
 #include "devices/listener.h"
@@ -61,37 +61,36 @@ void play(const Args& args) {
   request.send();
 }
 
-// The field of the request that says what the player shall do, or which list is asked for.
-template <typename Field>
-using Mutable = Field* (zeph::Multimedia::*)();
+// Puts into the request what the player shall do, or which list is asked for.
+using Choose = void (*)(zeph::Multimedia& request);
 
-template <typename Field>
-void control(const Args& args, const char* label, const char* line, Mutable<Field> field) {
+void control(const Args& args, const char* label, const char* line, Choose choose) {
   Request request(args, label, 0);
   if (request.refused()) return;
   g_message("%s", line);
-  (request.message().mutable_multimedia()->*field)();
+  choose(*request.message().mutable_multimedia());
   request.send();
 }
 
 void pause(const Args& args) {
-  control(args, "MutimediaPause", "MULTIMEDIA: pause", &zeph::Multimedia::mutable_pause);
+  control(args, "MutimediaPause", "MULTIMEDIA: pause", [](auto& to) { to.mutable_pause(); });
 }
 
 void resume(const Args& args) {
-  control(args, "MultimediaResume", "MULTIMEDIA: resume", &zeph::Multimedia::mutable_resume);
+  control(args, "MultimediaResume", "MULTIMEDIA: resume", [](auto& to) { to.mutable_resume(); });
 }
 
 void stop(const Args& args) {
-  control(args, "MutimediaStop", "MULTIMEDIA: stop", &zeph::Multimedia::mutable_stop);
+  control(args, "MutimediaStop", "MULTIMEDIA: stop", [](auto& to) { to.mutable_stop(); });
 }
 
 void next(const Args& args) {
-  control(args, "MultimediaNext", "MULTIMEDIA: next", &zeph::Multimedia::mutable_next);
+  control(args, "MultimediaNext", "MULTIMEDIA: next", [](auto& to) { to.mutable_next(); });
 }
 
 void previous(const Args& args) {
-  control(args, "MultimediaPrevious", "MULTIMEDIA: previous", &zeph::Multimedia::mutable_previous);
+  control(args, "MultimediaPrevious", "MULTIMEDIA: previous",
+          [](auto& to) { to.mutable_previous(); });
 }
 
 // The first list that is not empty, whichever was asked for, and of it the first entry alone: what
@@ -107,7 +106,7 @@ const std::string* firstEntry(const zeph::Multimedia& answer) {
 // An answer without a list uses the query up all the same, on purpose.
 void MultimedialistCallback(void* data, const zeph::ZephMsg& message) {
   g_message("MULTIMEDIA: MultimedialistCallback");
-  const auto function = static_cast<PendingFunction*>(data)->take();
+  const auto function = static_cast<AnsweredOnce<ScriptFunction>*>(data)->take();
   const std::string* entry = firstEntry(message.multimedia());
   if (entry == nullptr) {
     g_message("MULTIMEDIA: MultimedialistCallback : no list");
@@ -118,36 +117,34 @@ void MultimedialistCallback(void* data, const zeph::ZephMsg& message) {
 }
 
 // Unlike the player's commands, a query needs its function.
-template <typename Field>
-void query(const Args& args, const char* line, Mutable<Field> field) {
+void query(const Args& args, const char* line, Choose choose) {
   Request request(args);
-  request.expect(args.Length() == 1 && args[0]->IsFunction());
+  request.expectFunction(0);
   request.expectInteractive();
   if (request.refused()) return;
   g_message("%s", line);
-  (request.message().mutable_multimedia()->*field)();
-  request.sendFor(MultimedialistCallback,
-                  std::make_shared<PendingFunction>(args[0].As<v8::Function>()));
+  choose(*request.message().mutable_multimedia());
+  request.sendForFirst(MultimedialistCallback);
 }
 
 void artist(const Args& args) {
-  query(args, "MULTIMEDIA: GetArtist", &zeph::Multimedia::mutable_getartist);
+  query(args, "MULTIMEDIA: GetArtist", [](auto& to) { to.mutable_getartist(); });
 }
 
 void folder(const Args& args) {
-  query(args, "MULTIMEDIA: GetFolder", &zeph::Multimedia::mutable_getfolder);
+  query(args, "MULTIMEDIA: GetFolder", [](auto& to) { to.mutable_getfolder(); });
 }
 
 void genre(const Args& args) {
-  query(args, "MULTIMEDIA: GetGenre", &zeph::Multimedia::mutable_getgenre);
+  query(args, "MULTIMEDIA: GetGenre", [](auto& to) { to.mutable_getgenre(); });
 }
 
 void playlist(const Args& args) {
-  query(args, "MULTIMEDIA: GetPlaylist", &zeph::Multimedia::mutable_getplaylist);
+  query(args, "MULTIMEDIA: GetPlaylist", [](auto& to) { to.mutable_getplaylist(); });
 }
 
 void song(const Args& args) {
-  query(args, "MULTIMEDIA: GetSong", &zeph::Multimedia::mutable_getsong);
+  query(args, "MULTIMEDIA: GetSong", [](auto& to) { to.mutable_getsong(); });
 }
 
 // Leaves no line in the log, on purpose. The recording lies where the answer says.

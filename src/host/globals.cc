@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <ctime>
 
-#include "channel/channel-functions.h"
+#include "channel/script-functions.h"
 #include "host/launch-type.h"
 #include "host/morvik-data.h"
 #include "host/resources.h"

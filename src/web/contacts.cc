@@ -3,9 +3,7 @@
 
 #include <glib.h>
 
-#include <memory>
-
-#include "channel/pending-function.h"
+#include "channel/answered-once.h"
 #include "channel/request.h"
 #include "web/web.h"
 #include "web/wire-values.h"
@@ -27,12 +25,11 @@ v8::Local<v8::Array> objectsOf(const zeph::Contact& contact) {
 
 void get(const Args& args) {
   Request request(args);
-  request.expect(args.Length() == 1 && args[0]->IsFunction());
+  request.expectFunction(0);
   request.expectInteractive();
   if (request.refused()) return;
   request.message().mutable_getcontactlist();
-  request.sendFor(getContactCallbackFunction,
-                  std::make_shared<PendingFunction>(args[0].As<v8::Function>()));
+  request.sendForFirst(getContactCallbackFunction);
 }
 
 constexpr Binding kFunctions[] = {{"get", get}};
@@ -51,7 +48,7 @@ v8::Local<v8::Object> contactToObject(const zeph::Contact& contact) {
 
 void getContactCallbackFunction(void* data, const zeph::ZephMsg& message) {
   g_debug("getContactCallbackFunction");
-  const auto function = static_cast<PendingFunction*>(data)->take();
+  const auto function = static_cast<AnsweredOnce<ScriptFunction>*>(data)->take();
   if (!function) return;  // answered before
   const TemporaryContext temporary;
   function->call({arrayOf(message.contactlist().contacts(), contactToObject)});

@@ -7,8 +7,8 @@
 #include <cstdio>
 #include <memory>
 #include <string>
-#include <utility>
 
+#include "channel/answered-once.h"
 #include "channel/message.h"
 #include "channel/request.h"
 #include "host/engine.h"
@@ -79,7 +79,8 @@ bool readIds(v8::Isolate* isolate, v8::Local<v8::Object> ids, Query& query) {
 }
 
 void sendQuery(Request& request, v8::Local<v8::Value> callback) {
-  request.sendFor(MessageCallbackFunction, std::make_shared<MessageCallbackContext>(callback));
+  request.sendFor(MessageCallbackFunction,
+                  onceFor(std::make_unique<MessageCallbackContext>(callback)));
 }
 
 void queryIds(const Args& args, Query::TypeAction action) {
@@ -225,15 +226,15 @@ void MessageCallbackFunction(void* data, const zeph::ZephMsg& message) {
     g_warning("MessageCallbackFunction : has_morvikmessageresponse false or list empty. abort");
     return;
   }
-  auto& context = *static_cast<MessageCallbackContext*>(data);
-  if (std::exchange(context.answered, true)) return;
-  const auto function = std::exchange(context.callback, std::nullopt);
-  if (!function) {
+  const auto context = static_cast<AnsweredOnce<MessageCallbackContext>*>(data)->take();
+  if (!context) return;  // answered before
+  if (!context->callback) {
     g_warning("MessageCallbackFunction: the callback is not a function");
     return;
   }
   const TemporaryContext temporary;
-  function->call({arrayOf(message.morvikmessageresponse().morvikmessagelist(), messageToObject)});
+  context->callback->call(
+      {arrayOf(message.morvikmessageresponse().morvikmessagelist(), messageToObject)});
 }
 
 std::span<const Binding> messageFunctions() { return kFunctions; }

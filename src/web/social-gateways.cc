@@ -1,5 +1,7 @@
 // social.facebook and social.soundcloud: get and post, which add the user's token to a request that
 // goes to the service's own domain, and hand the script nothing but the answer.
+#include "web/social-gateways.h"
+
 #include <glib.h>
 
 #include <optional>
@@ -8,7 +10,6 @@
 #include "web/hidden-value.h"
 #include "web/http-client.h"
 #include "web/social-account.h"
-#include "web/social.h"
 #include "web/url-patterns.h"
 
 namespace morvik {
@@ -74,8 +75,7 @@ using Operation = v8::MaybeLocal<v8::Value> (*)(const Args&, const Gateway&, v8:
 
 // By name each time, so a function that was taken off its object works as well. Where the script
 // has put an object of its own, which has no token, the text of undefined goes out.
-template <const Gateway& gateway, Operation operation>
-void entry(const Args& args) {
+void call(const Args& args, const Gateway& gateway, Operation operation) {
   v8::Local<v8::Object> account;
   if (!socialAccount(args.GetIsolate(), gateway.service).ToLocal(&account)) return;
   v8::Local<v8::Value> content;
@@ -83,10 +83,16 @@ void entry(const Args& args) {
     args.GetReturnValue().Set(content);
 }
 
-constexpr Binding kFacebookFunctions[] = {{"get", entry<kFacebook, secureHttpGet>},
-                                          {"post", entry<kFacebook, secureHttpPost>}};
-constexpr Binding kSoundcloudFunctions[] = {{"get", entry<kSoundcloud, secureHttpGet>},
-                                            {"post", entry<kSoundcloud, secureHttpPost>}};
+void facebookGet(const Args& args) { call(args, kFacebook, secureHttpGet); }
+
+void facebookPost(const Args& args) { call(args, kFacebook, secureHttpPost); }
+
+void soundcloudGet(const Args& args) { call(args, kSoundcloud, secureHttpGet); }
+
+void soundcloudPost(const Args& args) { call(args, kSoundcloud, secureHttpPost); }
+
+constexpr Binding kFacebookFunctions[] = {{"get", facebookGet}, {"post", facebookPost}};
+constexpr Binding kSoundcloudFunctions[] = {{"get", soundcloudGet}, {"post", soundcloudPost}};
 
 }  // namespace
 

@@ -4,15 +4,17 @@
 
 #include <glib.h>
 
+#include <memory>
 #include <string>
-#include <utility>
 
-#include "channel/callback-table.h"
+#include "channel/answered-once.h"
 #include "channel/message.h"
+#include "channel/request.h"
 #include "host/descriptor.h"
 #include "host/morvik-data.h"
 #include "web/hidden-value.h"
 #include "web/signing.h"
+#include "web/social-gateways.h"
 #include "web/web.h"
 
 namespace morvik {
@@ -26,26 +28,23 @@ bool acceptsInit(const Args& args) {
   return args.Length() > 0 && args[0]->IsFunction() && (hasClosure(args) || args.Length() == 1);
 }
 
-std::shared_ptr<PendingSocial> pendingFor(const Args& args) {
+std::unique_ptr<SocialCallbackContext> recordOf(const Args& args) {
   v8::Isolate* isolate = args.GetIsolate();
-  auto pending = std::make_shared<PendingSocial>();
-  pending->record.reset(
+  std::unique_ptr<SocialCallbackContext> record(
       new SocialCallbackContext{.callback = ScriptFunction(args[0].As<v8::Function>()),
                                 .closure = {},
                                 .context = {isolate, isolate->GetCurrentContext()}});
-  if (hasClosure(args)) pending->record->closure.Reset(isolate, args[1].As<v8::Object>());
-  return pending;
+  if (hasClosure(args)) record->closure.Reset(isolate, args[1].As<v8::Object>());
+  return record;
 }
 
 // Needs neither a grant nor interactive mode.
 void init(const Args& args) {
   if (!acceptsInit(args)) return throwText(args.GetIsolate(), "Wrong arguments");
-  auto entry = std::make_shared<CallbackEntry>();
-  entry->function = getSocialCallbackFunction;
-  entry->data = pendingFor(args);
   const auto message = newZephMsg(nullptr);
   message->mutable_socialquery();
-  sendZephMsgCallback(currentInstance(args.GetIsolate()).socket, *message, std::move(entry));
+  sendZephMsgCallback(currentInstance(args.GetIsolate()).socket, *message,
+                      awaiting(getSocialCallbackFunction, onceFor(recordOf(args))));
 }
 
 // The objects below are in the script's hands: it may have put a Proxy, a frozen object or a plain
@@ -142,7 +141,7 @@ constexpr Binding kFunctions[] = {{"init", init}};
 
 void getSocialCallbackFunction(void* data, const zeph::ZephMsg& message) {
   g_debug("getSocialCallbackFunction");
-  const auto record = std::exchange(static_cast<PendingSocial*>(data)->record, nullptr);
+  const auto record = static_cast<AnsweredOnce<SocialCallbackContext>*>(data)->take();
   if (!record) return;  // answered before
   v8::Isolate* isolate = v8::Isolate::GetCurrent();
   const ScriptRun run(isolate);

@@ -2,11 +2,6 @@
 // its own entry.
 #include "channel/callback-table.h"
 
-#include <sys/socket.h>
-#include <unistd.h>
-
-#include <array>
-
 #include "channel/dispatch.h"
 #include "host/morvik-data.h"
 #include "support/unit/log-texts.h"
@@ -268,38 +263,6 @@ TEST_F(CallbackTableTest, anEntryThatLeavesTheTableDuringItsCallOutlivesTheCall)
     EXPECT_TRUE(watch.expired()) << registers;
     releaseCallbacks();
   }
-}
-
-// Looks at the table and the wire at the moment when sending is announced.
-struct SendingWatch {
-  zeph::ZephMsg reply;
-  int server = -1;
-  bool registered = false;
-  bool nothingSent = false;
-
-  static void look(const gchar* /*domain*/, GLogLevelFlags /*level*/, const gchar* text,
-                   gpointer self) {
-    auto& watch = *static_cast<SendingWatch*>(self);
-    if (!g_str_has_prefix(text, "Sending MSG\n")) return;
-    char byte = 0;
-    watch.registered = findCallback(watch.reply) != nullptr;
-    watch.nothingSent = recv(watch.server, &byte, 1, MSG_DONTWAIT) == -1;
-  }
-};
-
-TEST_F(CallbackTableTest, theEntryIsRegisteredBeforeAnyByteLeaves) {
-  std::array<int, 2> ends{};
-  ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
-  SendingWatch watch{replyTo("some-id"), ends[1]};
-  g_log_set_default_handler(SendingWatch::look, &watch);
-  zeph::ZephMsg message;
-  message.set_id("some-id");
-  sendZephMsgCallback(ends[0], message, newEntry());
-  EXPECT_TRUE(watch.registered);
-  EXPECT_TRUE(watch.nothingSent);
-  char byte = 1;
-  EXPECT_EQ(recv(ends[1], &byte, 1, MSG_DONTWAIT), 1);
-  for (const int end : ends) close(end);
 }
 
 }  // namespace

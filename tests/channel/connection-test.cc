@@ -14,6 +14,7 @@
 #include <thread>
 
 #include "channel/frame.h"
+#include "channel/pump.h"
 #include "support/unit/log-texts.h"
 #include "support/unit/script-test.h"
 #include "support/unit/text-message.h"

@@ -2,6 +2,7 @@
 #include "channel/interactive-mode.h"
 
 #include "channel/callback-table.h"
+#include "channel/script-functions.h"
 #include "channel/timers.h"
 #include "support/unit/log-texts.h"
 #include "support/unit/script-test.h"

@@ -2,6 +2,12 @@
 // a refused request still does (nothing), and who hears the answer.
 #include "channel/request.h"
 
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+
+#include "channel/answered-once.h"
 #include "host/morvik-data.h"
 #include "support/unit/log-texts.h"
 #include "support/unit/script-test.h"
@@ -62,6 +68,18 @@ void withReply(const Args& args) {
   if (!request.refused()) request.send(EventWithParams);
 }
 
+void callFirst(void* data, const zeph::ZephMsg& message) {
+  const auto function = static_cast<AnsweredOnce<ScriptFunction>*>(data)->take();
+  if (function) function->call({toScript(message.id())});
+}
+
+// One fixed argument and a function that must be there and hears the first answer.
+void withFunction(const Args& args) {
+  Request request(args);
+  request.expectFunction(1);
+  if (!request.refused()) request.sendForFirst(callFirst);
+}
+
 class RequestTest : public ScriptTest {
  protected:
   RequestTest() {
@@ -74,6 +92,7 @@ class RequestTest : public ScriptTest {
     expose("reversed", reversed);
     expose("withData", withData);
     expose("withReply", withReply);
+    expose("withFunction", withFunction);
     read.clear();
   }
 };
@@ -231,6 +250,57 @@ TEST_F(RequestTest, aReplyMayHaveDataOfItsOwn) {
   for (int time = 0; time < 2; ++time) respond(*request, zeph::OK);
   EXPECT_EQ(*heardData, "answer;answer;");
   heardData.reset();
+}
+
+TEST_F(RequestTest, aCallThatIsNothingWithoutItsFunctionRefusesAllElse) {
+  for (const char* arguments : {"", "f", "1", "1, 2", "1, null", "f, 1", "1, f, f", "1, 2, f"}) {
+    EXPECT_EQ(run(std::string("withFunction(") + arguments + ")"), "throws: Wrong arguments")
+        << arguments;
+  }
+  EXPECT_FALSE(sent());
+}
+
+TEST_F(RequestTest, aFunctionThatWaitsForOneAnswerHearsTheFirstAlone) {
+  EXPECT_EQ(run("withFunction(1, function(id) { log(arguments.length + id); })"), "undefined");
+  const auto request = sent();
+  ASSERT_TRUE(request);
+  answer(*request, zephMsg("ping { }"));
+  answer(*request, zephMsg("ping { }"));
+  EXPECT_THAT(logged(), ElementsAre("1answer"));
+}
+
+// Looks at the table and the wire at the moment when sending is announced.
+struct SendingWatch {
+  zeph::ZephMsg reply;
+  int server = -1;
+  bool registered = false;
+  bool nothingSent = false;
+
+  static void look(const gchar* /*domain*/, GLogLevelFlags /*level*/, const gchar* text,
+                   gpointer self) {
+    auto& watch = *static_cast<SendingWatch*>(self);
+    if (!g_str_has_prefix(text, "Sending MSG\n")) return;
+    char byte = 0;
+    watch.registered = findCallback(watch.reply) != nullptr;
+    watch.nothingSent = recv(watch.server, &byte, 1, MSG_DONTWAIT) == -1;
+  }
+};
+
+TEST(SendZephMsgCallbackTest, theEntryIsRegisteredBeforeAnyByteLeaves) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
+  SendingWatch watch{zephMsg("correlationId: 'some-id'"), ends[1]};
+  g_log_set_default_handler(SendingWatch::look, &watch);
+  zeph::ZephMsg message;
+  message.set_id("some-id");
+  sendZephMsgCallback(ends[0], message, awaiting(hearData, std::make_shared<std::string>()));
+  EXPECT_TRUE(watch.registered);
+  EXPECT_TRUE(watch.nothingSent);
+  char byte = 1;
+  EXPECT_EQ(recv(ends[1], &byte, 1, MSG_DONTWAIT), 1);
+  for (const int end : ends) close(end);
+  g_log_set_default_handler(g_log_default_handler, nullptr);
+  releaseCallbacks();
 }
 
 }  // namespace

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "channel/connection.h"
 #include "channel/frame.h"
+#include "channel/pump.h"
 #include "support/unit/text-message.h"
 #include "support/unit/web-test.h"
 #include "support/web/tls-proxy.h"

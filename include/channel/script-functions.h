@@ -11,4 +11,7 @@ void stop(const Args& args);     ///< morvik.stop()
 void ping(const Args& args);     ///< ping(callback) and morvik.ping(callback)
 void info(const Args& args);     ///< morvik.info(callback)
 
+/// Sets an interactive id without asking the server. Bound to no script name.
+void SetInteractive(const Args& args);
+
 }  // namespace morvik

@@ -1,0 +1,40 @@
+// The message pump: an idle source that reads the socket and dispatches.
+#include "channel/pump.h"
+
+#include <v8.h>
+#include <zeph-message.pb.h>
+
+#include "channel/connection.h"
+#include "channel/dispatch.h"
+#include "host/morvik-data.h"
+
+namespace morvik {
+namespace {
+
+// What is made for scripts on the way of a message goes when it has been dispatched.
+void dispatchInScope(MorvikData& instance, const zeph::ZephMsg& message) {
+  const v8::HandleScope handles(v8::Isolate::GetCurrent());
+  dispatch(instance, message);
+}
+
+}  // namespace
+
+// The source belongs to the main loop and nobody keeps its id: a connection ends with the process.
+int connectServer(const char* host, std::int32_t port, MorvikData* listener) {
+  const int socket = openConnection(host, port);
+  if (socket == -1) return -1;
+  listener->socket = socket;
+  g_idle_add(onSocketIdle, listener);
+  return 0;
+}
+
+gboolean onSocketIdle(gpointer listener) {
+  auto& instance = *static_cast<MorvikData*>(listener);
+  zeph::ZephMsg message;
+  const int result = receiveZephMsg(instance.socket, message);
+  if (result == -1) return G_SOURCE_REMOVE;
+  if (result == 0) dispatchInScope(instance, message);
+  return G_SOURCE_CONTINUE;
+}
+
+}  // namespace morvik
