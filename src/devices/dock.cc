@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 
+#include "channel/request.h"
 #include "devices/devices.h"
-#include "devices/dock-listener.h"
 #include "devices/led-functions.h"
 
 namespace morvik {
@@ -16,6 +16,12 @@ namespace {
 constexpr LedPlace kDockLed{"DOCKLED", [](zeph::ZephMsg& message) -> zeph::Led& {
                               return *message.mutable_dock()->mutable_led();
                             }};
+
+void light(const Args& args) { lightLed(args, kDockLed); }
+
+void fade(const Args& args) { fadeLed(args, kDockLed); }
+
+void pulse(const Args& args) { pulseLed(args, kDockLed); }
 
 constexpr const char* kMoveLabel = "DOCKMOVE";
 
@@ -67,23 +73,9 @@ void move(const Args& args) {
 }
 
 constexpr Binding kFunctions[] = {
-    {"light", lightLed<kDockLed>},
-    {"fade", fadeLed<kDockLed>},
-    {"pulse", pulseLed<kDockLed>},
-    {"move", move},
-};
+    {"light", light}, {"fade", fade}, {"pulse", pulse}, {"move", move}};
 
 }  // namespace
-
-bool DockMsgCallback::hears(const zeph::ZephMsg& message) const { return message.has_dock(); }
-
-bool DockMsgCallback::tell(const zeph::ZephMsg& message) {
-  v8::Isolate* isolate = v8::Isolate::GetCurrent();
-  return function.call({v8::Integer::New(isolate, message.dock().status()),
-                        v8::Integer::New(isolate, message.dock().change())});
-}
-
-void addDockListener(const Args& args) { addListener<DockMsgCallback>(args); }
 
 std::span<const Binding> dockFunctions() { return kFunctions; }
 

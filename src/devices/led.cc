@@ -8,8 +8,13 @@ namespace {
 constexpr LedPlace kLed{
     "LED", [](zeph::ZephMsg& message) -> zeph::Led& { return *message.mutable_led(); }};
 
-constexpr Binding kFunctions[] = {
-    {"light", lightLed<kLed>}, {"fade", fadeLed<kLed>}, {"pulse", pulseLed<kLed>}};
+void light(const Args& args) { lightLed(args, kLed); }
+
+void fade(const Args& args) { fadeLed(args, kLed); }
+
+void pulse(const Args& args) { pulseLed(args, kLed); }
+
+constexpr Binding kFunctions[] = {{"light", light}, {"fade", fade}, {"pulse", pulse}};
 
 }  // namespace
 

@@ -11,17 +11,16 @@ namespace morvik {
 namespace {
 
 // A request whose count is exact: no function of this feature takes one in the last place.
-class ExactRequest : public Request {
- public:
-  ExactRequest(const Args& args, int count) : Request(args) {
-    expect(args.Length() == count);
-    expectInteractive();
-  }
-};
+Request exactRequest(const Args& args, int count) {
+  Request request(args);
+  request.expect(args.Length() == count);
+  request.expectInteractive();
+  return request;
+}
 
 void call(const Args& args) {
   g_debug("call");  // before any check: a refused call logs it too, on purpose
-  ExactRequest request(args, 1);
+  Request request = exactRequest(args, 1);
   const std::string address = request.utf8(0);
   if (request.refused()) return;
   request.message().mutable_m2m()->mutable_call()->set_address(address);
@@ -29,7 +28,7 @@ void call(const Args& args) {
 }
 
 void answer(const Args& args) {
-  ExactRequest request(args, 1);
+  Request request = exactRequest(args, 1);
   if (request.refused()) return;
   const bool accept = args[0]->BooleanValue(args.GetIsolate());
   request.message().mutable_m2m()->mutable_answer()->set_accept(accept);
@@ -37,14 +36,14 @@ void answer(const Args& args) {
 }
 
 void hangup(const Args& args) {
-  ExactRequest request(args, 0);
+  Request request = exactRequest(args, 0);
   if (request.refused()) return;
   request.message().mutable_m2m()->mutable_hangup();
   request.send();
 }
 
 void account(const Args& args) {
-  ExactRequest request(args, 4);
+  Request request = exactRequest(args, 4);
   zeph::M2m::Account account;
   account.set_sipid(request.utf8(0));
   account.set_sipdomain(request.utf8(1));
