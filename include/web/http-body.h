@@ -4,16 +4,23 @@
 #include <v8.h>
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <variant>
 
-#include "web/http-client.h"
-
-struct curl_httppost;
+#include "web/curl-form.h"
 
 namespace morvik {
+
+/// A field that goes out in the body of a post beside the script's own parameters, without ever
+/// standing on an object that a script can reach. It takes the place of a parameter of the same
+/// name that is the script object's own; otherwise it follows the object's own parameters and comes
+/// before those that the object inherits. It counts as a parameter like any other: with it, a lone
+/// file among the script's parameters is no longer the only one.
+struct ExtraField {
+  std::string name;
+  std::string value;  ///< UTF-8; escaped on the wire as any other value
+};
 
 /// A urlencoded body, or the raw bytes of a file in its place.
 struct Datapost {
@@ -21,26 +28,6 @@ struct Datapost {
 
   std::string data;
   std::int32_t len = kMeasured;  ///< a file's size; kMeasured when the text ends at its NUL
-};
-
-/// A multipart body, as libcurl's form list.
-class CurlForm {
- public:
-  CurlForm();
-  ~CurlForm();
-  CurlForm(CurlForm&& other) noexcept;
-  CurlForm& operator=(CurlForm&& other) noexcept;
-
-  void addText(const std::string& name, const std::string& text);
-  /// The file is read during the transfer.
-  void addFile(const std::string& name, const std::string& path);
-  [[nodiscard]] bool empty() const { return first_ == nullptr; }
-  /// Makes it the body of the handle's request. Must outlive the transfer.
-  void attachTo(void* curl) const;
-
- private:
-  curl_httppost* first_ = nullptr;
-  curl_httppost* last_ = nullptr;
 };
 
 /// What goes out behind the headers: nothing, fields or a file, or a form.

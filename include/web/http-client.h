@@ -12,18 +12,9 @@
 #include <vector>
 
 #include "host/script.h"
+#include "web/http-body.h"
 
 namespace morvik {
-
-/// A field that goes out in the body of a post beside the script's own parameters, without ever
-/// standing on an object that a script can reach. It takes the place of a parameter of the same
-/// name that is the script object's own; otherwise it follows the object's own parameters and comes
-/// before those that the object inherits. It counts as a parameter like any other: with it, a lone
-/// file among the script's parameters is no longer the only one.
-struct ExtraField {
-  std::string name;
-  std::string value;  ///< UTF-8; escaped on the wire as any other value
-};
 
 /// The first arguments of a call, `limit` of them at the most.
 std::vector<v8::Local<v8::Value>> firstArguments(const Args& args, int limit);

@@ -1,10 +1,11 @@
 // libcurl's form list: the multipart interface that this program uses on purpose, though libcurl
-// calls it deprecated. Only here.
+// calls it deprecated. The bytes that a web server sees, boundaries and header lines among them,
+// are this interface's; the newer one writes others. Only here.
+#include "web/curl-form.h"
+
 #include <curl/curl.h>
 
 #include <utility>
-
-#include "web/http-body.h"
 
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
