@@ -1,4 +1,5 @@
-// The device features' script functions, one line for each feature.
+// The device features' script functions, one line for each feature: ledFunctions() stands in
+// led.cc, and so on. A feature has a header of its own only for what others use of it besides.
 #pragma once
 
 #include <span>

@@ -1,4 +1,5 @@
-// The web features' script functions, one line for each feature.
+// The web features' script functions, one line for each feature. Each is the last function of its
+// source: message-box.cc, contacts.cc, social.cc, http-client.cc.
 #pragma once
 
 #include <span>

@@ -10,7 +10,8 @@
 
 namespace morvik {
 
-/// A script text that ends at the first zero byte: what follows that is lost, on purpose.
+/// A script text that ends at the first zero byte, on purpose: of a message or a name with one in
+/// it the script sees the part in front, and nothing tells it that there was more.
 inline v8::Local<v8::String> endMarked(const std::string& text) { return toScript(text.c_str()); }
 
 /// An array of what `convert` makes of each record, in their order.

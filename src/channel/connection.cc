@@ -22,8 +22,12 @@
 namespace morvik {
 namespace {
 
+// What a turn of the main loop waits for a message: the loop never sleeps otherwise, and a timer
+// that becomes due meanwhile is no more than this late.
 constexpr timeval kPatience = {0, 1000};  // one millisecond
 
+// The first address counts. Blocks the whole application, for as long as the system's resolver
+// does.
 bool lookUp(const char* host, sockaddr_in& address) {
   const hostent* entry = gethostbyname(host);
   if (entry == nullptr) {
@@ -47,6 +51,8 @@ bool establish(int socket, const char* host, std::int32_t port) {
   return false;
 }
 
+// Towards a server that has gone, SIGPIPE ends the application without a word; this line is for all
+// other failures.
 void sendAll(int socket, const unsigned char* bytes, std::size_t length) {
   for (std::size_t sent = 0; sent < length;) {
     const ssize_t taken = send(socket, bytes + sent, length - sent, 0);
@@ -82,8 +88,8 @@ std::uint32_t receiveLength(int socket) {
 }
 
 MallocBytes receivePayload(int socket, std::size_t length) {
+  // The server may announce more than the system can give. No length is refused before that.
   MallocBytes buffer(static_cast<unsigned char*>(std::malloc(length > 0 ? length : 1)));
-  // The server may announce more than the system can give.
   if (!buffer) g_error("Failed to receive bytes from server");
   for (std::size_t count = 0; count < length;) {
     const ssize_t got = recv(socket, buffer.get() + count, length - count, 0);
@@ -103,9 +109,11 @@ int openConnection(const char* host, std::int32_t port) {
 }
 
 int sendZephMsg(int socket, const zeph::ZephMsg& message) {
+  // Everything that is sent stands in the log at debug level, the texts of a script among it.
   g_debug("Sending MSG\n%s", message.DebugString().c_str());
   const std::size_t length = message.ByteSizeLong();
   std::string frame(kFrameHeaderSize + length, '\0');
+  // Header and payload in one buffer: the length leaves in one piece.
   const auto header = frameHeader(static_cast<std::uint32_t>(length));
   std::memcpy(frame.data(), header.data(), header.size());
   message.SerializeToArray(frame.data() + kFrameHeaderSize, static_cast<int>(length));

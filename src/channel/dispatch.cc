@@ -11,6 +11,8 @@
 namespace morvik {
 namespace {
 
+// A lost correlation is nothing unusual: every answer to a command that came without a function is
+// one, and the server cannot know. The message goes on to the listeners all the same.
 void dispatchReply(const zeph::ZephMsg& message) {
   if (!message.has_correlationid()) return;
   if (const auto entry = findCallback(message)) {
@@ -22,6 +24,9 @@ void dispatchReply(const zeph::ZephMsg& message) {
 
 }  // namespace
 
+// A message about interactive mode reaches no listener, whatever else it carries; one that starts
+// the mode does nothing here, because the grant comes as the answer to the application's own
+// request.
 void dispatch(MorvikData& instance, const zeph::ZephMsg& message) {
   dispatchReply(message);
   if (!message.has_interactivemode()) {

@@ -1,4 +1,5 @@
-// From a result code on the wire to the script's function.
+// From a result code on the wire to the script's function. Nothing is taken away after an answer:
+// one command may be answered any number of times, "OK" first and "TERMINATED" later.
 #include "channel/event-callback.h"
 
 #include <glib.h>
@@ -21,7 +22,8 @@ void setDescription(v8::Local<v8::Object> object, const auto& result) {
 }
 
 // Hands the script an object for one result. `path`, when not null, adds the file as `data`,
-// whatever the code is.
+// whatever the code is: after a failure as well the script gets a file, perhaps an older one. Each
+// object is built in a context of its own, some 160 KB that live as long as the script keeps it.
 void callWithObject(const EventCallbackData& data, const auto& result, Describe describe,
                     const char* path) {
   const TemporaryContext temporary;
@@ -32,6 +34,8 @@ void callWithObject(const EventCallbackData& data, const auto& result, Describe 
   data.function.call({object});
 }
 
+// Without a code the script is not called at all; where an object is promised, it gets an empty
+// one.
 void callWithCode(const EventCallbackData& data, const auto& result, const char* kind) {
   if (!result.has_code()) return;
   g_debug("calling %s function", kind);
@@ -47,7 +51,8 @@ void EventCallback(void* data, const zeph::ZephMsg& message) {
   if (message.has_event()) callWithCode(record, message.event(), "event");
 }
 
-// A response's description does not reach the script, an event's does, on purpose.
+// A response's description does not reach the script, an event's does, on purpose: a refusal tells
+// its code alone, and the reason stands in the log, in the message as it was received.
 void EventCallbackWebcam(void* data, const zeph::ZephMsg& message) {
   const auto& record = *static_cast<const EventCallbackData*>(data);
   g_debug("EventCallbackWebcam Webcam");

@@ -1,4 +1,4 @@
-// The length prefix.
+// The length prefix. The machine's byte order never shows on the wire.
 #include "channel/frame.h"
 
 #include <arpa/inet.h>

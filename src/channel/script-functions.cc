@@ -36,8 +36,8 @@ StartForm formOf(const Args& args) {
   return args.Length() == 3 ? StartForm::kFunctionObjectId : StartForm::kWrong;
 }
 
-// A script's value as an interactive id, which ends at its first zero byte: on the wire and in the
-// log it would go on behind one. Nothing when the value's conversion threw.
+// A script's value as an interactive id, which ends at its first zero byte, so that the log shows
+// the same id as the wire. Nothing when the value's conversion threw.
 std::optional<std::string> idText(v8::Isolate* isolate, v8::Local<v8::Value> value) {
   auto id = utf8Text(isolate, value);
   if (id) id->resize(std::strlen(id->c_str()));

@@ -42,7 +42,8 @@ void logRecognition(const Recognition& recognition) {
   }
 }
 
-// The first of the alternatives is the one that counts; a result without any ends the process.
+// The first of the alternatives is the one that counts; a script never hears of the others. A
+// result without any ends the process: its sender promises one.
 const Recognition& firstRecognition(const zeph::AsrCallback& result) {
   if (result.recognition_size() < 1) {
     g_message("ASR: AsrCallback: recognition_size = 0");
@@ -52,7 +53,8 @@ const Recognition& firstRecognition(const zeph::AsrCallback& result) {
   return result.recognition(0);
 }
 
-// What was heard wins over a part of its meaning that has the same name.
+// What was heard wins over a part of its meaning that has the same name: an element <text> of the
+// meaning never reaches the script.
 v8::Local<v8::Object> resultObject(const TemporaryContext& temporary,
                                    const Recognition& recognition) {
   const auto object = temporary.newObject();
@@ -81,7 +83,9 @@ void AsrCallback(void* data, const zeph::ZephMsg& message) {
   function->call({resultObject(temporary, recognition)});
 }
 
-// Only judges the path: nothing is sent and the function is not kept, on purpose.
+// Only judges the path: nothing is sent and the function is not kept, on purpose. A script learns
+// whether the path is allowed, by the exception or its absence; the server hears nothing, and the
+// function is never called.
 void file(const Args& args) {
   Request request(args);
   request.expectArguments(1);
@@ -98,6 +102,7 @@ void string(const Args& args) {
   const std::string lang = request.utf8(1);
   if (request.refused()) return;
   g_message("ASR: grammar[%s]", grammar.c_str());
+  // One entry with the grammar as the script wrote it: its form is the recogniser's matter.
   request.message().mutable_asr()->add_dictionary(grammar);
   request.message().mutable_asr()->set_lang(lang);
   request.sendForFirst(AsrCallback);

@@ -14,6 +14,7 @@ class ButtonMsgCallback final : public ScriptListener {
   [[nodiscard]] bool hears(const zeph::ZephMsg& message) const override {
     return message.has_buttoncallback();
   }
+  // A message without a type counts as the first one, which is how an absent enum reads.
   bool tell(const zeph::ZephMsg& message) override {
     return function.call({toScript(nameOf(message.buttoncallback().type()))});
   }

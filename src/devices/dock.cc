@@ -12,7 +12,9 @@
 namespace morvik {
 namespace {
 
-// Its lines in the log are those of the device's own LED, on purpose.
+// The requests write the same lines as those of the device's own LED, on purpose: who reads
+// "LED Light" in the log does not see which of the two it was. Only the answers' lines have the
+// label.
 constexpr LedPlace kDockLed{"DOCKLED", [](zeph::ZephMsg& message) -> zeph::Led& {
                               return *message.mutable_dock()->mutable_led();
                             }};
@@ -25,6 +27,7 @@ void pulse(const Args& args) { pulseLed(args, kDockLed); }
 
 constexpr const char* kMoveLabel = "DOCKMOVE";
 
+// Capitals only, as scripts write them.
 std::optional<zeph::Dock::Type> directionOf(const std::string& text) {
   if (text == "UP") return zeph::Dock::UP;
   if (text == "DOWN") return zeph::Dock::DOWN;
@@ -34,19 +37,23 @@ std::optional<zeph::Dock::Type> directionOf(const std::string& text) {
   return std::nullopt;
 }
 
+// move(direction, [time], [callback]). Unlike an LED's times, one that is no number is refused and
+// not converted.
 bool isMove(const Args& args) {
   const int count = args.Length();
   return count >= 1 && count <= 3 && args[0]->IsString() && (count < 2 || args[1]->IsNumber()) &&
          (count < 3 || args[2]->IsFunction());
 }
 
-// Stands where the reply looks for the script's function.
+// Called in place of the script's function.
 void warnOfNoFunction(const Args& /*args*/) {
   g_warning("%s: the reply finds no function", kMoveLabel);
 }
 
-// The function in third place is tested and then left aside, on purpose: the reply looks in second
-// place, where the time is, so the script never hears an answer to a move.
+// move(direction, time, callback) takes the callback and never calls it, on purpose: the function
+// is looked for in the second place, where the time stands. So a script hears nothing of a move's
+// end, and every answer to such a move leaves a warning in the log. What waits for the answer is a
+// function of our own, which writes it.
 std::shared_ptr<EventCallbackData> replyToNobody(const Args& args) {
   const v8::Local<v8::Context> context = args.GetIsolate()->GetCurrentContext();
   return std::make_shared<EventCallbackData>(
@@ -68,7 +75,8 @@ void move(const Args& args) {
   } else {
     request.send();
   }
-  // The request has gone out all the same, on purpose: STOP moves nothing.
+  // The request has gone out all the same, on purpose: the script catches an exception and the
+  // server gets a STOP, which ends a move that is under way and starts none.
   if (!direction) throwText(args.GetIsolate(), "Wrong 1st arguments");
 }
 

@@ -12,7 +12,8 @@
 namespace morvik {
 namespace {
 
-// `null`, and nothing else, leaves an ear out. `relative` stays absent for absolute positions.
+// `null`, and nothing else, leaves an ear out: `undefined` is a position, 0. `relative` stays
+// absent for absolute positions, so the server never sees it false.
 void sendPositions(const Args& args, bool relative) {
   Request request(args, "EARS", 2);
   if (request.refused()) return;
@@ -27,8 +28,10 @@ void move(const Args& args) { sendPositions(args, false); }
 
 void moveRelative(const Args& args) { sendPositions(args, true); }
 
-// The script hears one name and two positions. An event goes before a response here, and only one
-// of them counts, on purpose.
+// The script hears one name and two positions: fn(code, left, right), an empty text and zeroes for
+// what the answer does not tell. Of an answer with an event and a response the event counts alone,
+// on purpose. Everywhere else the function is called for both, the response first; a script that
+// resets the ears is called once for each message.
 void EarsResetCallback(void* data, const zeph::ZephMsg& message) {
   g_message("EarsResetCallback");
   const TemporaryContext temporary;
@@ -46,7 +49,9 @@ void EarsResetCallback(void* data, const zeph::ZephMsg& message) {
 
 enum class Side { kLeft, kRight, kBoth };
 
-// The interactive test comes before the arguments here, on purpose. The ones only mark the ears.
+// The interactive test comes before the arguments here, on purpose: outside interactive mode a
+// script reads "Must be in interactive mode" for reset(1), where move(1) says "Wrong arguments". In
+// a reset, `left` and `right` are no positions: 1 marks the ear that is meant.
 void sendReset(const Args& args, Side side) {
   Request request(args);
   request.expectInteractive();

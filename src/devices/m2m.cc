@@ -19,7 +19,9 @@ Request exactRequest(const Args& args, int count) {
 }
 
 void call(const Args& args) {
-  g_debug("call");  // before any check: a refused call logs it too, on purpose
+  // Before any check, on purpose: a debug log shows the line for calls that were refused as well,
+  // and nothing was sent for those.
+  g_debug("call");
   Request request = exactRequest(args, 1);
   const std::string address = request.utf8(0);
   if (request.refused()) return;
@@ -27,6 +29,7 @@ void call(const Args& args) {
   request.send();
 }
 
+// Whatever the script hands over, its truth decides: answer('no') accepts the call.
 void answer(const Args& args) {
   Request request = exactRequest(args, 1);
   if (request.refused()) return;
@@ -42,6 +45,7 @@ void hangup(const Args& args) {
   request.send();
 }
 
+// The password stands in the log with everything else that is sent, at debug level.
 void account(const Args& args) {
   Request request = exactRequest(args, 4);
   zeph::M2m::Account account;

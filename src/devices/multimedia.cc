@@ -19,12 +19,14 @@
 namespace morvik {
 namespace {
 
-// Room for the path of an application's sound, its end mark included: longer ones are cut.
+// Room for the path of an application's sound, its end mark included: longer ones are cut, and the
+// server is asked for a file that is not there.
 constexpr std::size_t kSoundPathSize = 255;
 
 bool isLocal(const std::string& source) { return source.starts_with("./") && source.size() >= 3; }
 
-// Where the server finds a sound of the application's own folder.
+// Where the server finds a sound of the application's own folder: on the device, whatever folder
+// the launcher was started with.
 std::string localPath(const MorvikData& instance, const std::string& source) {
   const auto file = substring(source.c_str(), 2, source.size());
   g_message("MULTIMEDIA: tmpStr[%s]", file.get());
@@ -49,7 +51,8 @@ std::optional<std::string> sourceOf(const Args& args) {
   return path ? asciiText(args.GetIsolate(), *path) : std::nullopt;
 }
 
-// The source is looked at before the interactive test, on purpose.
+// The source is looked at before everything else, on purpose: a text is converted, and what is no
+// source refused with "Wrong arguments", whatever follows it and in any mode.
 void play(const Args& args) {
   const auto source = sourceOf(args);
   if (!source) return throwText(args.GetIsolate(), "Wrong arguments");
@@ -93,8 +96,9 @@ void previous(const Args& args) {
           [](auto& to) { to.mutable_previous(); });
 }
 
-// The first list that is not empty, whichever was asked for, and of it the first entry alone: what
-// the script gets, on purpose.
+// The first list that is not empty, whichever was asked for, and of it the first entry alone, on
+// purpose: a script that asks for songs gets an artist when the answer has both, and of a library
+// of a thousand songs one name.
 const std::string* firstEntry(const zeph::Multimedia& answer) {
   for (const auto* list : {&answer.artistlist(), &answer.folderlist(), &answer.playlistlist(),
                            &answer.genrelist(), &answer.songlist()}) {
@@ -103,7 +107,8 @@ const std::string* firstEntry(const zeph::Multimedia& answer) {
   return nullptr;
 }
 
-// An answer without a list uses the query up all the same, on purpose.
+// An answer without a list uses the query up all the same, on purpose: after a plain response the
+// script's function is never called, even if the list comes behind it.
 void MultimedialistCallback(void* data, const zeph::ZephMsg& message) {
   g_message("MULTIMEDIA: MultimedialistCallback");
   const auto function = static_cast<AnsweredOnce<ScriptFunction>*>(data)->take();
@@ -147,7 +152,9 @@ void song(const Args& args) {
   query(args, "MULTIMEDIA: GetSong", [](auto& to) { to.mutable_getsong(); });
 }
 
-// Leaves no line in the log, on purpose. The recording lies where the answer says.
+// Leaves no line of its own in the log, on purpose: of a recording it shows no more than the
+// messages that are sent and received. The empty URL is part of the request; the file is where the
+// answer's object says.
 void record(const Args& args) {
   Request request(args, "MutimediaRecord", 0);
   if (request.refused()) return;

@@ -1,4 +1,4 @@
-// Semantic XML to script objects, by libxml2.
+// Semantic XML to script objects, by libxml2: <a><b>x</b></a> becomes {a: {b: 'x'}}.
 #include "devices/semantic.h"
 
 #include <glib.h>
@@ -19,6 +19,7 @@ using XmlText = std::unique_ptr<xmlChar, FreeXmlText>;
 
 const char* chars(const xmlChar* text) { return reinterpret_cast<const char*>(text); }
 
+// The text of an element without child elements; an empty element gives an empty text.
 void setContent(xmlNode* element, v8::Local<v8::Object> object) {
   const XmlText content(xmlNodeGetContent(element));
   if (!content) {
@@ -29,12 +30,14 @@ void setContent(xmlNode* element, v8::Local<v8::Object> object) {
   setOwn(object, chars(element->name), toScript(chars(content.get())));
 }
 
-// The name is the log's.
+// Makes properties of elements; the name is that of its line in the log, from which operators know
+// it. Objects within objects are reached through it again.
 void print_element_names(xmlNode* first,
                          v8::Local<v8::Object> object);  // NOLINT(misc-no-recursion)
 
 void setElement(xmlNode* element, v8::Local<v8::Object> object) {
   g_message("node type: Element, name: %s\n", chars(element->name));
+  // With child elements, the text between them is lost.
   if (xmlChildElementCount(element) == 0) return setContent(element, object);
   const auto inner = v8::Object::New(v8::Isolate::GetCurrent());
   print_element_names(element->children, inner);

@@ -39,7 +39,8 @@ void sendWrite(Request& request, const std::string& port, const std::string& dat
   request.send();
 }
 
-// Looks at the second of exactly two arguments; with more of them the default stands, on purpose.
+// Looks at the second of exactly two arguments; with more of them the default stands, on purpose:
+// open__(port, 115200, f) opens at 9600 and throws nothing.
 std::optional<std::int32_t> wantedBaud(const Args& args) {
   if (args.Length() != 2) return kDefaultBaud;
   if (args[1]->IsInt32()) return args[1].As<v8::Int32>()->Value();
@@ -59,7 +60,8 @@ void openPort(const Args& args) {
   sendOpen(request, port, *baud);
 }
 
-// Looks at no argument: one that is missing goes out as "undefined", on purpose.
+// Looks at no argument, on purpose: one that is missing goes out as the text "undefined", and the
+// server, not the script, is told of the mistake.
 void write(const Args& args) {
   Request request(args);
   request.expectInteractive();
@@ -97,7 +99,8 @@ class SerialMsgCallback2 final : public ZephMsgListener {
   v8::Global<v8::Context> context_;
 };
 
-// What the object holds now; reading it may run script, which may throw.
+// What the object holds now, so that a script may exchange its function; reading it may run script,
+// which may throw.
 std::optional<v8::Local<v8::Function>> functionOf(v8::Local<v8::Context> context,
                                                   v8::Local<v8::Object> object) {
   const v8::TryCatch tryCatch(v8::Isolate::GetCurrent());
@@ -111,7 +114,8 @@ std::optional<v8::Local<v8::Function>> functionOf(v8::Local<v8::Context> context
   return std::nullopt;
 }
 
-// The function itself is `this`, on purpose: it finds its object in the first argument.
+// The function itself is `this`, on purpose, as for every listener: onMessage(object, port, data)
+// finds its object in the first argument, and `this.lines` is a property of the function.
 bool SerialMsgCallback2::tell(const zeph::SerialCallback::Readline& line) const {
   std::puts("call onMessage");
   std::puts("cast");
@@ -134,7 +138,8 @@ void addObjectListener(const Args& args) {
   appendListener(isolate, std::make_unique<SerialMsgCallback2>(isolate, args[0].As<v8::Object>()));
 }
 
-// Any other count than one and two is let pass, on purpose.
+// Any other count than one and two is let pass, on purpose: with none or three arguments there is
+// no exception; a function in front is added, and anything else there leaves a warning.
 bool acceptsPlainListener(const Args& args) {
   if (args.Length() == 1) return args[0]->IsFunction();
   return args.Length() != 2 || (args[0]->IsFunction() && args[1]->IsString());

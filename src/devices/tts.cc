@@ -12,7 +12,8 @@ namespace {
 constexpr const char* kLabel = "TTS";
 
 // Of start(text, [language], [callback]): how many arguments stand in front of the callback. Three
-// without a function are no mistake, on purpose: the second and the third are dropped.
+// without a function are no mistake, on purpose: the second and the third are dropped, so
+// the text goes out without a language and the script hears no exception.
 int fixedArguments(const Args& args) {
   const int count = args.Length();
   if (count < 2 || count > 3) return 1;
@@ -39,6 +40,7 @@ void start(const Args& args) {
   if (!request.refused()) request.send();
 }
 
+// Its first lines stand in the log for refused calls as well.
 void stop(const Args& args) {
   g_message("TtsFunctionStop start");
   if (args.Length() == 1 && args[0]->IsFunction()) g_message("TtsFunctionStop arg ok");

@@ -9,6 +9,7 @@
 namespace morvik {
 namespace {
 
+// The text is the server's to read. It does not change which file the answer's object stands for.
 void photo(const Args& args) {
   Request request(args, "WEBCAM", 1);
   const std::string url = request.ascii(0);

@@ -11,8 +11,10 @@
 namespace morvik {
 namespace {
 
-// Element 0 decides for all of them whether they have a `name`, on purpose: with a name there, an
-// element without one gets an empty text; without, no element gets any.
+// The user's objects of one contact, each an `id` and perhaps a `name`. The first decides for all
+// whether there are names, on purpose. When it has one, an object that is nameless on the wire has
+// the name '' in script; when it has none, the names of the others are lost, and `name` is
+// undefined.
 v8::Local<v8::Array> objectsOf(const zeph::Contact& contact) {
   const bool named = contact.objects_size() > 0 && contact.objects(0).has_name();
   return arrayOf(contact.objects(), [named](const zeph::Contact::Object& wire) {
@@ -51,6 +53,7 @@ void getContactCallbackFunction(void* data, const zeph::ZephMsg& message) {
   const auto function = static_cast<AnsweredOnce<ScriptFunction>*>(data)->take();
   if (!function) return;  // answered before
   const TemporaryContext temporary;
+  // A refusal has no list, and reads like an empty one: the script cannot tell the two apart.
   function->call({arrayOf(message.contactlist().contacts(), contactToObject)});
 }
 

@@ -33,7 +33,8 @@ class Converter {
 
   [[nodiscard]] bool opened() const { return handle_ != kNone; }
   /// One call for all; the arguments then tell what is left. What the converter itself still holds
-  /// is not asked for, on purpose.
+  /// is not asked for, on purpose: of a body that ends within a charset's composed character, the
+  /// script misses that last character.
   [[nodiscard]] bool convert(char*& in, std::size_t& inLeft, char*& out, std::size_t& outLeft) {
     return iconv(handle_, &in, &inLeft, &out, &outLeft) != static_cast<std::size_t>(-1);
   }
@@ -150,7 +151,8 @@ void urlEncode(const char* text, char** out) {
   const CurlEasy handle(curl_easy_init());  // libcurl asks for one; nothing is sent
   const std::size_t length = std::min<std::size_t>(std::strlen(text), INT_MAX);
   *out = curl_easy_escape(handle.get(), text, static_cast<int>(length));
-  // A warning on purpose: what is escaped, secrets included, stands in the log.
+  // A warning on purpose: what is escaped, both secrets of a signature included, stands in the log
+  // at its usual levels.
   g_warning("urlEncode : Encoded URL: %s\n", *out != nullptr ? *out : "");
 }
 

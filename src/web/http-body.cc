@@ -186,7 +186,9 @@ bool addPart(v8::Isolate* isolate, const Parameters& parameters, std::size_t ind
   const v8::Local<v8::Value> token = hidden(value.As<v8::Object>(), "token");
   if (token->IsString()) {
     const std::string secret = *asciiText(isolate, token);
-    g_debug("TOKEN %s", secret.c_str());  // the secret in the log, on purpose
+    // The secret in the log, on purpose: who may read the log at debug level reads the user's
+    // token.
+    g_debug("TOKEN %s", secret.c_str());
     form.addText(key, secret);
   } else if (const auto path = dataPath(value)) {
     form.addFile(key, *asciiText(isolate, *path));
@@ -209,7 +211,9 @@ std::optional<Datapost> genCurlPostSimple(v8::Isolate* isolate, v8::Local<v8::Ob
     if (!addSimple(isolate, parameters, i, text, post)) return std::nullopt;
   }
   if (post.len == Datapost::kMeasured) post.data = text.finish();
-  g_warning("http data the end : %s ", post.data.c_str());  // whole bodies in the log, on purpose
+  // Whole bodies in the log, and as a warning, on purpose: at the usual levels the system log shows
+  // what applications send, a user's password or a gateway's token among it.
+  g_warning("http data the end : %s ", post.data.c_str());
   return post;
 }
 

@@ -95,7 +95,8 @@ void queryIds(const Args& args, Query::TypeAction action) {
   if (readIds(args.GetIsolate(), args[0].As<v8::Object>(), query)) sendQuery(request, args[1]);
 }
 
-// One argument of any type passes, and so does any number behind a function, on purpose.
+// One argument of any type passes, and so does any number behind a function, on purpose: list(5)
+// sends its query, and the script hears nothing but a warning in the log when the answer comes.
 void list(const Args& args) {
   Request request(args);
   request.expect(args.Length() == 1 || args[0]->IsFunction());
@@ -142,7 +143,8 @@ bool readReceiver(v8::Isolate* isolate, v8::Local<v8::Value> value, zeph::Contac
 // False when something threw.
 bool readText(v8::Isolate* isolate, v8::Local<v8::Value> value, zeph::MorvikMessage& message) {
   if (!value->IsString()) {
-    throwText(isolate, "Arg[0] Must be string");  // it is argument 1; the text is meant so
+    // The script reads of argument 0 and has to look at argument 1: the text is meant so.
+    throwText(isolate, "Arg[0] Must be string");
     return false;
   }
   message.mutable_content()->set_type(zeph::MorvikMessageContent::TEXT);
@@ -150,8 +152,10 @@ bool readText(v8::Isolate* isolate, v8::Local<v8::Value> value, zeph::MorvikMess
   return true;
 }
 
-// A third argument is looked at in a call with exactly three, and nothing ever calls it, on
-// purpose. What is sent also stands on standard output.
+// new(to, text, [callback]). Nothing ever calls the callback, on purpose: it is refused when it is
+// no function and the last of exactly three arguments, and then dropped, so a script cannot learn
+// whether the message was taken. What is sent also stands on standard output, where whoever started
+// the program reads the user's messages.
 void newMessage(const Args& args) {
   v8::Isolate* isolate = args.GetIsolate();
   Request request(args);
@@ -168,6 +172,7 @@ void newMessage(const Args& args) {
   std::fputs(request.message().DebugString().c_str(), stdout);
 }
 
+// Empty without a header on the wire; with one, what it leaves out shows as "" or 0.
 v8::Local<v8::Object> headerToObject(const zeph::MorvikMessage& message) {
   const auto object = v8::Object::New(v8::Isolate::GetCurrent());
   if (!message.has_header()) return object;
@@ -197,7 +202,8 @@ v8::Local<v8::Object> messageToObject(const zeph::MorvikMessage& message) {
   return object;
 }
 
-// Only for the log: whatever the code is, a list reaches the script.
+// Only for the log: whatever the code is, a list reaches the script. A refusal without a list
+// reaches nobody, and the script waits for ever.
 void logResponse(const zeph::ZephMsg& message) {
   if (!message.has_response()) {
     g_warning("MessageCallbackFunction: has_response false");
@@ -221,7 +227,8 @@ constexpr Binding kFunctions[] = {{"list", list},
 void MessageCallbackFunction(void* data, const zeph::ZephMsg& message) {
   g_debug("MessageCallbackFunction");
   logResponse(message);
-  // In spite of the "or", a response that is present and empty goes on.
+  // The line speaks of an empty list too, but only the missing one ends here: a list that is
+  // present and empty reaches the script as an empty array.
   if (!message.has_morvikmessageresponse()) {
     g_warning("MessageCallbackFunction : has_morvikmessageresponse false or list empty. abort");
     return;

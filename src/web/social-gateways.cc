@@ -32,7 +32,9 @@ std::optional<std::string> checkedUrl(const Args& args, const Gateway& gateway) 
   return std::nullopt;
 }
 
-// Behind a fragment as well, and not escaped, both on purpose.
+// Behind a fragment as well, and not escaped, both on purpose: for a URL with a fragment the
+// service gets no token and answers as to a stranger, and a token with a "&" in it arrives as two
+// parameters.
 std::string withToken(const std::string& url, const Gateway& gateway, const std::string& token) {
   return url + (hasQuery(url) ? "&" : "?") + gateway.parameter + "=" + token;
 }
@@ -49,7 +51,8 @@ v8::MaybeLocal<v8::Value> secureHttpGet(const Args& args, const Gateway& gateway
   const auto url = checkedUrl(args, gateway);
   if (!url) return {};
   const std::string whole = withToken(*url, gateway, asciiText(isolate, token).value());
-  // The one text for all services, and the token in it, are meant so.
+  // The one text for all services, and the token in it, are meant so: the log shows
+  // "FacebookHttpGet" for soundcloud too, and whoever reads it has the user's token.
   g_message("FacebookHttpGet URL %s", whole.c_str());
   return contentOf(httpget(isolate, whole));
 }

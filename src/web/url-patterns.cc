@@ -9,8 +9,9 @@
 namespace morvik {
 namespace {
 
-// In the order of UrlPattern. The second dot of a domain is any character, on purpose. A "?" counts
-// as a query wherever it stands, in a fragment too.
+// In the order of UrlPattern. The second dot of a domain is any character, on
+// purpose: https://graph.facebookXcom/ passes, and gets the token, as https://graph.facebook.com/
+// does. A "?" counts as a query wherever it stands, in a fragment too.
 constexpr std::array kTexts = {"^https://[[:alnum:]_]*\\.facebook.com/.*$",
                                "^https://[[:alnum:]_]*\\.soundcloud.com/.*$", "\\?"};
 
