@@ -35,14 +35,21 @@ function senderOf(message) {
   return from ? names[from.uuid] || nameOf(from) : 'nobody';
 }
 
+// Text, sound, XML or a mixture; this application only tells texts.
+function textOf(message) {
+  var content = message.content;
+  return senderOf(message) + ': ' + (content.type === 'TEXT' ? content.content : content.type);
+}
+
 function look() {
   waiting = PATIENCE;
   morvik.message.list(function (messages) {
-    // The lists that an application gets are filled anew for each answer, and are its own to keep.
+    // Texts are kept until they are told, not the messages: a list holds some 160 KB for as long as one
+    // of its messages is kept, and an application that keeps 60 of them has no memory left.
     var unread = [];
     for (var i = 0; i < messages.length; i++) {
       if (messages[i].header.status === UNREAD) {
-        unread.push(messages[i]);
+        unread.push({ id: messages[i].header.id, text: textOf(messages[i]) });
       }
     }
     if (unread.length > 0) {
@@ -66,10 +73,8 @@ function announce(unread) {
 function tell(unread) {
   var ids = [];
   for (var i = 0; i < unread.length; i++) {
-    // Text, sound, XML or a mixture; this application only tells texts.
-    var content = unread[i].content;
-    log(senderOf(unread[i]) + ': ' + (content.type === 'TEXT' ? content.content : content.type));
-    ids.push(unread[i].header.id);
+    log(unread[i].text);
+    ids.push(unread[i].id);
   }
   waiting = PATIENCE;
   morvik.message.markAsRead(ids, function (marked) {

@@ -5,7 +5,8 @@
 var address = (instanceName || '127.0.0.1:7410').split(':');
 
 // A photo or a recording is over when `data` is there. `data` stands for the file on the device: a
-// script cannot look into it, but pass it on to what takes a file, as the player does.
+// script cannot look into it, but pass it on to what takes a file, as the player does. It is passed on at
+// once and not kept: a result holds some 160 KB for as long as it or its `data` is kept.
 function hearOf(what) {
   return function (result) {
     log(what + ': ' + result.type + (result.description ? ', ' + result.description : ''));

@@ -38,6 +38,8 @@ function nameOf(tag) {
 }
 
 morvik.rfid.addListener(function (tag) {
+  // What stays is text, in `unsaid`. Each tag object holds some 160 KB for as long as it is kept, so who
+  // wants to keep one keeps a copy of it: Object.assign({}, tag).
   log(tag.direction + ' ' + tag.id + ' ' + tag.type + ' ' + tag.color);
   say((tag.direction === 'IN' ? 'Hello ' : 'Goodbye ') + nameOf(tag));
   return true; // stay: a listener that returns anything else hears no more
