@@ -42,53 +42,56 @@ void callWithCode(const EventCallbackData& data, const auto& result, const char*
   data.function.call({toScript(nameOf(result.code()))});
 }
 
+// What an answer with objects writes and hands over, for a response and for an event.
+struct ObjectSteps {
+  const char* responseLine;
+  Describe describeResponse;
+  const char* eventLine;
+  const char* path;  // of the file that an event stands for, or null
+};
+
+// A response's description does not reach the script, an event's does, on purpose: a refusal tells
+// its code alone, and the reason stands in the log, in the message as it was received.
+constexpr ObjectSteps kPhoto = {"has_response Webcam", Describe::kNo, "has_event Webcam",
+                                kPictureFile};
+constexpr ObjectSteps kRecording = {"has_response", Describe::kNo, "has_event", kRecordFile};
+constexpr ObjectSteps kDescribed = {"has_response", Describe::kYes, "has_event", nullptr};
+
+void callWithObjects(const EventCallbackData& data, const zeph::ZephMsg& message,
+                     const ObjectSteps& steps) {
+  if (message.has_response()) {
+    g_debug("%s", steps.responseLine);
+    callWithObject(data, message.response(), steps.describeResponse, nullptr);
+  }
+  if (message.has_event()) {
+    g_debug("%s", steps.eventLine);
+    callWithObject(data, message.event(), Describe::kYes, steps.path);
+  }
+}
+
+const EventCallbackData& recordOf(void* data) { return *static_cast<EventCallbackData*>(data); }
+
 }  // namespace
 
 void EventCallback(void* data, const zeph::ZephMsg& message) {
-  const auto& record = *static_cast<const EventCallbackData*>(data);
+  const EventCallbackData& record = recordOf(data);
   g_debug("Event: %s", record.name.c_str());
   if (message.has_response()) callWithCode(record, message.response(), "response");
   if (message.has_event()) callWithCode(record, message.event(), "event");
 }
 
-// A response's description does not reach the script, an event's does, on purpose: a refusal tells
-// its code alone, and the reason stands in the log, in the message as it was received.
 void EventCallbackWebcam(void* data, const zeph::ZephMsg& message) {
-  const auto& record = *static_cast<const EventCallbackData*>(data);
   g_debug("EventCallbackWebcam Webcam");
-  if (message.has_response()) {
-    g_debug("has_response Webcam");
-    callWithObject(record, message.response(), Describe::kNo, nullptr);
-  }
-  if (message.has_event()) {
-    g_debug("has_event Webcam");
-    callWithObject(record, message.event(), Describe::kYes, kPictureFile);
-  }
+  callWithObjects(recordOf(data), message, kPhoto);
 }
 
 void EventCallbackRecord(void* data, const zeph::ZephMsg& message) {
-  const auto& record = *static_cast<const EventCallbackData*>(data);
-  if (message.has_response()) {
-    g_debug("has_response");
-    callWithObject(record, message.response(), Describe::kNo, nullptr);
-  }
-  if (message.has_event()) {
-    g_debug("has_event");
-    callWithObject(record, message.event(), Describe::kYes, kRecordFile);
-  }
+  callWithObjects(recordOf(data), message, kRecording);
 }
 
 void EventWithParams(void* data, const zeph::ZephMsg& message) {
-  const auto& record = *static_cast<const EventCallbackData*>(data);
-  g_debug("EventWithParams: %s", record.name.c_str());
-  if (message.has_response()) {
-    g_debug("has_response");
-    callWithObject(record, message.response(), Describe::kYes, nullptr);
-  }
-  if (message.has_event()) {
-    g_debug("has_event");
-    callWithObject(record, message.event(), Describe::kYes, nullptr);
-  }
+  g_debug("EventWithParams: %s", recordOf(data).name.c_str());
+  callWithObjects(recordOf(data), message, kDescribed);
 }
 
 }  // namespace morvik
