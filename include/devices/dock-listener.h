@@ -10,9 +10,7 @@ class DockMsgCallback final : public ScriptListener {
  public:
   using ScriptListener::ScriptListener;
 
- private:
-  [[nodiscard]] bool hears(const zeph::ZephMsg& message) const override;
-  bool tell(const zeph::ZephMsg& message) override;
+  bool onMessage(const zeph::ZephMsg& message) override;
 };
 
 /// The script function that adds a DockMsgCallback.

@@ -11,22 +11,15 @@
 
 namespace morvik {
 
-/// A listener on one feature's events, around a script function. Derived classes tell which
-/// messages are theirs and what the function is called with.
+/// A listener on one feature's events, around a script function. `onMessage` of a derived class is
+/// true for a message that is none of the feature's; for one that is, it calls `function` with what
+/// the event tells, and is what the call gave: whether the function returned exactly true. So a
+/// listener stays only while it says so, which is how a script gets rid of it.
 class ScriptListener : public ZephMsgListener {
  public:
   explicit ScriptListener(v8::Local<v8::Function> scriptFunction) : function(scriptFunction) {}
 
-  /// True for a message that is none of this feature's; else whether the function returned exactly
-  /// true. So a listener stays only while it says so, which is how a script gets rid of it.
-  bool onMessage(const zeph::ZephMsg& message) final;
-
  protected:
-  /// Whether the message carries the feature's event.
-  [[nodiscard]] virtual bool hears(const zeph::ZephMsg& message) const = 0;
-  /// Calls `function` with what the event tells, and returns what it answered.
-  virtual bool tell(const zeph::ZephMsg& message) = 0;
-
   ScriptFunction function;
 };
 

@@ -13,9 +13,7 @@ class SerialMsgCallback final : public ScriptListener {
  public:
   using ScriptListener::ScriptListener;
 
- protected:
-  [[nodiscard]] bool hears(const zeph::ZephMsg& message) const override;
-  bool tell(const zeph::ZephMsg& message) override;
+  bool onMessage(const zeph::ZephMsg& message) override;
 };
 
 /// Script functions. The current port is the one that morvik.serial.open__ opened last.

@@ -10,12 +10,9 @@ class ButtonMsgCallback final : public ScriptListener {
  public:
   using ScriptListener::ScriptListener;
 
- private:
-  [[nodiscard]] bool hears(const zeph::ZephMsg& message) const override {
-    return message.has_buttoncallback();
-  }
   // A message without a type counts as the first one, which is how an absent enum reads.
-  bool tell(const zeph::ZephMsg& message) override {
+  bool onMessage(const zeph::ZephMsg& message) override {
+    if (!message.has_buttoncallback()) return true;
     return function.call({toScript(nameOf(message.buttoncallback().type()))});
   }
 };

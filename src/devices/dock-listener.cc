@@ -5,9 +5,8 @@
 
 namespace morvik {
 
-bool DockMsgCallback::hears(const zeph::ZephMsg& message) const { return message.has_dock(); }
-
-bool DockMsgCallback::tell(const zeph::ZephMsg& message) {
+bool DockMsgCallback::onMessage(const zeph::ZephMsg& message) {
+  if (!message.has_dock()) return true;
   v8::Isolate* isolate = v8::Isolate::GetCurrent();
   return function.call({v8::Integer::New(isolate, message.dock().status()),
                         v8::Integer::New(isolate, message.dock().change())});

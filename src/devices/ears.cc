@@ -76,12 +76,8 @@ class EarsMsgCallback final : public ScriptListener {
  public:
   using ScriptListener::ScriptListener;
 
- private:
-  [[nodiscard]] bool hears(const zeph::ZephMsg& message) const override {
-    return message.has_earscallback();
-  }
-
-  bool tell(const zeph::ZephMsg& message) override {
+  bool onMessage(const zeph::ZephMsg& message) override {
+    if (!message.has_earscallback()) return true;
     v8::Isolate* isolate = v8::Isolate::GetCurrent();
     const zeph::EarsCallback& event = message.earscallback();
     return function.call({toScript(nameOf(event.type())), v8::Integer::New(isolate, event.step()),

@@ -5,10 +5,6 @@
 
 namespace morvik {
 
-bool ScriptListener::onMessage(const zeph::ZephMsg& message) {
-  return !hears(message) || tell(message);
-}
-
 void appendListener(v8::Isolate* isolate, std::unique_ptr<ZephMsgListener> listener) {
   currentInstance(isolate).addListener(std::move(listener));
 }

@@ -62,11 +62,8 @@ class M2mMsgCallback final : public ScriptListener {
  public:
   using ScriptListener::ScriptListener;
 
- private:
-  [[nodiscard]] bool hears(const zeph::ZephMsg& message) const override {
-    return message.has_m2mcallback();
-  }
-  bool tell(const zeph::ZephMsg& message) override {
+  bool onMessage(const zeph::ZephMsg& message) override {
+    if (!message.has_m2mcallback()) return true;
     const TemporaryContext temporary;
     g_message("M2m: M2mMsgCallback");
     const auto object = temporary.newObject();

@@ -167,13 +167,10 @@ class MultimediaMsgCallback final : public ScriptListener {
  public:
   using ScriptListener::ScriptListener;
 
- private:
-  [[nodiscard]] bool hears(const zeph::ZephMsg& message) const override {
-    return message.has_multimediacallback();
-  }
-
-  bool tell(const zeph::ZephMsg& message) override {
-    return function.call({toScript(nameOf(message.multimediacallback().action()))});
+  bool onMessage(const zeph::ZephMsg& message) override {
+    if (!message.has_multimediacallback()) return true;
+    const auto action = message.multimediacallback().action();
+    return function.call({toScript(nameOf(action))});
   }
 };
 

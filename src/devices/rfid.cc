@@ -32,15 +32,13 @@ class RfidMsgCallback final : public ScriptListener {
  public:
   using ScriptListener::ScriptListener;
 
- private:
-  [[nodiscard]] bool hears(const zeph::ZephMsg& message) const override {
-    return message.has_rfidcallback();
-  }
-  bool tell(const zeph::ZephMsg& message) override {
-    const TemporaryContext temporary;
+  bool onMessage(const zeph::ZephMsg& message) override {
+    if (!message.has_rfidcallback()) return true;
+    const zeph::RfidCallback& tag = message.rfidcallback();
     g_message("RFID: RfidMsgCallback");
-    g_message("RFID: RfidMsgCallback : %s", message.rfidcallback().id().c_str());
-    return function.call({tagObject(temporary, message.rfidcallback())});
+    g_message("RFID: RfidMsgCallback : %s", tag.id().c_str());
+    const TemporaryContext temporary;
+    return function.call({tagObject(temporary, tag)});
   }
 };
 

@@ -162,11 +162,8 @@ constexpr Binding kFunctions[] = {
 
 }  // namespace
 
-bool SerialMsgCallback::hears(const zeph::ZephMsg& message) const {
-  return message.has_serialcallback();
-}
-
-bool SerialMsgCallback::tell(const zeph::ZephMsg& message) {
+bool SerialMsgCallback::onMessage(const zeph::ZephMsg& message) {
+  if (!message.has_serialcallback()) return true;
   return function.call({toScript(message.serialcallback().readline().data())});
 }
 

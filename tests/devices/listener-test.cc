@@ -24,11 +24,8 @@ class ScheduleListener : public ScriptListener {
   ScheduleListener(const ScheduleListener&) = delete;
   ScheduleListener& operator=(const ScheduleListener&) = delete;
 
- protected:
-  [[nodiscard]] bool hears(const zeph::ZephMsg& message) const override {
-    return message.has_scheduleevent();
-  }
-  bool tell(const zeph::ZephMsg& message) override {
+  bool onMessage(const zeph::ZephMsg& message) override {
+    if (!message.has_scheduleevent()) return true;
     const v8::HandleScope handles(v8::Isolate::GetCurrent());
     return function.call({toScript(message.scheduleevent().uuid())});
   }
