@@ -1,4 +1,5 @@
-// Hidden values are kept under private symbols of the engine.
+// Hidden values are kept under private symbols of the engine: no key that a script can get hold of
+// leads to them, neither by listing nor through a Proxy.
 #include "web/hidden-value.h"
 
 #include "host/script.h"

@@ -22,6 +22,8 @@ void resize(HttpBuffer& buffer, std::size_t size) {
 
 }  // namespace
 
+// The parent sees status 1, which a refused start has too; the line, at debug level, tells them
+// apart.
 void endWithoutMemory(const char* text) {
   g_debug("%s", text);
   std::exit(1);
