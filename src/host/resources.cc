@@ -84,12 +84,6 @@ v8::Local<v8::String> textOf(const ResourceBuffer& buffer) {
   return toScript(reinterpret_cast<const char*>(buffer.data.get()));
 }
 
-// Null for every object that is made here: a text is read anew each time.
-const ResourceBuffer* keptBuffer(v8::Local<v8::Object> object) {
-  const auto field = object->GetInternalField(kBufferField).As<v8::External>();
-  return static_cast<const ResourceBuffer*>(field->Value());
-}
-
 // One for the application's life: the engine keeps every template that it has made an object of.
 v8::Local<v8::ObjectTemplate> resourceShape(v8::Isolate* isolate) {
   auto& kept = currentInstance(isolate).resource;
@@ -134,10 +128,10 @@ v8::Local<v8::Object> getDataResource(const std::string& path) {
 }
 
 void textGetter(v8::Local<v8::Name> /*name*/, const v8::PropertyCallbackInfo<v8::Value>& info) {
-  const auto holder = info.Holder();
-  if (const auto* kept = keptBuffer(holder)) return info.GetReturnValue().Set(textOf(*kept));
-  const auto field = holder->GetInternalField(kPathField).As<v8::Value>();
-  const std::string path = asciiText(info.GetIsolate(), field).value_or("");
+  // A script reaches this getter with objects that stand for no file: what `new (x.constructor)`
+  // makes has the fields and nothing in them. It reads as a file that is missing.
+  const auto field = dataPath(info.Holder());
+  const std::string path = field ? *asciiText(info.GetIsolate(), *field) : "";
   g_message("path %s", path.c_str());
   const auto buffer = loadResource(path);
   if (!buffer) return throwText(info.GetIsolate(), "cannot open resource: " + path);

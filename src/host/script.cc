@@ -113,9 +113,15 @@ void throwText(v8::Isolate* isolate, std::string_view text) {
   isolate->ThrowException(toScript(text));
 }
 
+// A function of ours runs in the context that it was made in, whoever calls it, also by way of the
+// other context that an event's object comes from. Should one ever run there, whose global object
+// has no such field, it must not take for an application whatever stands in its place.
 MorvikData& currentInstance(v8::Isolate* isolate) {
   const v8::Local<v8::Object> global = isolate->GetCurrentContext()->Global();
-  return *static_cast<MorvikData*>(global->GetAlignedPointerFromInternalField(0));
+  void* instance =
+      global->InternalFieldCount() > 0 ? global->GetAlignedPointerFromInternalField(0) : nullptr;
+  if (instance == nullptr) g_error("a function of the host was called outside of its application");
+  return *static_cast<MorvikData*>(instance);
 }
 
 std::optional<std::string> asciiText(v8::Isolate* isolate, v8::Local<v8::Value> value) {

@@ -46,6 +46,14 @@ TEST_F(DataObjectTest, onlyFileObjectsStandForAPath) {
       {"Object.create(file())", "none"},
       {"Object.assign({}, file())", "none"},
       {"Symbol()", "none"},
+      {"new (file().constructor)()", "none"},
+      {"new (file().constructor)('/etc/passwd', '/etc/passwd')", "none"},
+      {"Reflect.construct(file().constructor, [], Array)", "none"},
+      {"new (class extends file().constructor {})()", "none"},
+      {"Object.setPrototypeOf(new (file().constructor)(), file())", "none"},
+      {"file().constructor.prototype", "none"},
+      {"{...file()}", "none"},
+      {"new (globalThis.constructor)()", "none"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.expression);

@@ -130,17 +130,44 @@ TEST_F(ResourcesTest, objectsThatAreForgottenLeaveNothing) {
             "hello");
 }
 
-TEST_F(ResourcesTest, aBufferThatAnObjectKeepsIsItsText) {
-  put("kept.txt", "kept");
-  const auto buffer = loadResource(path("kept.txt"));
-  ASSERT_TRUE(buffer);
-  const v8::Context::Scope entered(context());
-  const auto data = getDataResource("/no/such/file");
-  data->SetInternalField(0, v8::External::New(isolate(), buffer.get()));
-  setGlobal("data", data);
-  log.clear();
-  EXPECT_EQ(run("data.text"), "kept");
-  EXPECT_EQ(ownLines(), Lines());
+// What a script can make of a data object without the host: it has the object's fields, with
+// nothing in them, or the object's looks, without the fields.
+TEST_F(ResourcesTest, forgedObjectsReadAsAMissingFile) {
+  put("a.txt", "hello");
+  run("var x = file.read('a.txt'); var Maker = x.constructor;");
+  for (const char* forged :
+       {"new Maker()", "new Maker('a.txt', 'a.txt')", "Reflect.construct(Maker, [])",
+        "Reflect.construct(Maker, [], Array)", "Reflect.construct(Maker, [], function() {})",
+        "new (class extends Maker {})()", "Object.setPrototypeOf(new Maker(), x)",
+        "Object.assign(new Maker(), {path: 'a.txt', 1: 'a.txt'})", "new Proxy(new Maker(), {})",
+        "Object.create(new Maker())", "Object.freeze(new Maker())",
+        "new (new Maker().constructor)()", "Reflect.construct(new Proxy(Maker, {}), [])"}) {
+    SCOPED_TRACE(forged);
+    expectThrows(std::string("(") + forged + ").text", "cannot open resource: ");
+    EXPECT_THAT(ownLines(), testing::Contains("WARNING No such file or directory"));
+  }
+}
+
+TEST_F(ResourcesTest, whatLeadsToADataObjectReadsItsFile) {
+  put("a.txt", "hello");
+  run("var x = file.read('a.txt');");
+  for (const char* way :
+       {"Object.create(x).text", "new Proxy(x, {}).text", "({__proto__: x}).text",
+        "Reflect.get(x, 'text', new (x.constructor)())", "Object.assign({}, x).text",
+        "({...x}).text", "JSON.parse(JSON.stringify(x)).text", "Object.values(x)[0]",
+        "Object.getOwnPropertyDescriptor(x, 'text').value"}) {
+    SCOPED_TRACE(way);
+    EXPECT_EQ(run(way), "hello");
+  }
+}
+
+TEST_F(ResourcesTest, whatOnlyLooksLikeADataObjectHasNoText) {
+  run("var x = file.read('a.txt'); var Maker = x.constructor;");
+  for (const char* other : {"Maker.prototype", "Maker", "Object.getPrototypeOf(x)", "Maker()",
+                            "Maker.call({})", "Maker.call(new ArrayBuffer(8))"}) {
+    SCOPED_TRACE(other);
+    EXPECT_EQ(run(std::string("String((") + other + ").text)"), "undefined");
+  }
 }
 
 TEST_F(ResourcesTest, loadResourceGivesTheFileAndAZeroByte) {

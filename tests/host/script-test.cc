@@ -190,6 +190,46 @@ TEST_F(HostScriptTest, theInstanceIsFoundFromEveryFunction) {
   }
 }
 
+// An object from an event leads a script to the functions of a context that is no application's.
+// The engine lets it make no code there.
+TEST_F(HostScriptTest, theInstanceIsFoundWhereverTheCallComesFrom) {
+  static const MorvikData* found;
+  expose("find", [](const Args& args) { found = &currentInstance(args.GetIsolate()); });
+  expose("makeForeign",
+         [](const Args& args) { args.GetReturnValue().Set(TemporaryContext().newObject()); });
+  run("var object = makeForeign(), Other = object.constructor, OtherFunction = Other.constructor,"
+      " OtherArray = Other.keys(object).constructor;");
+  ASSERT_EQ(run("[Other === Object, OtherFunction === Function, OtherArray === Array].join()"),
+            "false,false,false");
+  EXPECT_EQ(run("OtherFunction('return this')"), "throws: TypeError: no access");
+  for (const char* call :
+       {"OtherFunction.prototype.call.call(find, object)",
+        "OtherFunction.prototype.apply.call(find, object, [])",
+        "OtherFunction.prototype.bind.call(find, object)()", "find.call(object)",
+        "OtherArray.of(1, 2).map(find)", "OtherArray.from([1], find)",
+        "OtherArray.prototype.sort.call([1, 2], find)", "OtherArray.of(object).forEach(find)",
+        "Other.assign({}, {get x() { find(); }})", "object.toString = find; String(object)",
+        "object.__defineGetter__('x', find); object.x; Reflect.get(object, 'x')",
+        "object.__defineSetter__('y', find); Other.assign(object, {y: 1})",
+        "Other.entries(new Proxy({}, {ownKeys() { find(); return []; }}))",
+        "Other.setPrototypeOf(new Proxy({}, {setPrototypeOf() { return find() || true; }}), null)",
+        "Reflect.construct(find, [], Other)", "Reflect.construct(find, [], OtherFunction)"}) {
+    SCOPED_TRACE(call);
+    found = nullptr;
+    EXPECT_EQ(run(std::string(call) + "; 'done'"), "done");
+    EXPECT_EQ(found, &instance);
+  }
+}
+
+TEST_F(HostScriptTest, outsideOfAnApplicationThereIsNoInstance) {
+  const auto ask = [] {
+    const TemporaryContext foreign;
+    currentInstance(v8::Isolate::GetCurrent());
+  };
+  EXPECT_EXIT(ask(), testing::KilledBySignal(SIGTRAP),
+              "fatal: a function of the host was called outside of its application");
+}
+
 TEST_F(HostScriptTest, textsBecomeScriptTextsWhateverTheirBytes) {
   static const std::string texts[] = {"", "abc", "caf\xc3\xa9", std::string("a\0b", 3), "\xff"};
   expose("text", [](const Args& args) {

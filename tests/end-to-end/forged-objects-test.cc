@@ -1,0 +1,104 @@
+// What a script makes by the constructors of the objects that it is given, without any grant: it
+// gets an exception or nothing, and its application lives on.
+#include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
+
+#include "support/system/system-test.h"
+
+namespace morvik {
+namespace {
+
+class ForgedObjectsTest : public DeviceTest {
+ protected:
+  // Does to each object whatever reads the fields of one, in every way of forging it.
+  static std::string attack(const std::string& objects) {
+    return R"(
+      function tryAll(attempts) { attempts.forEach(function(f) { try { f(); } catch (e) {} }); }
+      function forgeries(x) {
+        var made = [x, Object.create(x), Object.assign({}, x), Object.getPrototypeOf(x),
+                    new Proxy(x, {})];
+        var Maker = x.constructor;
+        tryAll([
+          function() { made.push(new Maker()); },
+          function() { made.push(new Maker(1, 'main.js')); },
+          function() { made.push(Maker.call(x)); },
+          function() { made.push(Reflect.construct(Maker, [])); },
+          function() { made.push(Reflect.construct(Maker, [], Array)); },
+          function() { made.push(Reflect.construct(Object, [], Maker)); },
+          function() { made.push(new (class extends Maker {})()); },
+          function() { made.push(Object.setPrototypeOf(new Maker(), x)); },
+          function() { made.push(Maker.prototype); },
+          function() { made.push(new (new Maker().constructor)()); }]);
+        return made;
+      }
+      function use(o) {
+        tryAll([
+          function() { o.text; },
+          function() { o.text = 1; },
+          function() { o.semantic; },
+          function() { Reflect.get(o, 'text', {}); },
+          function() { log(o); },
+          function() { file.read(o); },
+          function() { http.post('http://127.0.0.1:1/', {file: o}); },
+          function() { http.post('http://127.0.0.1:1/', {file: o, more: 1}); },
+          function() { http.post2('http://127.0.0.1:1/', {file: o}); },
+          function() { morvik.multimedia.play(o); },
+          function() { social.twitter = o; social.facebook = o; social.init(o); },
+          function() { o.log('x'); },
+          function() { o.exit(1); }]);
+      }
+      [)" + objects +
+           R"(].forEach(function(x) { forgeries(x).forEach(use); });)";
+  }
+};
+
+TEST_F(ForgedObjectsTest, objectsOfTheHostDoNoHarm) {
+  app = run(attack("file.read('main.js'), file, morvik, social, launchType, params, globalThis,"
+                   " morvik.multimedia, http, new ArrayBuffer(8), new Uint8Array(8),"
+                   " Promise.resolve()") +
+                "log('alive');",
+            {"http", "multimedia"});
+  while (app.logged() != "alive") {
+  }
+  EXPECT_TRUE(app.alive());
+}
+
+TEST_F(ForgedObjectsTest, aDataObjectThatIsNoneHasNoText) {
+  expectThrown({"new (file.read('x').constructor)().text",
+                "Reflect.construct(file.read('x').constructor, []).text"},
+               "string: cannot open resource: ");
+}
+
+// An object from an event leads to a context that is no application's.
+TEST_F(ForgedObjectsTest, objectsOfEventsDoNoHarm) {
+  interactive(
+      "morvik.webcam.photo('http://127.0.0.1:1/', function(e) { if (e.type !== 'OK' || !e.data) "
+      "return;" +
+          attack("e, e.data, e.constructor, e.constructor.prototype, e.constructor.keys(e)") +
+          " var call = e.constructor.constructor.prototype.call;"
+          " call.call(log, null, 'called from elsewhere');"
+          " log(typeof call.call(file.read, null, 'main.js'));"
+          " log('alive'); });",
+      {"webcam", "http", "multimedia"});
+  const zeph::ZephMsg request = device.receive();
+  device.reply(request, "OK");
+  device.event(request, "OK");
+  std::vector<std::string> texts = app.loggedUntil("alive");
+  ASSERT_GE(texts.size(), 2U);
+  EXPECT_EQ(texts[texts.size() - 2], "called from elsewhere");
+  EXPECT_EQ(texts.back(), "object");
+  EXPECT_TRUE(app.alive());
+}
+
+TEST_F(ForgedObjectsTest, theLaunchTypeByVoiceDoesNoHarm) {
+  apps.app("voice", {}, prelude() + attack("launchType") + "log('alive');");
+  app = launch("voice ASR;hello;<a>b</a>");
+  while (app.logged() != "alive") {
+  }
+  EXPECT_TRUE(app.alive());
+}
+
+}  // namespace
+}  // namespace morvik
