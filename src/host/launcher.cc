@@ -36,6 +36,16 @@ void childExited(int /*signal*/) {
   g_debug("end process: %d nbChild %d", static_cast<int>(ended), static_cast<int>(nbChild));
 }
 
+// No signal for a child that only stops or goes on, as by a debugger or a shell's job control: the
+// one wait in the handler would block until some child really ends, and the launcher with it. The
+// read that the handler interrupts starts again by itself.
+void watchChildren() {
+  struct sigaction action {};
+  action.sa_handler = childExited;
+  action.sa_flags = SA_NOCLDSTOP | SA_RESTART;
+  sigaction(SIGCHLD, &action, nullptr);
+}
+
 // Holds SIGCHLD back except where it is let in, and remembers the mask that the launcher was given.
 class ChildSignals {
  public:
@@ -129,7 +139,7 @@ class Launcher {
 
 int runLauncher(int argc, char** argv) {
   LaunchOptions options;
-  std::signal(SIGCHLD, childExited);
+  watchChildren();
   setUpStreams();
   parseOptions(argc, argv, options);
   xmlCheckVersion(20707);
