@@ -11,7 +11,8 @@ namespace morvik {
 /// last log call.
 void openLog(LaunchOptions& options);
 
-/// The log handler: every message goes to syslog; one whose level is at most 1 << debug also goes
+/// The log handler: every message goes to syslog, cut at 128 KiB with the count of what was left
+/// out; one whose level is at most 1 << debug also goes
 /// to standard error as "label: text". `options` is the LaunchOptions. Levels beyond WARNING have
 /// no row of their own: ERROR reaches syslog at debug priority and standard error without a label.
 void logHandler(const gchar* domain, GLogLevelFlags level, const gchar* message, gpointer options);

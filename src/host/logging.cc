@@ -4,6 +4,7 @@
 #include <syslog.h>
 
 #include <cstdio>
+#include <cstring>
 
 namespace morvik {
 namespace {
@@ -30,6 +31,21 @@ LevelRow rowOf(int level) {
   return kOtherLevels;
 }
 
+// A record is one datagram, and one that is larger than the socket's send buffer (212,992 bytes
+// where nobody has changed it) is refused. The C library then writes it to the console, byte by
+// byte on a serial line: the application stands still for seconds. This is well below, also with
+// the record's head and what is said of the rest.
+constexpr std::size_t kMaxRecord = 131072;
+
+// What stands behind a text that was cut, as in "... (1000 bytes left out)".
+constexpr const char* kCutRecord = "%.*s... (%zu bytes left out)";
+
+void sendRecord(int priority, const char* message) {
+  const std::size_t length = std::strlen(message);
+  if (length <= kMaxRecord) return syslog(priority, "%s", message);
+  syslog(priority, kCutRecord, static_cast<int>(kMaxRecord), message, length - kMaxRecord);
+}
+
 // A threshold outside 0 to 30 prints nothing; shifting by it would not be defined.
 bool reachesStandardError(int level, int debug) {
   return debug >= 0 && debug <= 30 && level <= (1 << debug);
@@ -43,7 +59,7 @@ void logHandler(const gchar* /*domain*/, GLogLevelFlags level, const gchar* mess
   if (reachesStandardError(level, static_cast<LaunchOptions*>(options)->debug)) {
     std::fprintf(stderr, "%s: %s\n", row.label, message);
   }
-  syslog(row.priority, "%s", message);
+  sendRecord(row.priority, message);
 }
 
 void openLog(LaunchOptions& options) {

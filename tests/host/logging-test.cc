@@ -29,10 +29,10 @@ struct Opened {
 
 // These stand before the C library's own in this program.
 extern "C" void syslog(int priority, const char* format, ...) {
-  char text[256];
+  std::string text(1000000, '\0');
   va_list values;
   va_start(values, format);
-  std::vsnprintf(text, sizeof text, format, values);
+  text.resize(static_cast<std::size_t>(std::vsnprintf(text.data(), text.size(), format, values)));
   va_end(values);
   systemLines.push_back({priority, text});
 }
@@ -127,6 +127,24 @@ TEST_F(LoggingTest, theThresholdHoldsForStandardErrorOnly) {
 TEST_F(LoggingTest, aTextIsNoFormat) {
   EXPECT_EQ(printed(G_LOG_LEVEL_MESSAGE, 7, "100%s %d%n"), "MESSAGE: 100%s %d%n\n");
   EXPECT_EQ(systemLines.at(0).text, "100%s %d%n");
+}
+
+// A record that is too large for the log's socket would go to the console.
+TEST_F(LoggingTest, theSystemLogGetsALongTextCut) {
+  constexpr std::size_t kMost = 131072;
+  const std::string whole(kMost, 'x');
+  printed(G_LOG_LEVEL_DEBUG, 0, whole.c_str());
+  EXPECT_EQ(systemLines.at(0).text, whole);
+  printed(G_LOG_LEVEL_DEBUG, 0, (whole + "y").c_str());
+  EXPECT_EQ(systemLines.at(1).text, whole + "... (1 bytes left out)");
+  printed(G_LOG_LEVEL_WARNING, 0, (whole + whole + whole).c_str());
+  EXPECT_EQ(systemLines.at(2).text, whole + "... (262144 bytes left out)");
+  EXPECT_EQ(systemLines.at(2).priority, LOG_WARNING);
+}
+
+TEST_F(LoggingTest, standardErrorGetsALongTextWhole) {
+  const std::string text(300000, 'x');
+  EXPECT_EQ(printed(G_LOG_LEVEL_DEBUG, 7, text.c_str()), "DEBUG: " + text + "\n");
 }
 
 TEST_F(LoggingTest, openingNamesTheProgramAndTakesEveryMessage) {
