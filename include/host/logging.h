@@ -17,4 +17,8 @@ void openLog(LaunchOptions& options);
 /// no row of their own: ERROR reaches syslog at debug priority and standard error without a label.
 void logHandler(const gchar* domain, GLogLevelFlags level, const gchar* message, gpointer options);
 
+/// Ends the process as `g_error("%s", text)` does, with the same lines and by the same signal, but
+/// takes no memory: GLib would never come back from a message that it has no memory to form.
+[[noreturn]] void endFatally(const char* text);
+
 }  // namespace morvik

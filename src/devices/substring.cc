@@ -6,10 +6,13 @@
 #include <cstdlib>
 #include <new>
 
+#include "host/memory.h"
+
 namespace morvik {
 
 std::unique_ptr<char[]> substring(const char* text, std::size_t start, std::size_t end) {
   const std::size_t length = end - start;
+  const NewMayFail mayFail;
   std::unique_ptr<char[]> part(new (std::nothrow) char[length + 1]);
   if (!part) {
     std::fputs("Memoire insuffisante\n", stderr);

@@ -5,8 +5,11 @@
 #include <libplatform/libplatform.h>
 #include <sys/random.h>
 
+#include <array>
+#include <cstdio>
 #include <cstdlib>
 
+#include "host/memory.h"
 #include "host/script.h"
 
 namespace morvik {
@@ -16,6 +19,8 @@ namespace {
 constexpr const char* kFlags = "--single-threaded --optimize-for-size --no-expose-wasm";
 
 constexpr int kStackFrames = 10;
+
+constexpr std::size_t kReasonSize = 128;
 
 // Gives array buffers zeroed memory up to a limit in all; beyond it the script gets a RangeError.
 class LimitedAllocator final : public v8::ArrayBuffer::Allocator {
@@ -55,15 +60,17 @@ LimitedAllocator& allocatorKeptForLife() {
 // Comes right before the engine would give up on its own, with a report on standard output that
 // nobody asked for.
 std::size_t heapLimitReached(void* /*data*/, std::size_t limit, std::size_t /*initial*/) {
-  g_error("script engine out of memory: the application's heap has reached its limit of %zu bytes",
-          limit);
+  std::array<char, kReasonSize> reason{};
+  std::snprintf(reason.data(), reason.size(),
+                "the application's heap has reached its limit of %zu bytes", limit);
+  endForWantOfMemory(reason.data());
 }
 
 // The engine gives no text of its own where it fails before it has an isolate.
 const char* orUnknown(const char* text) { return text != nullptr ? text : "unknown place"; }
 
 void outOfMemory(const char* location, bool /*isHeapLimit*/) {
-  g_error("script engine out of memory: %s", orUnknown(location));
+  endForWantOfMemory(orUnknown(location));
 }
 
 void fatalError(const char* location, const char* message) {

@@ -16,6 +16,7 @@
 #include "host/app.h"
 #include "host/engine.h"
 #include "host/logging.h"
+#include "host/memory.h"
 #include "host/morvik-data.h"
 
 namespace morvik {
@@ -92,6 +93,7 @@ void leaveStandardInput() {
 void runChild(MorvikData& instance, const ChildSignals& signals) {
   leaveStandardInput();
   signals.restoreMask();
+  limitMemory();
   runApp(instance);
 }
 

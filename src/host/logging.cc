@@ -3,7 +3,9 @@
 
 #include <syslog.h>
 
+#include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 namespace morvik {
@@ -40,6 +42,13 @@ constexpr std::size_t kMaxRecord = 131072;
 // What stands behind a text that was cut, as in "... (1000 bytes left out)".
 constexpr const char* kCutRecord = "%.*s... (%zu bytes left out)";
 
+// What GLib hands over when it found no memory for the text.
+constexpr const char* kNoText = "out of memory: no text for this message";
+
+// The launcher's, from openLog on.
+LaunchOptions defaultSettings;
+LaunchOptions* settings = &defaultSettings;
+
 void sendRecord(int priority, const char* message) {
   const std::size_t length = std::strlen(message);
   if (length <= kMaxRecord) return syslog(priority, "%s", message);
@@ -56,13 +65,27 @@ bool reachesStandardError(int level, int debug) {
 void logHandler(const gchar* /*domain*/, GLogLevelFlags level, const gchar* message,
                 gpointer options) {
   const LevelRow row = rowOf(level);
+  if (message == nullptr) message = kNoText;
   if (reachesStandardError(level, static_cast<LaunchOptions*>(options)->debug)) {
     std::fprintf(stderr, "%s: %s\n", row.label, message);
   }
   sendRecord(row.priority, message);
 }
 
+// Where even the log needs memory and finds none, it comes here again: then what standard error got
+// is all that there is.
+void endFatally(const char* text) {
+  static volatile std::sig_atomic_t ending = 0;
+  if (ending != 0) G_BREAKPOINT();
+  ending = 1;
+  constexpr auto kFatal = static_cast<GLogLevelFlags>(G_LOG_LEVEL_ERROR | G_LOG_FLAG_FATAL);
+  logHandler(G_LOG_DOMAIN, kFatal, text, settings);
+  G_BREAKPOINT();
+  std::abort();
+}
+
 void openLog(LaunchOptions& options) {
+  settings = &options;
   openlog("MorvikVM", LOG_PID | LOG_CONS | LOG_NDELAY, LOG_LOCAL1);
   g_log_set_default_handler(logHandler, &options);
 }

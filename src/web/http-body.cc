@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "host/data-object.h"
+#include "host/memory.h"
 #include "host/owned.h"
 #include "host/script.h"
 #include "web/encoding.h"
@@ -120,6 +121,7 @@ void readInto(Datapost& post, const std::string& path) {
   const long size = std::ftell(file.get());
   if (size < 0 || size > std::numeric_limits<std::int32_t>::max()) return;
   std::rewind(file.get());
+  const NewMayFail mayFail;
   try {
     post.data.resize(static_cast<std::size_t>(size));
   } catch (const std::bad_alloc&) {

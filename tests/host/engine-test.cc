@@ -34,14 +34,14 @@ TEST_F(EngineTest, aScriptThatFillsMemoryEndsItsProcess) {
            "new Array(30000000).fill(1);",
        }) {
     SCOPED_TRACE(source);
-    EXPECT_EXIT(run(source), KilledBySignal(SIGTRAP), "fatal: script engine out of memory: ");
+    EXPECT_EXIT(run(source), KilledBySignal(SIGTRAP), "script engine out of memory: ");
   }
 }
 
 // The engine itself lets a first large object pass until the next collection.
 TEST_F(EngineTest, aSingleHugeTextEndsItsProcessWhenItIsKept) {
   EXPECT_EXIT(run("var huge = 'x'.repeat(100000000); huge.charCodeAt(5); huge.indexOf('y');"),
-              KilledBySignal(SIGTRAP), "fatal: script engine out of memory: ");
+              KilledBySignal(SIGTRAP), "script engine out of memory: ");
 }
 
 TEST_F(EngineTest, aSingleHugeTextThatIsGoneIsForgotten) {

@@ -147,6 +147,13 @@ TEST_F(LoggingTest, standardErrorGetsALongTextWhole) {
   EXPECT_EQ(printed(G_LOG_LEVEL_DEBUG, 7, text.c_str()), "DEBUG: " + text + "\n");
 }
 
+// GLib has no text where it has found no memory for one.
+TEST_F(LoggingTest, aMessageWithoutATextStillSpeaks) {
+  constexpr const char* kNoText = "out of memory: no text for this message";
+  EXPECT_EQ(printed(kFatalError, 7, nullptr), ": " + std::string(kNoText) + "\n");
+  EXPECT_EQ(systemLines.at(0).text, kNoText);
+}
+
 TEST_F(LoggingTest, openingNamesTheProgramAndTakesEveryMessage) {
   LaunchOptions options;
   options.debug = 5;
@@ -180,6 +187,17 @@ void dieOfAnError() {
 
 TEST_F(LoggingTest, anErrorIsWrittenAndEndsTheProcess) {
   EXPECT_EXIT(dieOfAnError(), testing::KilledBySignal(SIGTRAP), ": cannot go on\n");
+}
+
+TEST_F(LoggingTest, anEndWithoutMemoryLooksTheSame) {
+  EXPECT_EXIT(endFatally("cannot go on"), testing::KilledBySignal(SIGTRAP), "^: cannot go on\n");
+  static LaunchOptions quiet;
+  quiet.debug = 0;
+  const auto end = [] {
+    openLog(quiet);
+    endFatally("cannot go on");
+  };
+  EXPECT_EXIT(end(), testing::KilledBySignal(SIGTRAP), "^$");
 }
 
 }  // namespace
