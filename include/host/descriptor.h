@@ -5,7 +5,7 @@
 
 #include <memory>
 
-#include "host/owned.h"
+#include "host/owned-xml.h"
 
 namespace morvik {
 

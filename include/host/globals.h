@@ -19,6 +19,10 @@ void addMorvikFunctions(v8::Local<v8::ObjectTemplate> morvik);
 void addGlobals(v8::Local<v8::ObjectTemplate> global, v8::Local<v8::ObjectTemplate> morvik,
                 const MorvikData& instance);
 
+/// Releases what the functions bound here keep of the script: its listeners, and the functions that
+/// wait for answers. At the end of an application, while the engine still stands.
+void releaseGlobals(MorvikData& instance);
+
 /// A script's timer; `holder` is the kept function, released by GLib when the timer ends. Stays
 /// while the function returns exactly true.
 gboolean timerFired(gpointer holder);

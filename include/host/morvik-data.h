@@ -9,11 +9,12 @@
 #include <optional>
 #include <string>
 
-#include "host/descriptor.h"
 #include "host/launch-options.h"
 #include "host/zeph-msg-listener.h"
 
 namespace morvik {
+
+struct Descriptor;
 
 /// One application. The launcher makes one for each launch line; only the copy in a forked child
 /// goes on to live. Script functions find it in internal field 0 of the global object. It is itself
@@ -37,16 +38,16 @@ class MorvikData : public ZephMsgListener {
   /// Releases all listeners, while the script engine still stands.
   void releaseListeners();
 
-  std::int32_t socket = -1;                  ///< connection to the device server, -1: none
-  std::optional<std::string> interactiveID;  ///< set while interactive mode is granted
-  GMainLoop* mainLoop = nullptr;             ///< owned by runApp
-  GList* listeners = nullptr;                ///< owned ZephMsgListeners, in order
-  std::string appName;                       ///< first word: also the application's folder
-  std::string launchType;                    ///< second word
-  std::string instanceName;                  ///< the rest of the line
-  std::string cmdline;                       ///< the launch line, whole
-  LaunchOptions* options = nullptr;          ///< the launcher's, not owned
-  std::unique_ptr<Descriptor> descriptor;    ///< set by startApp
+  std::int32_t socket = -1;                    ///< connection to the device server, -1: none
+  std::optional<std::string> interactiveID;    ///< set while interactive mode is granted
+  GMainLoop* mainLoop = nullptr;               ///< owned by runApp
+  GList* listeners = nullptr;                  ///< owned ZephMsgListeners, in order
+  std::string appName;                         ///< first word: also the application's folder
+  std::string launchType;                      ///< second word
+  std::string instanceName;                    ///< the rest of the line
+  std::string cmdline;                         ///< the launch line, whole
+  LaunchOptions* options = nullptr;            ///< the launcher's, not owned
+  std::shared_ptr<Descriptor> descriptor;      ///< set by startApp, shared with nobody
   v8::Eternal<v8::ObjectTemplate> resource;  ///< what `file.read` makes, from the first one on
 };
 

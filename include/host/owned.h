@@ -1,9 +1,6 @@
-// Owner types for what C libraries hand out: each is released by the library's own function.
+// Owner types for what C libraries hand out: each is released by the library's own function. Those
+// of one library stand beside this file, in one of their own.
 #pragma once
-
-#include <curl/curl.h>
-#include <libxml/tree.h>
-#include <libxml/xpath.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -18,11 +15,5 @@ struct Release {
 
 using File = std::unique_ptr<std::FILE, Release<std::fclose>>;
 using MallocBytes = std::unique_ptr<unsigned char, Release<std::free>>;
-using CurlEasy = std::unique_ptr<CURL, Release<curl_easy_cleanup>>;
-using CurlList = std::unique_ptr<curl_slist, Release<curl_slist_free_all>>;
-using CurlText = std::unique_ptr<char, Release<curl_free>>;
-using XmlDocument = std::unique_ptr<xmlDoc, Release<xmlFreeDoc>>;
-using XmlQuery = std::unique_ptr<xmlXPathContext, Release<xmlXPathFreeContext>>;
-using XmlQueryResult = std::unique_ptr<xmlXPathObject, Release<xmlXPathFreeObject>>;
 
 }  // namespace morvik

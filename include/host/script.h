@@ -1,5 +1,5 @@
 // The script engine as the rest of the program sees it: the shape of a script function, reading its
-// arguments, throwing a text, keeping a function and calling it, and reporting exceptions.
+// arguments, throwing a text, keeping a function and calling it.
 #pragma once
 
 #include <v8.h>
@@ -112,14 +112,5 @@ class ScriptRun {
  private:
   v8::HandleScope handles_;
 };
-
-/// Writes an exception to the log: place and text, the source line, an underline, the stack. An
-/// exception without a message ends the process through a fatal log.
-void reportException(const v8::TryCatch& tryCatch);
-
-/// For the engine: what it has to say about exceptions that passed no reportException.
-void onEngineMessage(v8::Local<v8::Message> message, v8::Local<v8::Value> exception);
-/// For the engine: keeps account of promises that are rejected without a handler.
-void onPromiseReject(v8::PromiseRejectMessage rejection);
 
 }  // namespace morvik

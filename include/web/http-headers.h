@@ -3,7 +3,7 @@
 
 #include <v8.h>
 
-#include "host/owned.h"
+#include "web/owned-curl.h"
 
 namespace morvik {
 

@@ -6,7 +6,7 @@
 
 #include <memory>
 
-#include "host/owned.h"
+#include "host/owned-xml.h"
 #include "host/script.h"
 
 namespace morvik {

@@ -10,6 +10,7 @@
 #include "channel/message.h"
 #include "channel/request.h"
 #include "devices/devices.h"
+#include "host/exceptions.h"
 #include "host/morvik-data.h"
 
 namespace morvik {

@@ -6,13 +6,14 @@
 #include <cstdlib>
 #include <ctime>
 
-#include "channel/callback-table.h"
+#include "host/app-path.h"
+#include "host/descriptor.h"
 #include "host/engine.h"
+#include "host/exceptions.h"
 #include "host/globals.h"
 #include "host/morvik-data.h"
 #include "host/object-tree.h"
 #include "host/parameters.h"
-#include "host/path-filter.h"
 #include "host/script.h"
 #include "host/source.h"
 
@@ -60,12 +61,6 @@ void runMain(v8::Local<v8::Context> context, const MorvikData& instance) {
   if (script->Run(context).IsEmpty()) reportException(tryCatch);
 }
 
-// Handles into the engine must go before it does.
-void releaseScriptFunctions(MorvikData& instance) {
-  instance.releaseListeners();
-  releaseCallbacks();
-}
-
 }  // namespace
 
 void startApp(MorvikData& instance) {
@@ -92,7 +87,7 @@ void runApp(MorvikData& instance) {
     startApp(instance);
     g_timeout_add(kAutokillMs, autokillCallback, &instance);
     g_main_loop_run(instance.mainLoop);
-    releaseScriptFunctions(instance);
+    releaseGlobals(instance);  // handles into the engine must go before it does
   }
   Engine::dispose();
   g_main_loop_unref(instance.mainLoop);

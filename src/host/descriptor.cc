@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "host/path-filter.h"
+#include "host/app-path.h"
 #include "host/script.h"
 
 namespace morvik {

@@ -9,8 +9,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "host/exceptions.h"
 #include "host/memory.h"
-#include "host/script.h"
 
 namespace morvik {
 namespace {
@@ -130,6 +130,7 @@ Engine::~Engine() {
 }
 
 void Engine::runPendingTasks(v8::Isolate* isolate) {
+  const EngineRunsScript running;
   while (v8::platform::PumpMessageLoop(preparedKeptForLife().platform, isolate)) {
   }
   holdToLimit(isolate);

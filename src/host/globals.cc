@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <ctime>
 
+#include "channel/callback-table.h"
 #include "channel/script-functions.h"
 #include "host/launch-type.h"
 #include "host/morvik-data.h"
@@ -93,6 +94,11 @@ void addGlobals(v8::Local<v8::ObjectTemplate> global, v8::Local<v8::ObjectTempla
   const auto launchType = v8::ObjectTemplate::New(isolate);
   buildLaunchType(launchType, instance.launchType);
   global->Set(isolate, "launchType", launchType);
+}
+
+void releaseGlobals(MorvikData& instance) {
+  instance.releaseListeners();
+  releaseCallbacks();
 }
 
 }  // namespace morvik

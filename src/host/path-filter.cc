@@ -1,12 +1,10 @@
-// The filter on script-given file names, and the forming of paths in an application's folder.
+// The filter on script-given file names.
 #include "host/path-filter.h"
 
 #include <glib.h>
 
-#include <cstdio>
 #include <cstring>
 
-#include "host/morvik-data.h"
 #include "host/script.h"
 
 namespace morvik {
@@ -35,13 +33,6 @@ bool refusePath(v8::Isolate* isolate, const std::string& name) {
   g_warning("%s", text.c_str());
   throwText(isolate, text);
   return true;
-}
-
-std::string appPath(const MorvikData& instance, const char* file, std::size_t size) {
-  std::string path(size, '\0');
-  std::snprintf(path.data(), size, "%s/%s/%s", instance.options->app_folder,
-                instance.appName.c_str(), file);
-  return path.c_str();  // up to the end mark
 }
 
 }  // namespace morvik

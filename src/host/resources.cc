@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "host/app-path.h"
 #include "host/data-object.h"
 #include "host/morvik-data.h"
 #include "host/path-filter.h"

@@ -7,8 +7,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "host/app-path.h"
 #include "host/owned.h"
-#include "host/path-filter.h"
 #include "host/script.h"
 
 namespace morvik {

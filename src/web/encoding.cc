@@ -15,6 +15,8 @@
 #include <cstring>
 #include <utility>
 
+#include "web/owned-curl.h"
+
 namespace morvik {
 namespace {
 

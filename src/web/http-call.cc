@@ -3,10 +3,10 @@
 
 #include <glib.h>
 
-#include "host/owned.h"
 #include "host/script.h"
 #include "web/encoding.h"
 #include "web/http-buffer.h"
+#include "web/owned-curl.h"
 
 namespace morvik {
 namespace {

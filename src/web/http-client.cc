@@ -7,13 +7,13 @@
 #include <algorithm>
 #include <optional>
 
-#include "host/owned.h"
 #include "host/script.h"
 #include "web/encoding.h"
 #include "web/http-body.h"
 #include "web/http-buffer.h"
 #include "web/http-call.h"
 #include "web/http-headers.h"
+#include "web/owned-curl.h"
 #include "web/web.h"
 
 namespace morvik {

@@ -5,11 +5,11 @@
 
 #include <array>
 
-#include "host/owned.h"
 #include "web/base64.h"
 #include "web/encoding.h"
 #include "web/hidden-value.h"
 #include "web/hmac-sha1.h"
+#include "web/owned-curl.h"
 #include "web/social-account.h"
 
 namespace morvik {

@@ -11,6 +11,7 @@
 #include "channel/message.h"
 #include "channel/request.h"
 #include "host/descriptor.h"
+#include "host/exceptions.h"
 #include "host/morvik-data.h"
 #include "web/hidden-value.h"
 #include "web/signing.h"

@@ -8,6 +8,7 @@
 #include <ctime>
 
 #include "host/app-files.h"
+#include "host/descriptor.h"
 #include "host/engine.h"
 #include "support/unit/log-texts.h"
 #include "support/unit/script-test.h"

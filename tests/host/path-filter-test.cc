@@ -1,10 +1,9 @@
-// Which file names a script may pass, and how names become paths.
+// Which file names a script may pass.
 #include "host/path-filter.h"
 
 #include <gmock/gmock.h>
 
-#include "host/launch-options.h"
-#include "host/morvik-data.h"
+#include <string>
 
 namespace morvik::test {
 namespace {
@@ -58,43 +57,6 @@ TEST(PathFilterTest, allowsLettersDigitsAndFourOtherBytes) {
     const char path[] = {'a', static_cast<char>(byte), 'a', '\0'};
     EXPECT_EQ(isForbiddenPath(path), allowed.find(path[1]) == std::string::npos) << byte;
   }
-}
-
-TEST(PathFilterTest, pathsAreFormedFromTheFolderTheNameAndTheFile) {
-  const struct {
-    const char* folder;
-    const char* name;
-    const char* file;
-    const char* path;
-  } rows[] = {
-      {"/apps", "led", "main.js", "/apps/led/main.js"},
-      {"", "led", "main.js", "/led/main.js"},
-      {"/apps/", "led", "main.js", "/apps//led/main.js"},
-      {"apps", "", "/x", "apps///x"},
-      {"/a b", "c%s", "d e", "/a b/c%s/d e"},
-  };
-  for (const auto& row : rows) {
-    LaunchOptions options;
-    options.app_folder = row.folder;
-    MorvikData instance;
-    instance.options = &options;
-    instance.appName = row.name;
-    EXPECT_EQ(appPath(instance, row.file, kStartPathSize), row.path);
-  }
-}
-
-TEST(PathFilterTest, aPathIsCutWithoutAWordToWhatFitsWithItsEndMark) {
-  const std::string name(250, 'n');
-  LaunchOptions options;
-  options.app_folder = "/f";
-  MorvikData instance;
-  instance.options = &options;
-  instance.appName = name;
-  const std::string whole = "/f/" + name + "/0123456789";
-  EXPECT_EQ(appPath(instance, "0123456789", kStartPathSize), whole.substr(0, 254));
-  EXPECT_EQ(appPath(instance, "0123456789", 512), whole);
-  EXPECT_EQ(appPath(instance, "0123456789", whole.size() + 1), whole);
-  EXPECT_EQ(appPath(instance, "0123456789", whole.size()), whole.substr(0, whole.size() - 1));
 }
 
 }  // namespace

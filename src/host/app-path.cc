@@ -1,0 +1,17 @@
+// Paths in an application's folder.
+#include "host/app-path.h"
+
+#include <cstdio>
+
+#include "host/morvik-data.h"
+
+namespace morvik {
+
+std::string appPath(const MorvikData& instance, const char* file, std::size_t size) {
+  std::string path(size, '\0');
+  std::snprintf(path.data(), size, "%s/%s/%s", instance.options->app_folder,
+                instance.appName.c_str(), file);
+  return path.c_str();  // up to the end mark
+}
+
+}  // namespace morvik
