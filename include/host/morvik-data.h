@@ -48,7 +48,7 @@ class MorvikData : public ZephMsgListener {
   std::string cmdline;                         ///< the launch line, whole
   LaunchOptions* options = nullptr;            ///< the launcher's, not owned
   std::shared_ptr<Descriptor> descriptor;      ///< set by startApp, shared with nobody
-  v8::Eternal<v8::ObjectTemplate> resource;  ///< what `file.read` makes, from the first one on
+  v8::Eternal<v8::ObjectTemplate> dataObject;  ///< what `file.read` makes, from the first one on
 };
 
 }  // namespace morvik

@@ -30,7 +30,7 @@ void callWithObject(const EventCallbackData& data, const auto& result, Describe 
   const auto object = temporary.newObject();
   setCode(object, result);
   if (describe == Describe::kYes) setDescription(object, result);
-  if (path != nullptr) setOwn(object, "data", newFileObject(temporary.context(), path));
+  if (path != nullptr) setOwn(object, "data", newDataObject(temporary.context(), path));
   data.function.call({object});
 }
 

@@ -150,7 +150,7 @@ TEST_F(HttpBodyTest, aFileThatCannotBeReadLeavesTheBodyEmpty) {
 
 TEST_F(HttpBodyTest, aPathIsOneByteForEachUnit) {
   std::ofstream(pictureFile() + "\xe9") << "one byte";
-  setGlobal("accented", newFileObject(context(), pictureFile() + "\xc3\xa9"));
+  setGlobal("accented", newDataObject(context(), pictureFile() + "\xc3\xa9"));
   EXPECT_EQ(simple("{a: accented}"), "one byte");
 }
 

@@ -162,7 +162,7 @@ TEST_F(HttpClientTest, aFormsFileIsReadDuringTheTransfer) {
 
 TEST_F(HttpClientTest, aFormsPathIsOneByteForEachUnit) {
   std::ofstream(pictureFile() + "\xe9") << "one byte";
-  setGlobal("accented", newFileObject(context(), pictureFile() + "\xc3\xa9"));
+  setGlobal("accented", newDataObject(context(), pictureFile() + "\xc3\xa9"));
   run("http.post(url, {a: accented}, {}, true)");
   EXPECT_EQ(partsOf(web.takeRequest()).at(0).content, "one byte");
 }

@@ -19,8 +19,8 @@ WebTest::WebTest() {
   forgetProxies();
   const v8::Context::Scope entered(context());
   setGlobal("url", toScript(web.url()));
-  setGlobal("picture", newFileObject(context(), pictureFile()));
-  setGlobal("missing", newFileObject(context(), folder_ / "missing"));
+  setGlobal("picture", newDataObject(context(), pictureFile()));
+  setGlobal("missing", newDataObject(context(), folder_ / "missing"));
 }
 
 void WebTest::writePicture(const std::string& bytes) {
