@@ -1,4 +1,4 @@
-// Log lines that are longer than what one record of the system log can hold.
+// What one record of the system log holds, and what a script cannot make of it.
 #include <gmock/gmock.h>
 #include <syslog.h>
 
@@ -12,7 +12,7 @@ namespace {
 constexpr std::size_t kMaxRecord = 131072;
 const std::string kHead = "JSLOG: ";
 
-class LongLogTest : public SystemTest {
+class LogRecordsTest : public SystemTest {
  protected:
   // What the system log has of a text of so many letters that a script logs.
   std::string recordOf(std::size_t letters) {
@@ -23,19 +23,19 @@ class LongLogTest : public SystemTest {
   App app;
 };
 
-TEST_F(LongLogTest, upToItsLimitARecordIsWhole) {
+TEST_F(LogRecordsTest, upToItsLimitARecordIsWhole) {
   const std::size_t letters = kMaxRecord - kHead.size();
   EXPECT_EQ(recordOf(letters), kHead + std::string(letters, 'x'));
 }
 
-TEST_F(LongLogTest, beyondItARecordIsCutAndSaysSo) {
+TEST_F(LogRecordsTest, beyondItARecordIsCutAndSaysSo) {
   const std::size_t letters = kMaxRecord - kHead.size();
   EXPECT_EQ(recordOf(letters + 1), kHead + std::string(letters, 'x') + "... (1 bytes left out)");
 }
 
 // More than the socket takes: a record that the system log refuses goes to the console, and no
 // record of it comes.
-TEST_F(LongLogTest, whatTheSocketRefusesArrivesCut) {
+TEST_F(LogRecordsTest, whatTheSocketRefusesArrivesCut) {
   constexpr std::size_t kLetters = 5000000;
   const std::size_t leftOut = kLetters + kHead.size() - kMaxRecord;
   const std::string record = recordOf(kLetters);
@@ -45,13 +45,24 @@ TEST_F(LongLogTest, whatTheSocketRefusesArrivesCut) {
   EXPECT_EQ(app.waitForLog("JSLOG: behind").priority, LOG_NOTICE);
 }
 
-TEST_F(LongLogTest, standardErrorHasItWhole) {
+TEST_F(LogRecordsTest, standardErrorHasItWhole) {
   constexpr std::size_t kLetters = 1000000;
   recordOf(kLetters);
   app.waitForLog("JSLOG: behind");
   host().killAll();
   EXPECT_THAT(host().errors().awaitEnd(),
               testing::HasSubstr("MESSAGE: JSLOG: " + std::string(kLetters, 'x') + "\nMESSAGE: "));
+}
+
+// On standard error, the second line looks like one of the launcher's. The record tells who wrote
+// it.
+TEST_F(LogRecordsTest, aForgedLineStaysInTheRecordOfItsWriter) {
+  app = run("log('x\\nMESSAGE: nbChild 7'); log('behind');");
+  EXPECT_EQ(app.waitForLogThatStarts("JSLOG: x").text, "JSLOG: x\nMESSAGE: nbChild 7");
+  app.waitForLog("JSLOG: behind");
+  EXPECT_THAT(host().texts(host().pid()), testing::Not(testing::Contains("nbChild 7")));
+  host().killAll();
+  EXPECT_THAT(host().errors().awaitEnd(), testing::HasSubstr("\nMESSAGE: nbChild 7\n"));
 }
 
 }  // namespace
