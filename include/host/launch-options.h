@@ -7,9 +7,10 @@ namespace morvik {
 
 /// The launcher's settings, alive for the whole process. Texts point into the argument vector.
 struct LaunchOptions {
-  std::int32_t debug = 7;            ///< --debug=: how much of the log reaches standard error
-  const char* app_folder = "";       ///< --app_folder=: parent of all application folders
-  const char* lib_folder = nullptr;  ///< --lib_folder=: taken and never used, on purpose
+  std::int32_t debug = 7;       ///< --debug=: how much of the log reaches standard error
+  const char* app_folder = "";  ///< --app_folder=: parent of all application folders
+  /// --lib_folder=: taken and never read; whatever it names changes nothing.
+  const char* lib_folder = nullptr;
 };
 
 /// The text just behind `prefix`, or null when `argument` does not begin with it. A prefix with

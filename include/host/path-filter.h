@@ -12,7 +12,7 @@ namespace morvik {
 bool isForbiddenPath(const char* path);
 
 /// True when the name is forbidden. The log then has a warning, and the script the exception
-/// "access denied: " with the name: its caller only returns.
+/// "access denied: " with the name.
 [[nodiscard]] bool refusePath(v8::Isolate* isolate, const std::string& name);
 
 }  // namespace morvik

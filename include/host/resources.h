@@ -8,8 +8,9 @@
 
 namespace morvik {
 
-/// Room for a resource's path, its end mark included: longer ones are cut. That it is not
-/// kStartPathSize is meant: a script reads and writes where it could not include.
+/// Room for a resource's path, its end mark included: longer ones are cut. It is more than
+/// kStartPathSize, which holds for includes: a file deep in the folders can be read and written by
+/// a script that cannot include it.
 inline constexpr std::size_t kResourcePathSize = 512;
 
 /// The script function `include`: runs a source file in the application's one context.

@@ -44,14 +44,17 @@ void throwText(v8::Isolate* isolate, std::string_view text);
 MorvikData& currentInstance(v8::Isolate* isolate);
 
 /// The value as text, one byte for each UTF-16 unit (its low eight bits), a zero byte as a blank.
-/// Nothing when the conversion threw; the script then has that exception.
 std::optional<std::string> asciiText(v8::Isolate* isolate, v8::Local<v8::Value> value);
 
-/// The value as UTF-8 text. Nothing when the conversion threw.
+/// The value as UTF-8 text.
 std::optional<std::string> utf8Text(v8::Isolate* isolate, v8::Local<v8::Value> value);
 
 /// Reads the arguments of one call, in the order in which it is asked. The first conversion that
 /// throws ends the reading: further reads give empty values, and `threw` says so.
+///
+/// A convention for all that reads a script's values, here and in every feature: reading may run
+/// script, which may throw. Where such a function gives false, nothing or an empty handle, there is
+/// an exception, it is the script's, and the caller only returns, so that the script meets it.
 class ArgumentReader {
  public:
   explicit ArgumentReader(const Args& args) : args_(args) {}

@@ -20,6 +20,10 @@
 namespace morvik {
 namespace {
 
+// The script's whole world, in the order that a reader of the log knows. What the descriptor does
+// not grant is not there at all, so no test stands between a script and its functions later. Each
+// application seeds the numbers of `morvik.random` anew: two that start within one second draw the
+// same ones.
 v8::Local<v8::ObjectTemplate> buildGlobals(MorvikData& instance) {
   v8::Isolate* isolate = v8::Isolate::GetCurrent();
   const auto global = buildGlobalTemplate();
@@ -34,18 +38,21 @@ v8::Local<v8::ObjectTemplate> buildGlobals(MorvikData& instance) {
   return global;
 }
 
-// config.bin becomes `params`.
+// config.bin becomes `params`, an empty object where there is none: a script need not ask first.
 void setParameters(v8::Local<v8::Context> context, const MorvikData& instance) {
   const auto params = loadParameters(appPath(instance, "config.bin", kStartPathSize));
   context->Global()->Set(context, toScript("params"), params).Check();
 }
 
+// Under the name that scripts and the log see in places and stacks, not under its path.
 v8::MaybeLocal<v8::Script> compile(v8::Local<v8::Context> context, v8::Local<v8::String> source) {
   v8::ScriptOrigin origin(v8::Isolate::GetCurrent(), toScript("main.js"));
   return v8::Script::Compile(context, source, &origin);
 }
 
-// An application whose main.js fails lives on with whatever it has set up.
+// An application whose main.js fails lives on with whatever it has set up: a listener that it has
+// added before goes on hearing. The TryCatch is verbose, so the engine tells of the exception as
+// well, to a listener that leaves it to this report (onEngineMessage).
 void runMain(v8::Local<v8::Context> context, const MorvikData& instance) {
   v8::Isolate* isolate = v8::Isolate::GetCurrent();
   const auto source = loadSource(instance, "main.js");
@@ -73,12 +80,18 @@ void startApp(MorvikData& instance) {
   runMain(context, instance);
 }
 
+// From within a callback: nothing behind the main loop runs any more, and the launcher sees status
+// 255. An application that becomes interactive later than this, or leaves that mode, is not asked
+// again.
 gboolean autokillCallback(gpointer instance) {
   if (static_cast<MorvikData*>(instance)->interactiveID) return G_SOURCE_REMOVE;
   g_warning("/!\\ AUTOKILL, application still not interactive after %dms", kAutokillMs);
   std::exit(-1);
 }
 
+// The autokill counts from the end of the first run, so a long main.js has its ten seconds all the
+// same, and one that never returns is never ended. A script's `exit()` during that run is lost,
+// because the loop that it quits has not begun.
 void runApp(MorvikData& instance) {
   instance.mainLoop = g_main_loop_new(nullptr, FALSE);
   g_debug("running app: %s/%s", instance.options->app_folder, instance.appName.c_str());

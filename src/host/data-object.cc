@@ -16,6 +16,7 @@ namespace {
 
 // The functions that read give the system's number for what went wrong, or 0.
 
+// One byte more, for the end that makes the bytes a text.
 int readBytes(std::FILE* file, std::size_t size, MallocBytes& bytes) {
   bytes.reset(static_cast<unsigned char*>(std::malloc(size + 1)));
   if (!bytes) return errno;
@@ -24,6 +25,8 @@ int readBytes(std::FILE* file, std::size_t size, MallocBytes& bytes) {
   return std::ferror(file) == 0 ? 0 : errno;  // a directory opens and does not read
 }
 
+// The size is the file's at this moment. One that grows meanwhile is cut, one that shrinks gives
+// what there was.
 int readWhole(const std::string& path, ResourceBuffer& buffer) {
   const File file(std::fopen(path.c_str(), "r"));
   struct stat facts {};
@@ -32,6 +35,7 @@ int readWhole(const std::string& path, ResourceBuffer& buffer) {
   return readBytes(file.get(), static_cast<std::size_t>(facts.st_size), buffer.data);
 }
 
+// Up to the first zero byte: scripts cannot read binary files on this road.
 v8::Local<v8::String> textOf(const ResourceBuffer& buffer) {
   return toScript(reinterpret_cast<const char*>(buffer.data.get()));
 }
@@ -49,6 +53,8 @@ v8::Local<v8::ObjectTemplate> shapeWithText(v8::Isolate* isolate) {
 
 }  // namespace
 
+// For the files of events, which are not the application's own: it can send or play them and cannot
+// read them, so there is no `text`.
 v8::Local<v8::Object> newDataObject(v8::Local<v8::Context> context, const std::string& path) {
   const auto shape = v8::ObjectTemplate::New(v8::Isolate::GetCurrent());
   shape->SetInternalFieldCount(kDataFields);

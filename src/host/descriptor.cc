@@ -15,13 +15,16 @@ namespace {
 
 constexpr const char* kAccessElements = "/descriptor/accesses/access";
 
+// The names in the order of the file. Everything else in it is passed over, so a descriptor may
+// hold what other programs want to know of an application.
 XmlQueryResult findAccesses(xmlDoc* doc) {
   const XmlQuery query(xmlXPathNewContext(doc));
   return XmlQueryResult(
       xmlXPathEvalExpression(reinterpret_cast<const xmlChar*>(kAccessElements), query.get()));
 }
 
-// Stands in the place of a function that the descriptor does not grant.
+// Stands in the place of a function that the descriptor does not grant. It ends the process, where
+// an exception would let the script go on as if it had been granted something.
 void deniedStub(const Args& args) {
   const v8::String::Utf8Value access(args.GetIsolate(), args.Data());
   g_debug("ERROR ACCESS: %s", *access);
@@ -35,6 +38,7 @@ std::unique_ptr<Descriptor> loadDescriptor(const MorvikData& instance) {
   g_debug("searching descriptor: %s", path.c_str());
   g_debug("loading descriptor");
   auto descriptor = std::make_unique<Descriptor>();
+  // What the library has to say of a broken file it says on standard error by itself.
   descriptor->doc.reset(xmlReadFile(path.c_str(), nullptr, 0));
   if (!descriptor->doc) std::exit(0);  // no word of our own: to the launcher a normal end
   descriptor->root = xmlDocGetRootElement(descriptor->doc.get());
@@ -47,6 +51,8 @@ int accessCount(const Descriptor& descriptor) {
   return descriptor.accesses->nodesetval->nodeNr;
 }
 
+// An element without any content has no text that could be compared. The log tells the descriptor's
+// author which one it is.
 const char* accessName(const Descriptor& descriptor, int index) {
   const xmlNode* content = descriptor.accesses->nodesetval->nodeTab[index]->children;
   if (content == nullptr) g_error("descriptor.xml: access element %d is empty", index + 1);
@@ -55,6 +61,8 @@ const char* accessName(const Descriptor& descriptor, int index) {
   return reinterpret_cast<const char*>(content->content);
 }
 
+// As the names stand in the file: one in upper case or with a blank around it grants nothing, and
+// the application meets `undefined` there.
 bool hasAccess(const Descriptor& descriptor, const char* name) {
   for (int i = 0; i < accessCount(descriptor); ++i) {
     if (std::strcmp(accessName(descriptor, i), name) == 0) return true;

@@ -69,6 +69,7 @@ std::size_t heapLimitReached(void* /*data*/, std::size_t limit, std::size_t /*in
 // The engine gives no text of its own where it fails before it has an isolate.
 const char* orUnknown(const char* text) { return text != nullptr ? text : "unknown place"; }
 
+// Anything of the engine's that stands beside its heap, such as the trees of its parsers.
 void outOfMemory(const char* location, bool /*isHeapLimit*/) {
   endForWantOfMemory(orUnknown(location));
 }
@@ -108,6 +109,8 @@ void holdToLimit(v8::Isolate* isolate) {
 
 }  // namespace
 
+// In the launcher, so that no child needs time for it. The isolate stays with the child: an
+// inherited one would draw every application the same random numbers.
 void Engine::prepare() {
   v8::V8::SetFlagsFromString(kFlags);
   v8::V8::SetEntropySource(drawEntropy);  // fresh for every isolate, also after a fork

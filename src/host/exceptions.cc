@@ -25,12 +25,15 @@ std::vector<Rejection>& rejectionsKeptForLife() {
 // True while the engine runs script of its own accord, outside every TryCatch of ours.
 bool engineRunsScript = false;
 
+// A value that has no text, such as a symbol or an object whose toString throws, must not take the
+// report away from whoever looks for the place of the failure.
 std::string textOrApology(v8::Isolate* isolate, v8::Local<v8::Value> value) {
   const v8::String::Utf8Value text(isolate, value);
   return *text != nullptr ? *text : "<string conversion failed>";
 }
 
-// Marks the columns of the failing expression below the source line.
+// Marks the columns of the failing expression below the source line, as a log in a fixed pitch
+// shows it. A line of any length has room.
 std::string underline(v8::Local<v8::Context> context, v8::Local<v8::Message> message) {
   const int start = std::max(message->GetStartColumn(context).FromMaybe(0), 0);
   const int end = std::max(message->GetEndColumn(context).FromMaybe(start), start);
@@ -48,6 +51,8 @@ void reportStack(v8::Isolate* isolate, v8::Local<v8::Value> exception) {
   if (!text.empty()) g_warning("%s", text.c_str());
 }
 
+// Each part is a record of its own. Only an exception that the engine knows no place for ends the
+// process.
 void report(v8::Isolate* isolate, v8::Local<v8::Value> exception, v8::Local<v8::Message> message) {
   const v8::Local<v8::Context> context = isolate->GetCurrentContext();
   const std::string text = textOrApology(isolate, exception);
@@ -62,6 +67,7 @@ void report(v8::Isolate* isolate, v8::Local<v8::Value> exception, v8::Local<v8::
   reportStack(isolate, exception);
 }
 
+// In the promise's own context: turning the reason into a text may run its script.
 void reportRejection(v8::Isolate* isolate, const Rejection& rejection) {
   const v8::Local<v8::Promise> promise = rejection.promise.Get(isolate);
   const v8::Context::Scope entered(promise->GetCreationContext().ToLocalChecked());
@@ -84,6 +90,8 @@ void onEngineMessage(v8::Local<v8::Message> message, v8::Local<v8::Value> except
   if (engineRunsScript) report(v8::Isolate::GetCurrent(), exception, message);
 }
 
+// Told at the rejection, when a handler may still come in the same run of script; so nothing is
+// reported before that run has ended.
 void onPromiseReject(v8::PromiseRejectMessage rejection) {
   v8::Isolate* isolate = v8::Isolate::GetCurrent();
   std::vector<Rejection>& rejections = rejectionsKeptForLife();

@@ -18,13 +18,15 @@ namespace {
 
 constexpr int kRandomRange = 10000000;
 
+// The one road from a script into the log; whatever the value, the line begins with JSLOG.
 void log(const Args& args) {
   if (args.Length() != 1) return throwText(args.GetIsolate(), "Wrong arguments");
   if (const auto text = asciiText(args.GetIsolate(), args[0]))
     g_message("JSLOG: %s", text->c_str());
 }
 
-// The script runs on until it returns to the loop. Before the loop runs, this has no effect.
+// The script runs on until it returns to the loop. Before the loop runs, this has no effect. The
+// log has its line also for a call that is refused.
 void exit(const Args& args) {
   g_debug("EXIT");
   if (args.Length() != 0) return throwText(args.GetIsolate(), "Wrong arguments");
@@ -33,6 +35,7 @@ void exit(const Args& args) {
 
 void releaseTimer(gpointer holder) { delete static_cast<ScriptFunction*>(holder); }
 
+// No function cancels a timer, so GLib's number for it is not kept.
 void setTimeout(const Args& args) {
   v8::Isolate* isolate = args.GetIsolate();
   if (args.Length() != 2 || !args[0]->IsNumber() || !args[1]->IsFunction()) {
@@ -53,11 +56,12 @@ void random(const Args& args) {
 
 void uuid(const Args& args) { args.GetReturnValue().Set(toScript(newUuid())); }
 
-// A text on purpose: adding to it concatenates.
+// A text, where a number would be expected: a script that adds 1 to it gets one digit more.
 void timestamp(const Args& args) {
   args.GetReturnValue().Set(toScript(std::to_string(std::time(nullptr))));
 }
 
+// `ping` stands on the global object and on `morvik`, and is the same function.
 constexpr Binding kFirstFunctions[] = {
     {"log", log}, {"exit", exit}, {"setTimeout", setTimeout}, {"ping", ping}};
 constexpr Binding kMorvikFunctions[] = {{"ping", ping},   {"info", info}, {"connect", connect},
@@ -80,6 +84,8 @@ v8::Local<v8::ObjectTemplate> buildGlobalTemplate() {
 
 void addMorvikFunctions(v8::Local<v8::ObjectTemplate> morvik) { bind(morvik, kMorvikFunctions); }
 
+// The words of the launch line are copies. A script that changes them changes what its own code
+// reads, and no path or permission of the host's.
 void addGlobals(v8::Local<v8::ObjectTemplate> global, v8::Local<v8::ObjectTemplate> morvik,
                 const MorvikData& instance) {
   v8::Isolate* isolate = v8::Isolate::GetCurrent();

@@ -29,6 +29,8 @@ void set(v8::Local<v8::ObjectTemplate> object, const char* name, v8::Local<v8::D
   object->Set(v8::Isolate::GetCurrent(), name, value);
 }
 
+// Scripts read all six, whatever the line holds: a field that is missing is an empty text, never
+// undefined, and what stands behind the last one is passed over.
 void buildTagLaunch(v8::Local<v8::ObjectTemplate> launchType, const std::string& text) {
   set(launchType, "name", toScript("RFID"));
   Fields fields(text);
@@ -38,7 +40,9 @@ void buildTagLaunch(v8::Local<v8::ObjectTemplate> launchType, const std::string&
   }
 }
 
-// Computed anew on each read, from what `rawSemantic` holds then.
+// Computed anew on each read, from what `rawSemantic` holds then: a script may put a text of its
+// own there. The objects are made in a context of their own, as those of events are, so a kept one
+// costs as much.
 void readSemantic(v8::Local<v8::Name> /*name*/, const v8::PropertyCallbackInfo<v8::Value>& info) {
   v8::Isolate* isolate = info.GetIsolate();
   v8::EscapableHandleScope handles(isolate);
@@ -69,6 +73,7 @@ void buildVoiceLaunch(v8::Local<v8::ObjectTemplate> launchType, const std::strin
 
 }  // namespace
 
+// Only the first letters count: a text such as "RFIDx" is a launch by tag as well.
 void buildLaunchType(v8::Local<v8::ObjectTemplate> launchType, const std::string& text) {
   if (text.starts_with("RFID")) return buildTagLaunch(launchType, text);
   if (text.starts_with("ASR")) return buildVoiceLaunch(launchType, text);

@@ -25,10 +25,12 @@ namespace {
 // The size handed to the read: one read takes a character less.
 constexpr int kLineSize = 4095;
 
+// As the launcher counts. What the handler does to it must not tear.
 volatile std::sig_atomic_t nbChild = 0;
 
 // Runs only while the launcher waits for a line (see readLine), so that it interrupts no other log
-// call. One wait for each signal: two children that end together are counted once, on purpose.
+// call. One wait for each signal, kept simple: two children that end together can be counted once,
+// and whoever writes launch lines then meets the refusal with one application less.
 void childExited(int /*signal*/) {
   g_debug("end process: sigchild");
   int status = 0;
@@ -66,7 +68,9 @@ class ChildSignals {
   sigset_t given_{};
 };
 
-// End of input is not looked at, on purpose: the buffer keeps the line before, which counts again.
+// End of input is not looked at, kept simple as well: the buffer keeps the line before, which
+// counts again. Whoever closes the launcher's input sees the last application started up to the
+// limit, and then "too many mvm ignore request" without end on standard output.
 void readLine(std::array<char, kLineSize>& line, const ChildSignals& signals) {
   signals.letIn();
   [[maybe_unused]] const char* ignored = std::fgets(line.data(), kLineSize, stdin);

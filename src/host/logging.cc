@@ -17,7 +17,9 @@ struct LevelRow {
   const char* label;
 };
 
-// The table stops at WARNING on purpose: an ERROR is written at debug priority, without a label.
+// The table stops at WARNING: an ERROR is written at debug priority and without a label. A filter
+// on the system log that drops debug therefore drops the last words of a process; standard error
+// has them behind a bare colon.
 constexpr LevelRow kLevels[] = {
     {G_LOG_LEVEL_DEBUG, LOG_DEBUG, "DEBUG"},
     {G_LOG_LEVEL_INFO, LOG_INFO, "INFO"},

@@ -9,6 +9,8 @@ struct Offer {
   MorvikData& instance;
 };
 
+// The address tells one listener from another in the log. The walk has taken the next element, so
+// this one may go.
 void callListener(gpointer element, gpointer data) {
   auto* listener = static_cast<ZephMsgListener*>(element);
   const Offer& offer = *static_cast<const Offer*>(data);
@@ -20,6 +22,8 @@ void callListener(gpointer element, gpointer data) {
 
 }  // namespace
 
+// Nothing is trimmed: two blanks in a row are an empty field, and a leading one an empty name,
+// whose folder is the parent of all applications.
 void MorvikData::setCmdLine(const char* line) {
   g_debug("setCmdLine %s", line);
   cmdline = line;
@@ -33,7 +37,8 @@ void MorvikData::setCmdLine(const char* line) {
 
   const std::size_t second = cmdline.find(' ', first + 1);
   if (second == std::string::npos) {
-    launchType = cmdline.substr(first + 1);  // a last launch type is not logged, on purpose
+    // The log has no line for a launch type that ends the launch line, and has one for any other.
+    launchType = cmdline.substr(first + 1);
     return;
   }
   launchType = cmdline.substr(first + 1, second - first - 1);
@@ -42,6 +47,7 @@ void MorvikData::setCmdLine(const char* line) {
   g_debug("INSTANCE_NAME %s", instanceName.c_str());
 }
 
+// Last in the list: a listener hears a message after all that were there before it.
 void MorvikData::addListener(std::unique_ptr<ZephMsgListener> listener) {
   ZephMsgListener* element = listener.release();
   g_debug("adding listener : [%p]", static_cast<void*>(element));

@@ -31,6 +31,8 @@ void addObject(v8::Local<v8::ObjectTemplate> parent, const char* name,
   parent->Set(v8::Isolate::GetCurrent(), name, target);
 }
 
+// Without its access name an object is absent: a script that touches it meets undefined, and an
+// exception of the engine's only when it goes on.
 void addIfGranted(v8::Local<v8::ObjectTemplate> parent, const Descriptor& descriptor,
                   const GatedObject& object) {
   if (hasAccess(descriptor, object.access)) addObject(parent, object.access, object.functions());
@@ -41,6 +43,8 @@ void addIfGranted(v8::Local<v8::ObjectTemplate> parent, const Descriptor& descri
 void buildDeviceTree(v8::Local<v8::ObjectTemplate> global, v8::Local<v8::ObjectTemplate> morvik,
                      const Descriptor& descriptor) {
   for (const GatedObject& device : kDevices) addIfGranted(morvik, descriptor, device);
+  // There for everyone, because it is empty until the server has sent credentials; which of its
+  // services a script then gets is asked of the descriptor.
   addObject(global, "social", socialFunctions());
   addIfGranted(global, descriptor, {"http", httpFunctions});
 }

@@ -20,6 +20,7 @@ namespace zeph = net::quelta::zeph::message;
 
 namespace {
 
+// An application without this file is an ordinary one; the warning is all that tells a lost one.
 std::optional<std::string> readWhole(const std::string& path) {
   struct stat facts {};
   if (stat(path.c_str(), &facts) != 0) {
@@ -49,6 +50,7 @@ v8::Local<v8::Object> instanceObject(const zeph::ConfigInstance& config) {
   return object;
 }
 
+// Written last, so it wins over an instance of that name. The log has every key and value.
 void setDescriptor(const zeph::ConfigApp& config, v8::Local<v8::Object> root) {
   g_debug("parameters size : %d", config.parameters_size());
   if (config.parameters_size() == 0) return;

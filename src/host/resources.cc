@@ -17,9 +17,10 @@
 namespace morvik {
 namespace {
 
-// These words, not the usual "Wrong arguments", on purpose.
+// A script that compares exceptions sees these words here and "Wrong arguments" elsewhere.
 constexpr const char* kWrongSignature = "Signature error function";
 
+// Only plain strings pass, without any conversion: a number would be a file's name otherwise.
 bool areStrings(const Args& args, int count) {
   if (args.Length() != count) return false;
   for (int index = 0; index < count; ++index) {
@@ -41,7 +42,8 @@ void readFile(const Args& args) {
   args.GetReturnValue().Set(getDataResource(resourcePath(isolate, name)));
 }
 
-// Gives the system's number for what went wrong, or 0.
+// Gives the system's number for what went wrong, or 0. A file that could be opened has lost what it
+// held by then.
 int replaceFile(const std::string& path, const std::string& content) {
   File file(std::fopen(path.c_str(), "w+"));
   if (!file || std::fputs(content.c_str(), file.get()) == EOF) return errno;
@@ -66,7 +68,9 @@ constexpr Binding kFileFunctions[] = {{"read", readFile}, {"write", writeFile}};
 
 std::span<const Binding> fileFunctions() { return kFileFunctions; }
 
-// What goes wrong in the included file goes to the caller, who may catch it.
+// What goes wrong in the included file goes to the caller, who may catch it. That the file is not
+// there is fatal, as for main.js. Names count from the application's folder, also within an
+// included file, and a file that is included twice runs twice.
 void include(const Args& args) {
   v8::Isolate* isolate = args.GetIsolate();
   if (!areStrings(args, 1)) return throwText(isolate, "Must contain only one file");

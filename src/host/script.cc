@@ -13,6 +13,7 @@
 namespace morvik {
 namespace {
 
+// Runs may nest: only the end of the outermost one reports and cleans up.
 int runningScripts = 0;
 
 }  // namespace
@@ -55,6 +56,8 @@ MorvikData& currentInstance(v8::Isolate* isolate) {
   return *static_cast<MorvikData*>(instance);
 }
 
+// A zero byte would end the text wherever C reads it further on, in the log or in a path, and hide
+// from the path filter what stands behind it.
 std::optional<std::string> asciiText(v8::Isolate* isolate, v8::Local<v8::Value> value) {
   v8::Local<v8::String> string;
   if (!value->ToString(isolate->GetCurrentContext()).ToLocal(&string)) return std::nullopt;
@@ -72,6 +75,8 @@ std::optional<std::string> utf8Text(v8::Isolate* isolate, v8::Local<v8::Value> v
   return std::string(*text, static_cast<std::size_t>(text.length()));
 }
 
+// Each conversion may run script, so after one that threw no other is begun: the script would see
+// it.
 template <typename T, typename Convert>
 T ArgumentReader::read(int index, Convert convert) {
   if (threw_) return T{};
@@ -105,10 +110,14 @@ std::uint32_t ArgumentReader::uint32(int index) {
   });
 }
 
+// The context of the call that hands it over. On the main loop none is current, and what the
+// function says by a bare name must mean what it meant there.
 ScriptFunction::ScriptFunction(v8::Local<v8::Function> function)
     : function_(v8::Isolate::GetCurrent(), function),
       context_(v8::Isolate::GetCurrent(), v8::Isolate::GetCurrent()->GetCurrentContext()) {}
 
+// The function itself is `this`, so that a script can keep things on it. An exception goes no
+// further than here: other listeners and timers run on.
 bool ScriptFunction::call(std::initializer_list<v8::Local<v8::Value>> arguments) const {
   v8::Isolate* isolate = v8::Isolate::GetCurrent();
   const ScriptRun run(isolate);
@@ -133,6 +142,7 @@ bool ScriptFunction::callWith(const v8::Global<v8::Object>& object) const {
   return call({object.Get(isolate)});
 }
 
+// Objects of it hold it whole, some 160 KB: a script keeps a copy, or the texts that it needs.
 TemporaryContext::TemporaryContext()
     : handles_(v8::Isolate::GetCurrent()),
       context_(v8::Context::New(v8::Isolate::GetCurrent())),

@@ -14,10 +14,12 @@
 namespace morvik {
 namespace {
 
+// The script cannot catch this: half an application is worth nothing, and the log has the reason.
 [[noreturn]] void dieOf(int error) { g_error("%s", std::strerror(error)); }
 
 }  // namespace
 
+// That there is no such file is told first, then why it cannot be opened.
 std::string readSource(const std::string& path) {
   const File file(std::fopen(path.c_str(), "r"));
   const int openError = errno;

@@ -9,6 +9,7 @@
 
 namespace morvik {
 
+// Some builds of the library write capital letters; device servers compare the texts as they are.
 std::string newUuid() {
   uuid_t bytes;
   uuid_generate(bytes);
