@@ -20,7 +20,7 @@
 
 namespace {
 
-using namespace morvik;  // NOLINT(google-build-using-namespace)
+using namespace morvik::test;  // NOLINT(google-build-using-namespace)
 using Milliseconds = std::chrono::duration<double, std::milli>;
 
 constexpr int kRoundTrips = 2000;

@@ -12,7 +12,7 @@
 
 #include "support/system/system-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 using testing::Contains;
@@ -516,4 +516,4 @@ TEST_F(ApplicationStartTest, overlongSourcePathsAreCut) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

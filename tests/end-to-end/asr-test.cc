@@ -3,7 +3,7 @@
 
 #include "support/system/feature-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 using testing::ElementsAre;
@@ -192,4 +192,4 @@ TEST_F(AsrTest, aLaunchByVoiceWithBrokenMeaningHasNone) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

@@ -7,7 +7,7 @@
 
 #include "support/system/system-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 using testing::Contains;
@@ -106,4 +106,4 @@ TEST_F(AutokillTest, endsOnlyTheApplicationThatIsMeant) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

@@ -1,7 +1,7 @@
 // morvik.button, and with it how any feature's listeners are walked.
 #include "support/system/feature-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 using testing::Contains;
@@ -109,4 +109,4 @@ TEST_F(ButtonTest, aListenerMaySendRequests) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

@@ -9,7 +9,7 @@
 
 #include "support/system/system-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 using testing::Contains;
@@ -428,4 +428,4 @@ TEST_F(ConnectionEndTest, byADescriptorBeyondTheWaitsReachIsFatal) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

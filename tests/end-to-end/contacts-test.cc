@@ -1,7 +1,7 @@
 // morvik.contact: what it asks for, and what a script gets for a contact.
 #include "support/system/feature-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 class ContactsTest : public FeatureTest {
@@ -69,4 +69,4 @@ TEST_F(ContactsTest, theListIsNoObjectOfTheApplicationsOwn) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

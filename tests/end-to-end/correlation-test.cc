@@ -8,7 +8,7 @@
 
 #include "support/system/system-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 using testing::Contains;
@@ -166,4 +166,4 @@ TEST_F(CorrelationTest, aMessageForNobodyIsReadAndForgotten) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

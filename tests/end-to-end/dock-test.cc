@@ -1,7 +1,7 @@
 // morvik.dock: its LED, which logs as the device's own does, and its motion.
 #include "support/system/feature-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 class DockTest : public FeatureTest {
@@ -86,4 +86,4 @@ TEST_F(DockTest, theFunctionGivenToMoveIsNeverCalled) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

@@ -1,7 +1,7 @@
 // morvik.ears: moving and resetting the ears, and what is heard of them.
 #include "support/system/feature-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 class EarsTest : public FeatureTest {
@@ -99,4 +99,4 @@ TEST_F(EarsTest, listenersStayOnlyForTrue) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

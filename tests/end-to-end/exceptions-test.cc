@@ -9,7 +9,7 @@
 
 #include "support/system/system-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 using testing::ElementsAre;
@@ -199,4 +199,4 @@ TEST_F(ExceptionTest, refusalsOfTheHostAreReportedAsPlainTexts) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

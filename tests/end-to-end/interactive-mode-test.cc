@@ -8,7 +8,7 @@
 
 #include "support/system/system-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 using testing::Contains;
@@ -356,4 +356,4 @@ TEST_F(StopNoticeTest, withACorrelationIdReachesItsFunctionFirst) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

@@ -7,7 +7,7 @@
 
 #include "support/system/system-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 using testing::ElementsAre;
@@ -181,4 +181,4 @@ TEST_F(LedTest, valuesAreReadInTheirOrder) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

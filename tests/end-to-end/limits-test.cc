@@ -9,7 +9,7 @@
 
 #include "support/system/system-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 using testing::ContainsRegex;
@@ -159,4 +159,4 @@ TEST_F(LimitsTest, infoObjectsLeaveNothingBehind) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

@@ -1,7 +1,7 @@
 // morvik.m2m: placing and answering calls, and what is heard of them.
 #include "support/system/feature-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 class M2mTest : public FeatureTest {
@@ -75,4 +75,4 @@ TEST_F(M2mTest, anEventIsNoObjectOfTheApplicationsOwn) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

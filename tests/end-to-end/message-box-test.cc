@@ -7,7 +7,7 @@
 
 #include "support/system/feature-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 class MessageBoxTest : public FeatureTest {
@@ -164,4 +164,4 @@ TEST_F(MessageBoxOutputTest, isOutWhileTheApplicationLivesOn) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

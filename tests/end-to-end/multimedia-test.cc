@@ -1,7 +1,7 @@
 // morvik.multimedia: the player, the recording, the library's lists and the player's events.
 #include "support/system/feature-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 struct Named {
@@ -178,4 +178,4 @@ TEST_F(MultimediaTest, listenersStayOnlyForTrue) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

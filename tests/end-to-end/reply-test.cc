@@ -8,7 +8,7 @@
 
 #include "support/system/system-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 using testing::ElementsAre;
@@ -275,4 +275,4 @@ TEST_F(InfoTest, objectsCanBeUsedLater) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

@@ -9,7 +9,7 @@
 #include "support/file-content.h"
 #include "support/system/feature-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 using testing::ElementsAre;
@@ -259,4 +259,4 @@ TEST_F(ResourcesTest, whatCanBeReadMayBeTooLongForAnInclude) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

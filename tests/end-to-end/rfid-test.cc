@@ -1,7 +1,7 @@
 // morvik.rfid: what a listener is told of a tag.
 #include "support/system/feature-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 class RfidTest : public FeatureTest {
@@ -71,4 +71,4 @@ TEST_F(RfidTest, aTagIsNoObjectOfTheApplicationsOwn) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

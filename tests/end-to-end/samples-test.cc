@@ -15,11 +15,11 @@
 #include "end-to-end/web-samples.h"
 #include "support/system/system-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 struct Process {
-  std::unique_ptr<test::TemporaryFolder> state = std::make_unique<test::TemporaryFolder>();
+  std::unique_ptr<TemporaryFolder> state = std::make_unique<TemporaryFolder>();
   pid_t pid = -1;
   Descriptor input;
   Descriptor output;
@@ -90,7 +90,7 @@ class VirtualDevice {
     address_ = line.substr(beginning.size(), line.size() - beginning.size() - 1);
   }
 
-  std::unique_ptr<test::TemporaryFolder> state_;  // so that nothing outlives the test
+  std::unique_ptr<TemporaryFolder> state_;  // so that nothing outlives the test
   pid_t pid_;
   Descriptor input_;
   Growing<std::string> output_;
@@ -414,4 +414,4 @@ INSTANTIATE_TEST_SUITE_P(Samples, Conversations, testing::ValuesIn(kConversation
                          [](const auto& told) { return std::string(told.param.name); });
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

@@ -10,7 +10,7 @@
 
 #include "support/system/system-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 using testing::Contains;
@@ -231,4 +231,4 @@ TEST_F(ScriptEnvironmentTest, aScriptsGlobalsAreItsOwn) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

@@ -1,7 +1,7 @@
 // morvik.serial: ports, lines, and what the feature writes on standard output.
 #include "support/system/feature-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 using testing::Contains;
@@ -146,4 +146,4 @@ TEST_F(SerialTest, anObjectWithoutAFunctionGoesWithAWarning) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

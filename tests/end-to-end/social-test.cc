@@ -5,7 +5,7 @@
 #include "support/web/recording-server.h"
 #include "support/web/tls-proxy.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 using testing::ElementsAre;
@@ -32,7 +32,7 @@ class SocialTest : public FeatureTest {
  protected:
   SocialTest() : FeatureTest(""), proxy(site.host()) {
     startHost({.environment = {"https_proxy=" + proxy.url()}});
-    site.answerWith(test::response("answer"));
+    site.answerWith(response("answer"));
   }
 
   // Runs the steps when the credentials have come, in an application that may use all of them.
@@ -70,8 +70,8 @@ class SocialTest : public FeatureTest {
     return lines;
   }
 
-  test::RecordingServer site;
-  test::TlsProxy proxy;
+  RecordingServer site;
+  TlsProxy proxy;
 };
 
 TEST_F(SocialTest, theServicesGetTheToken) {
@@ -156,4 +156,4 @@ TEST_F(SocialTest, aServiceWithoutCredentialsIsMissing) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

@@ -1,7 +1,7 @@
 // morvik.tts: the forms of start, and stop.
 #include "support/system/feature-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 class TtsTest : public FeatureTest {
@@ -75,4 +75,4 @@ TEST_F(TtsTest, anAnswerIsACode) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

@@ -1,7 +1,7 @@
 // morvik.webcam: a photo, and the picture that its event hands to the script.
 #include "support/system/feature-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 class WebcamTest : public FeatureTest {
@@ -60,4 +60,4 @@ TEST_F(WebcamTest, thePictureCanBeHandedOn) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

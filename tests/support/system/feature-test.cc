@@ -5,8 +5,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-namespace morvik {
-
+namespace morvik::test {
 namespace {
 
 const std::vector<std::string> kAccesses{"led",        "ears",   "tts",  "webcam", "asr",
@@ -243,4 +242,4 @@ void FeatureTest::expectStaysOnlyForTrue(const std::string& event) {
   EXPECT_THAT(app.warnings(), testing::Contains(testing::EndsWith(": no")));
 }
 
-}  // namespace morvik
+}  // namespace morvik::test

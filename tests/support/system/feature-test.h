@@ -3,8 +3,7 @@
 //   f     a function
 //   bad   an object that throws 'no text' when it becomes a text or a number
 //   tell  a function that logs its arguments with their types and returns true
-#ifndef TESTS_SUPPORT_SYSTEM_FEATURE_TEST_H
-#define TESTS_SUPPORT_SYSTEM_FEATURE_TEST_H
+#pragma once
 
 #include <string>
 #include <string_view>
@@ -12,7 +11,7 @@
 
 #include "support/system/system-test.h"
 
-namespace morvik {
+namespace morvik::test {
 
 // Lines of the log with their levels, as in "MESSAGE TTS: say[x]".
 using Lines = std::vector<std::string>;
@@ -107,6 +106,4 @@ class FeatureTest : public DeviceTest {
   std::string feature_;
 };
 
-}  // namespace morvik
-
-#endif
+}  // namespace morvik::test

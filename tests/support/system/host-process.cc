@@ -22,8 +22,7 @@
 #include <stdexcept>
 #include <system_error>
 
-namespace morvik {
-
+namespace morvik::test {
 namespace {
 
 struct Pipe {
@@ -281,4 +280,4 @@ std::string HostProcess::transcript() {
          output_->soFar() + "--- standard error\n" + errors_->soFar() + "---\n";
 }
 
-}  // namespace morvik
+}  // namespace morvik::test

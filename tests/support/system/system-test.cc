@@ -7,8 +7,7 @@
 #include <iostream>
 #include <stdexcept>
 
-namespace morvik {
-
+namespace morvik::test {
 namespace {
 
 constexpr std::string_view kJsLog = "JSLOG: ";
@@ -187,4 +186,4 @@ zeph::ZephMsg DeviceTest::receiveAndReply(std::string_view code) {
   return request;
 }
 
-}  // namespace morvik
+}  // namespace morvik::test

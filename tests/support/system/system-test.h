@@ -1,7 +1,6 @@
 // Fixtures of the system tests: a folder of applications, the real host, and a device server, so
 // that a test reads as a conversation. The whole log is printed when a test fails.
-#ifndef TESTS_SUPPORT_SYSTEM_SYSTEM_TEST_H
-#define TESTS_SUPPORT_SYSTEM_SYSTEM_TEST_H
+#pragma once
 
 #include <gmock/gmock.h>
 #include <signal.h>
@@ -18,7 +17,7 @@
 #include "support/system/host-process.h"
 #include "support/system/test-device.h"
 
-namespace morvik {
+namespace morvik::test {
 
 // One running application. The host must outlive it.
 class App {
@@ -141,6 +140,4 @@ class DeviceTest : public SystemTest {
 // Every code that a device can answer.
 extern const std::vector<std::string> kCodes;
 
-}  // namespace morvik
-
-#endif
+}  // namespace morvik::test

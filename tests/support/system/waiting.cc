@@ -6,8 +6,7 @@
 #include <array>
 #include <stdexcept>
 
-namespace morvik {
-
+namespace morvik::test {
 namespace {
 
 // Large enough for any log record that fits into a datagram.
@@ -78,4 +77,4 @@ std::string Stream::awaitEnd() const {
   return *all;
 }
 
-}  // namespace morvik
+}  // namespace morvik::test

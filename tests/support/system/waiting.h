@@ -1,8 +1,7 @@
 // Waiting with a deadline: the patience of all system tests, values that grow while a test watches
 // them, and readers that take a program's output in the background, so that it never has to wait
 // for the test.
-#ifndef TESTS_SUPPORT_SYSTEM_WAITING_H
-#define TESTS_SUPPORT_SYSTEM_WAITING_H
+#pragma once
 
 #include <unistd.h>
 
@@ -16,7 +15,7 @@
 #include <thread>
 #include <utility>
 
-namespace morvik {
+namespace morvik::test {
 
 using Clock = std::chrono::steady_clock;
 
@@ -121,6 +120,4 @@ class Stream {
   BackgroundReader reader_;
 };
 
-}  // namespace morvik
-
-#endif
+}  // namespace morvik::test
