@@ -19,31 +19,11 @@ class ButtonTest : public FeatureTest {
   }
 };
 
-TEST_F(ButtonTest, isThereOnlyWithItsAccess) { expectFunctions("addListener"); }
-
-TEST_F(ButtonTest, addListenerTakesOneFunction) {
-  expectRefuses(wrong({"addListener()", "addListener(1)", "addListener({})", "addListener(null)",
-                       "addListener('f')", "addListener(f, f)", "addListener(f, 1)"}));
-}
-
 TEST_F(ButtonTest, addListenerIsLogged) {
   app = run("log(morvik.button.addListener(function() {}));", access());
   EXPECT_EQ(app.logged(), "undefined");
   EXPECT_EQ(app.waitForLogThatStarts("adding listener : [0x").priority, LOG_DEBUG);
   EXPECT_THAT(app.texts(), Contains("adding listener : [%p]"));
-}
-
-TEST_F(ButtonTest, listenersHearEveryKindOfPress) {
-  std::vector<HeardRow> rows{{"response { code: OK }", {}},
-                             {"earsCallback { type: STOP_LEFT }", {}}};
-  for (const std::string type :
-       {"SIMPLE", "DOUBLE", "TRIPLE", "MULTIPLE", "LONG_START", "LONG_STOP"})
-    rows.push_back({"buttonCallback { type: " + type + " }", {"MESSAGE JSLOG: string " + type}});
-  expectHears(rows);
-}
-
-TEST_F(ButtonTest, listenersStayOnlyForTrue) {
-  expectStaysOnlyForTrue("buttonCallback { type: SIMPLE }");
 }
 
 // A message that is none of its own lets a listener stay, whatever its function returns.

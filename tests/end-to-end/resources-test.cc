@@ -33,9 +33,7 @@ class ResourcesTest : public FeatureTest {
 
   // One application without any access runs the steps.
   void expectSteps(const std::vector<Step>& steps) {
-    std::string script;
-    for (const Step& each : steps) script += step(each.call);
-    app = run(withGlobals(script + "log('end');"), {});
+    app = run(withGlobals(scriptOf(steps)), {});
     const std::vector<Lines> done = stepsTillEnd();
     ASSERT_EQ(done.size(), steps.size());
     for (std::size_t i = 0; i < steps.size(); ++i) {

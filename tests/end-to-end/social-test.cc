@@ -37,9 +37,7 @@ class SocialTest : public FeatureTest {
 
   // Runs the steps when the credentials have come, in an application that may use all of them.
   void expectSteps(const std::vector<Step>& steps, const zeph::Social& answer = credentials()) {
-    std::string script;
-    for (const Step& each : steps) script += step(each.call);
-    connect(withGlobals("social.init(function() { " + script + "log('end'); });"),
+    connect(withGlobals("social.init(function() { " + scriptOf(steps) + " });"),
             {"twitter", "facebook", "soundcloud"});
     const zeph::ZephMsg query = device.receive();
     EXPECT_TRUE(query.has_socialquery());

@@ -13,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "support/fresh-id.h"
 #include "support/system/app-folder.h"
 #include "support/system/host-process.h"
 #include "support/system/test-device.h"
@@ -66,9 +67,6 @@ struct Guest {
 // interactive.
 constexpr char kNoParams[] = "no params loaded: No such file or directory";
 constexpr char kAutokill[] = "/!\\ AUTOKILL, application still not interactive after 10000ms";
-
-// The form of a fresh id.
-constexpr char kUuid[] = "[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}";
 
 class SystemTest : public testing::Test {
  protected:
