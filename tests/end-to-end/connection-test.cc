@@ -102,14 +102,15 @@ TEST_F(ConnectTest, mayBeTriedAgainAfterAFailure) {
 TEST_F(ConnectTest, aSecondConnectionTakesThePlaceOfTheFirstWhichStaysOpen) {
   App app =
       run("morvik.connect(HOST, PORT); morvik.connect(HOST, PORT);"
-          "morvik.start(function() { log('granted'); }, {});");
+          "morvik.start(function() { log('granted'); ping(); }, {});");
   DeviceLink first = server.accept();
   DeviceLink second = server.accept();
   const zeph::ZephMsg start = second.receive();
   first.grant(start);
-  EXPECT_TRUE(first.quiet()) << "neither a message nor an end";
   second.grant(start);
   EXPECT_EQ(app.logged(), "granted");
+  EXPECT_TRUE(second.receive().has_ping());
+  EXPECT_TRUE(first.quiet()) << "neither a message nor an end";
   first.close();
   second.send(stopNotice());
   app.waitForLog("interactive mode stopped, autokill in 300000ms");
@@ -157,7 +158,9 @@ TEST_F(FrameTest, areALengthInFourBytesAndAMessage) {
   ASSERT_TRUE(message.ParseFromString(payload));
   EXPECT_EQ(lengthWord(payload.size()), word);
   EXPECT_THAT(message.id(), testing::MatchesRegex(kUuid));
-  EXPECT_TRUE(device.quiet());
+  device.grant(message);
+  app.logged();
+  EXPECT_TRUE(device.quiet()) << "more than one frame for one message";
 }
 
 TEST_F(FrameTest, areLoggedOnTheirWay) {

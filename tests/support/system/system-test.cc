@@ -148,6 +148,7 @@ std::string SystemTest::prelude() const {
 
 void SystemTest::expectLogged(const std::vector<Row>& rows,
                               const std::vector<std::string>& accesses) {
+  ASSERT_FALSE(rows.empty());
   std::string script;
   for (const Row& row : rows) script += "\nlog(" + row.expression + ");";
   App app = run(script, accesses);
