@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "support/system/waiting.h"
 #include "support/temporary-folder.h"
+#include "support/waiting.h"
 
 namespace morvik::test {
 

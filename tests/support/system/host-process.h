@@ -12,7 +12,7 @@
 
 #include "support/system/app-folder.h"
 #include "support/system/log-socket.h"
-#include "support/system/waiting.h"
+#include "support/waiting.h"
 
 namespace morvik::test {
 

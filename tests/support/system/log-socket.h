@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-#include "support/system/waiting.h"
+#include "support/waiting.h"
 
 namespace morvik::test {
 

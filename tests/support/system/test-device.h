@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "support/system/waiting.h"
+#include "support/waiting.h"
 
 namespace morvik::test {
 

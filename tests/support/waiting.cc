@@ -1,4 +1,4 @@
-#include "support/system/waiting.h"
+#include "support/waiting.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -67,6 +67,13 @@ std::string Stream::await(std::string_view text) const {
   });
   if (!found) throw std::runtime_error("never printed: " + std::string(text));
   return *found;
+}
+
+bool Stream::awaitThat(const std::function<bool(const std::string&)>& asked) const {
+  const auto found = received_.await<bool>([&](const Received& received) {
+    return asked(received.text) ? std::optional(true) : std::nullopt;
+  });
+  return found.has_value();
 }
 
 std::string Stream::awaitEnd() const {

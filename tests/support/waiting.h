@@ -107,6 +107,8 @@ class Stream {
 
   // Waits for the text; throws when it does not come. Gives all that has come till then.
   std::string await(std::string_view text) const;
+  // Waits until all that has come is as asked; false when patience ends.
+  [[nodiscard]] bool awaitThat(const std::function<bool(const std::string&)>& asked) const;
   // Waits for the stream's end; throws when it does not come. Gives everything.
   std::string awaitEnd() const;
   [[nodiscard]] std::string soFar() const { return received_.snapshot().text; }
