@@ -97,9 +97,7 @@ TEST_F(CorrelationTest, anEntryStaysForLaterReplies) {
   device.reply(request, "BUSY");
   device.reply(request, "OK");
   device.event(request, "TERMINATED");
-  EXPECT_EQ(app.logged(), "BUSY");
-  EXPECT_EQ(app.logged(), "OK");
-  EXPECT_EQ(app.logged(), "TERMINATED");
+  EXPECT_THAT(app.logged(3), ElementsAre("BUSY", "OK", "TERMINATED"));
 }
 
 TEST_F(CorrelationTest, repliesFindTheirRequestsInAnyOrder) {

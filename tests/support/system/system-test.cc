@@ -62,6 +62,12 @@ std::string App::logged() {
   return record.text.substr(kJsLog.size());
 }
 
+std::vector<std::string> App::logged(int count) {
+  std::vector<std::string> texts;
+  for (int i = 0; i < count; ++i) texts.push_back(logged());
+  return texts;
+}
+
 std::vector<std::string> App::loggedUntil(std::string_view end) {
   std::vector<std::string> texts;
   for (std::string text = logged(); text != end; text = logged()) texts.push_back(text);
@@ -182,7 +188,7 @@ void DeviceTest::interactive(std::string_view script, const std::vector<std::str
 }
 
 zeph::ZephMsg DeviceTest::receiveAndReply(std::string_view code) {
-  const zeph::ZephMsg request = device.receive();
+  zeph::ZephMsg request = device.receive();
   device.reply(request, code);
   return request;
 }

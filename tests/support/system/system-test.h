@@ -30,6 +30,8 @@ class App {
 
   // The next text that the script gave to log().
   std::string logged();
+  // The next so many of them.
+  std::vector<std::string> logged(int count);
   // The next ones, up to the one that says `end`, without it.
   std::vector<std::string> loggedUntil(std::string_view end);
 
