@@ -6,7 +6,6 @@
 #include <sys/wait.h>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -14,13 +13,14 @@
 #include <sstream>
 #include <thread>
 
+#include "support/process.h"
 #include "support/system/app-folder.h"
 #include "support/system/host-process.h"
 #include "support/system/test-device.h"
 
 namespace {
 
-using namespace morvik;  // NOLINT(google-build-using-namespace)
+using namespace morvik::test;  // NOLINT(google-build-using-namespace)
 using Milliseconds = std::chrono::duration<double, std::milli>;
 
 constexpr int kRoundTrips = 2000;
@@ -55,16 +55,12 @@ double privateMiB(pid_t process) {
 class NodeProcess {
  public:
   explicit NodeProcess(const std::string& script) {
-    std::array<int, 2> ends{};
-    if (pipe(ends.data()) != 0) std::abort();
-    pid_ = fork();
-    if (pid_ == 0) {
-      dup2(ends[1], STDOUT_FILENO);
-      execlp("node", "node", "-e", script.c_str(), nullptr);
-      _exit(127);
-    }
-    close(ends[1]);
-    output_ = std::make_unique<Stream>(Descriptor(ends[0]));
+    Pipe output = makePipe();
+    pid_ = startProcess({.program = "/usr/bin/env",
+                         .arguments = {"env", "node", "-e", script},
+                         .environment = ownEnvironment(),
+                         .streams = {0, output.writing.get(), 2}});
+    output_ = std::make_unique<Stream>(std::move(output.reading));
   }
   NodeProcess(const NodeProcess&) = delete;
   NodeProcess& operator=(const NodeProcess&) = delete;

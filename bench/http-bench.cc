@@ -18,7 +18,7 @@
 
 namespace {
 
-using namespace morvik;  // NOLINT(google-build-using-namespace)
+using namespace morvik::test;  // NOLINT(google-build-using-namespace)
 
 constexpr int kBatch = 20;  // a script's clock counts whole milliseconds
 constexpr std::string_view kLog = "JSLOG: ";
@@ -99,7 +99,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: http-bench [rounds]\n");
     return 2;
   }
-  const test::Nginx web("");
+  const Nginx web("");
   web.file("body.txt", std::string(1024, 'x'));
   const std::string url = web.url("/files/body.txt");
   print("http.get", ours(url, rounds));

@@ -5,12 +5,11 @@
 
 #include <set>
 
+#include "support/fresh-id.h"
 #include "support/unit/text-message.h"
 
 namespace morvik::test {
 namespace {
-
-constexpr const char* kUuid = "[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}";
 
 TEST(MessageTest, aNewMessageHasAnIdAndNothingElse) {
   const auto message = newZephMsg(nullptr);

@@ -1,4 +1,4 @@
-// morvik.rfid: what a listener hears of a tag.
+// morvik.rfid: numbers of kinds and colours, bytes of contents, and whose object a tag is.
 #include "support/unit/feature-test.h"
 #include "support/unit/text-message.h"
 
@@ -16,33 +16,6 @@ class RfidTest : public FeatureTest {
     return logged().empty() ? "nothing" : logged()[0];
   }
 };
-
-TEST_F(RfidTest, tellsWhatTheTagHolds) {
-  const std::string first = "MESSAGE RFID: RfidMsgCallback";
-  expectListens(
-      "morvik.rfid.addListener",
-      {
-          {"rfidCallback { id: 'd0021a' }",
-           {first, "MESSAGE RFID: RfidMsgCallback : d0021a",
-            R"(MESSAGE JSLOG: object {"id":"d0021a"})"}},
-          {"rfidCallback { id: 'x' content: 'abc' direction: IN app: 12 type: FLAT pict: 3 "
-           "color: RED }",
-           {first, "MESSAGE RFID: RfidMsgCallback : x",
-            R"(MESSAGE JSLOG: object {"id":"x","direction":"IN","app":12,"type":"FLAT","pict":3,)"
-            R"("color":"RED","content":"abc"})"}},
-          {"rfidCallback { id: 'x' direction: OUT app: -1 pict: 0 content: '' }",
-           {first, "MESSAGE RFID: RfidMsgCallback : x",
-            R"(MESSAGE JSLOG: object {"id":"x","direction":"OUT","app":-1,"pict":0,"content":""})"}},
-          {"rfidCallback {}",
-           {first, "MESSAGE RFID: RfidMsgCallback : ", R"(MESSAGE JSLOG: object {"id":""})"}},
-          {"buttonCallback { type: SIMPLE }", {}},
-          {"response { code: OK }", {}},
-      });
-}
-
-TEST_F(RfidTest, hearsUntilItsFunctionReturnsSomethingElseThanTrue) {
-  expectStaysOnlyForTrue("morvik.rfid.addListener", "rfidCallback { id: 'x' }");
-}
 
 TEST_F(RfidTest, kindsAndColoursAreTheirNames) {
   const std::vector<std::pair<int, const char*>> types = {
@@ -74,12 +47,6 @@ TEST_F(RfidTest, valuesOutsideTheirEnumerationAreAbsent) {
   EXPECT_THAT(logged(), ElementsAre(R"(object {"id":"t"})"));
 }
 
-TEST_F(RfidTest, contentEndsAtItsFirstZeroByte) {
-  run("morvik.rfid.addListener(tell)");
-  EXPECT_EQ(heard(R"(content: 'ab\000cd')"), R"(object {"id":"t","content":"ab"})");
-  EXPECT_EQ(heard(R"(content: '\000cd')"), R"(object {"id":"t","content":""})");
-}
-
 TEST_F(RfidTest, contentIsReadAsUtf8AndOtherBytesBecomeReplacements) {
   run("morvik.rfid.addListener(t => { log(escape(t.content)); return true; })");
   EXPECT_EQ(heard(R"(content: '\303\251')"), "%E9");
@@ -90,10 +57,6 @@ TEST_F(RfidTest, theTagDoesNotBelongToTheApplicationsContext) {
   run("Object.prototype.mark = 1;"
       "morvik.rfid.addListener(t => log(typeof t.mark + (t instanceof Object)))");
   EXPECT_EQ(heard(""), "undefinedfalse");
-}
-
-TEST_F(RfidTest, hasOneFunction) {
-  EXPECT_EQ(run("Object.keys(morvik.rfid).join()"), "addListener");
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// morvik.serial: requests, lines to the script's object, standard output, and what has no name.
+// morvik.serial: the current port, lines to the script's object, standard output, and what has no
+// name.
 #include "devices/serial.h"
 
 #include <unistd.h>
@@ -66,37 +67,10 @@ std::string written(const std::string& port, const std::string& base, const std:
          "\" } }";
 }
 
-TEST_F(SerialTest, openSendsPortAndRate) {
-  expectSends({
-      {"morvik.serial.open__('/dev/ttyS1')", opened("/dev/ttyS1", 9600), {}},
-      {"morvik.serial.open__('/dev/ttyS1', 115200)", opened("/dev/ttyS1", 115200), {}},
-      {"morvik.serial.open__('p', 0)", opened("p", 0), {}},
-      {"morvik.serial.open__('p', -1)", opened("p", -1), {}},
-      {"morvik.serial.open__('p', 2147483647)", opened("p", 2147483647), {}},
-      // With a third argument nobody looks at the second.
-      {"morvik.serial.open__('p', 'x', 3)", opened("p", 9600), {}},
-      {"morvik.serial.open__('p', 115200, 3)", opened("p", 9600), {}},
-      {"morvik.serial.open__('p', bad, f, 4)", opened("p", 9600), {}},
-      {"morvik.serial.open__(undefined)", opened("undefined", 9600), {}},
-      {"morvik.serial.open__(12)", opened("12", 9600), {}},
-      {"morvik.serial.open__('a\\0b\\u0141')", opened("a bA", 9600), {}},
-  });
-}
-
-TEST_F(SerialTest, openRefuses) {
-  expectRefused({"morvik.serial.open__()"});
-  expectRefused({"morvik.serial.open__('p', '9600')", "morvik.serial.open__('p', 9600.5)",
-                 "morvik.serial.open__('p', undefined)", "morvik.serial.open__('p', null)",
-                 "morvik.serial.open__('p', f)", "morvik.serial.open__('p', 2147483648)",
-                 "morvik.serial.open__(bad, '9600')"},
-                "arg 2 is Integer baudrate");
-}
-
-TEST_F(SerialTest, requestsNeedInteractiveMode) {
-  expectNeedsInteractive({"morvik.serial.open__('p')", "morvik.serial.open__('p', 1)",
-                          "morvik.serial.open__(bad)", "morvik.serial.write__('p', 'h', 'x')",
-                          "morvik.serial.write__()", "morvik.serial.write__(bad)", "writeH('x')",
-                          "writeA('x')", "openAsIs('p', 1)"});
+TEST_F(SerialTest, whatHasNoNameNeedsInteractiveModeToo) {
+  expectRefuses(needMode({"writeH('x')", "writeA('x')", "openAsIs('p', 1)"}) +
+                throwing({"openAsIs(bad)", "openAsIs('p', bad)", "writeH(bad)", "writeA(bad)"}));
+  expectReads({{"openAsIs(read('p'), read('r'))", "pr"}});
 }
 
 // In a process of its own, where nothing was opened before.
@@ -115,36 +89,6 @@ TEST_F(SerialTest, aRefusedOpenLeavesTheCurrentPort) {
   EXPECT_EQ(currentPort(), "first");
   open("fourth");
   EXPECT_EQ(currentPort(), "fourth");
-}
-
-TEST_F(SerialTest, writeSendsItsArgumentsInAnotherOrder) {
-  expectSends({
-      {"morvik.serial.write__('p', 'h', 'data')", written("p", "h", "data"), {}},
-      {"morvik.serial.write__('p')", written("p", "undefined", "undefined"), {}},
-      {"morvik.serial.write__()", written("undefined", "undefined", "undefined"), {}},
-      {"morvik.serial.write__(1, 2.5, null)", written("1", "2.5", "null"), {}},
-      {"morvik.serial.write__('p', 'h', 'data', f)", written("p", "h", "data"), {}},
-      {"morvik.serial.write__('p', 'h', 'a\\0b\\u0141')", written("p", "h", "a bA"), {}},
-      {"morvik.serial.write__('p', 'h', '\\u00e9')", written("p", "h", "\\351"), {}},
-  });
-}
-
-TEST_F(SerialTest, requestsReadFromLeftToRight) {
-  expectReads("morvik.serial.write__(read('p'), read('b'), read('d'))", "pbd");
-  expectReads("openAsIs(read('p'), read('r'))", "pr");
-}
-
-TEST_F(SerialTest, aConversionThatThrowsReachesTheScript) {
-  expectPassesExceptions({"morvik.serial.open__(bad)", "morvik.serial.write__(bad)",
-                          "morvik.serial.write__('p', bad)", "morvik.serial.write__('p', 'h', bad)",
-                          "openAsIs(bad)", "openAsIs('p', bad)", "writeH(bad)", "writeA(bad)"});
-}
-
-TEST_F(SerialTest, nobodyWaitsForAnAnswer) {
-  becomeInteractive();
-  run("morvik.serial.open__('p')");
-  respond(*sent(), zeph::OK);
-  EXPECT_TRUE(log.has(G_LOG_LEVEL_WARNING, "NO CORRELATION FOUND"));
 }
 
 TEST_F(SerialTest, addingAListenerSaysSoOnStandardOutput) {
@@ -281,8 +225,8 @@ TEST_F(SerialTest, aPlainListenerWithABaseAsksForLinesOfTheCurrentPort) {
 }
 
 TEST_F(SerialTest, aPlainListenerRefusesOneAndTwoWrongArgumentsOnly) {
-  expectRefused(
-      {"plain(1)", "plain({})", "plain(f, 1)", "plain(f, f)", "plain('h', f)", "plain('h', 'h')"});
+  expectRefuses(wrong(
+      {"plain(1)", "plain({})", "plain(f, 1)", "plain(f, f)", "plain('h', f)", "plain('h', 'h')"}));
   EXPECT_EQ(listeners(), 0U);
   EXPECT_EQ(run("plain(f, 1, 2)"), "undefined");
   EXPECT_EQ(listeners(), 1U);
@@ -311,7 +255,7 @@ TEST_F(SerialTest, theWritersTellAndSendWithTheirBase) {
 
 TEST_F(SerialTest, theWritersTakeOneArgument) {
   EXPECT_EQ(output([this] {
-              expectRefused({"writeH()", "writeH('a', 'b')", "writeA()", "writeA('a', f)"});
+              expectRefuses(wrong({"writeH()", "writeH('a', 'b')", "writeA()", "writeA('a', f)"}));
             }),
             "");
 }
@@ -333,10 +277,6 @@ TEST_F(SerialTest, openWithoutDefaultsLooksAtNothingAndRemembersNothing) {
 TEST_F(SerialTest, openWithoutDefaultsConvertsBeforeItAsksForTheMode) {
   EXPECT_EQ(run("openAsIs('p', bad)"), "throws: no text");
   EXPECT_EQ(run("openAsIs(bad, 1)"), "throws: no text");
-}
-
-TEST_F(SerialTest, hasItsFunctions) {
-  EXPECT_EQ(run("Object.keys(morvik.serial).join()"), "open__,write__,addListener__");
 }
 
 }  // namespace

@@ -6,10 +6,15 @@
 
 #include <filesystem>
 
-#include "program.h"
+#include "loop.h"
+#include "support/program.h"
 
 namespace morvik::devkit::testing {
 namespace {
+
+using test::Outcome;
+using test::Program;
+using test::run;
 
 using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
@@ -39,7 +44,7 @@ class Demo : public ::testing::Test {
   }
 
   void expectEndBy(int signal) {
-    Program demo(loop_, command());
+    Program demo(command());
     demo.waitFor("JSLOG: LED fading to blue: TERMINATED");
     demo.signal(signal);
     EXPECT_EQ(demo.waitForEnd(), 0);
@@ -51,7 +56,7 @@ class Demo : public ::testing::Test {
 };
 
 TEST_F(Demo, showsBothSidesOfTheConversation) {
-  Program demo(loop_, command());
+  Program demo(command());
   const std::string said = demo.waitFor("the LED is green now");
   EXPECT_THAT(said, StartsWith("A virtual device listens on 127.0.0.1:"));
   EXPECT_THAT(said, HasSubstr("Ctrl-C ends everything."));

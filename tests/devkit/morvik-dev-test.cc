@@ -8,11 +8,16 @@
 #include <fstream>
 
 #include "app-client.h"
-#include "program.h"
+#include "loop.h"
+#include "support/program.h"
 #include "support/temporary-folder.h"
 
 namespace morvik::devkit::testing {
 namespace {
+
+using test::Outcome;
+using test::Program;
+using test::run;
 
 using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
@@ -90,7 +95,7 @@ class DeviceVerb : public ::testing::Test {
 
   Loop loop_;
   test::TemporaryFolder folder_;
-  Program device_{loop_, command()};
+  Program device_{command()};
 };
 
 TEST_F(DeviceVerb, showsAConversation) {
@@ -124,7 +129,7 @@ TEST_F(DeviceVerb, takesCommandsOnItsInput) {
 
 TEST_F(DeviceVerb, endsWhenItIsInterruptedOrTerminated) {
   for (const int number : {SIGINT, SIGTERM}) {
-    Program device(loop_, command());
+    Program device(command());
     AppClient client(loop_, portOf(device));
     device.waitFor("connected");
     device.signal(number);
@@ -155,8 +160,8 @@ TEST_F(DeviceVerb, keepsNothingInAFolderThatItCannotUse) {
 
 TEST_F(DeviceVerb, keepsItsStateWhereTheUsersProgramsDo) {
   const test::TemporaryFolder home;
-  Program device(loop_, {"/usr/bin/env", "XDG_STATE_HOME=" + home.path().string(), MORVIK_DEV,
-                         "device", "--port=0"});
+  Program device(
+      {"/usr/bin/env", "XDG_STATE_HOME=" + home.path().string(), MORVIK_DEV, "device", "--port=0"});
   device.waitFor("listening on");
   EXPECT_TRUE(std::filesystem::exists(home / "morvik-dev/device.sqlite"));
 }
@@ -195,7 +200,7 @@ class LogVerb : public ::testing::Test {
 };
 
 TEST_F(LogVerb, showsRecordsWithTheirLevels) {
-  Program log(loop_, command());
+  Program log(command());
   log.waitFor("listening on " + path() + "\n");
   send("<143>Jan  1 12:00:00 MorvikVM[12]: Sending MSG\nid: \"a\"\n");
   send("<140>Jan  1 12:00:00 MorvikVM[12]: a bell \a");
@@ -211,7 +216,7 @@ TEST_F(LogVerb, showsRecordsWithTheirLevels) {
 TEST_F(LogVerb, showsNothingWhenItIsToBeQuiet) {
   std::vector<std::string> quiet = command();
   quiet.emplace_back("--quiet");
-  Program log(loop_, quiet);
+  Program log(quiet);
   log.waitFor("\n");
   send("<143>Jan  1 12:00:00 MorvikVM[12]: text");
   log.signal(SIGTERM);
@@ -220,7 +225,7 @@ TEST_F(LogVerb, showsNothingWhenItIsToBeQuiet) {
 }
 
 TEST_F(LogVerb, removesItsSocketAtTheEnd) {
-  Program log(loop_, command());
+  Program log(command());
   log.waitFor("\n");
   EXPECT_TRUE(std::filesystem::is_socket(path()));
   log.signal(SIGINT);
@@ -229,7 +234,7 @@ TEST_F(LogVerb, removesItsSocketAtTheEnd) {
 }
 
 TEST_F(LogVerb, leavesASocketAloneThatSomebodyListensOn) {
-  Program log(loop_, command());
+  Program log(command());
   log.waitFor("\n");
   const Outcome second = run(command());
   EXPECT_EQ(second.status, 1);
@@ -240,7 +245,7 @@ TEST_F(LogVerb, leavesASocketAloneThatSomebodyListensOn) {
 
 TEST_F(LogVerb, takesThePlaceOfASocketThatNobodyListensOn) {
   leaveStaleSocket();
-  Program log(loop_, command());
+  Program log(command());
   log.waitFor("listening");
   send("<143>Jan  1 12:00:00 MorvikVM[12]: heard");
   log.waitFor("heard");

@@ -5,12 +5,17 @@
 #include <filesystem>
 
 #include "bench.h"
-#include "program.h"
+#include "loop.h"
 #include "support/file-content.h"
+#include "support/program.h"
 #include "support/temporary-folder.h"
 
 namespace morvik::devkit::testing {
 namespace {
+
+using test::Outcome;
+using test::Program;
+using test::run;
 
 using ::testing::HasSubstr;
 
@@ -51,10 +56,10 @@ TEST(VirtualDevicePage, tellsHowToTypeWhileAnApplicationRuns) {
   EXPECT_THAT(run({MORVIK_DEV, "device", "--help"}).output, HasSubstr("(7410)"));
   Loop loop;
   const test::TemporaryFolder state;
-  Program device(loop, {MORVIK_DEV, "device", "--port=0", "--state=" + state.path().string()});
+  Program device({MORVIK_DEV, "device", "--port=0", "--state=" + state.path().string()});
   const std::string said = device.waitFor("\n");
   const std::string address = replaced(said.substr(0, said.find('\n')), "listening on ", "");
-  Program launcher(loop, {"/bin/bash", "-c", launchCommand(address)});
+  Program launcher({"/bin/bash", "-c", launchCommand(address)});
   launcher.waitFor("JSLOG: LED on, red: OK");
   device.say("button SIMPLE\n");
   device.waitFor("app 1 <-  buttonCallback { type: SIMPLE }");

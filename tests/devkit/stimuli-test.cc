@@ -35,6 +35,7 @@ class StimuliTest : public ::testing::Test {
 TEST_F(StimuliTest, everyWordStandsOnceAndHasHelp) {
   const std::string all = stimulate(bench_.device, "help").text;
   std::set<std::string> words;
+  ASSERT_THAT(stimuli(), SizeIs(::testing::Gt(10U)));
   for (const Stimulus& stimulus : stimuli()) {
     EXPECT_TRUE(words.insert(stimulus.word).second) << stimulus.word;
     const StimulusOutcome help = stimulate(bench_.device, std::string("help ") + stimulus.word);
@@ -196,6 +197,7 @@ TEST_F(StimuliTest, everyWordShowsSomethingAlsoWhenNobodyIsThere) {
   bench_.command("asr { dictionary: 'a' }");
   bench_.device.applicationLeft(1);
   bench_.device.applicationLeft(2);
+  ASSERT_THAT(stimuli(), SizeIs(::testing::Gt(10U)));
   for (const Stimulus& stimulus : stimuli()) {
     const auto words = behind.find(stimulus.word);
     bench_.outlet.notes.clear();

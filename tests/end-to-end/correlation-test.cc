@@ -8,7 +8,7 @@
 
 #include "support/system/system-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 using testing::Contains;
@@ -97,9 +97,7 @@ TEST_F(CorrelationTest, anEntryStaysForLaterReplies) {
   device.reply(request, "BUSY");
   device.reply(request, "OK");
   device.event(request, "TERMINATED");
-  EXPECT_EQ(app.logged(), "BUSY");
-  EXPECT_EQ(app.logged(), "OK");
-  EXPECT_EQ(app.logged(), "TERMINATED");
+  EXPECT_THAT(app.logged(3), ElementsAre("BUSY", "OK", "TERMINATED"));
 }
 
 TEST_F(CorrelationTest, repliesFindTheirRequestsInAnyOrder) {
@@ -166,4 +164,4 @@ TEST_F(CorrelationTest, aMessageForNobodyIsReadAndForgotten) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

@@ -9,7 +9,7 @@
 
 #include "support/system/system-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 using testing::ElementsAre;
@@ -86,6 +86,11 @@ class ExceptionTest : public DeviceTest {
     host().killAll();
     EXPECT_EQ(host().output().awaitEnd(), "");
   }
+  // Each text once in the log, and nowhere else.
+  void expectReportedOnce(const std::vector<std::string>& texts) {
+    for (const std::string& text : texts) EXPECT_EQ(timesLogged(text), 1) << text;
+    expectNothingOnStandardOutput();
+  }
 };
 
 TEST_F(ExceptionTest, anExceptionInATimerIsReportedOnceAndEndsTheTimer) {
@@ -94,9 +99,8 @@ TEST_F(ExceptionTest, anExceptionInATimerIsReportedOnceAndEndsTheTimer) {
           "var ticks = 0;\n"
           "setTimeout(10, function() { if (++ticks == 4) log('end'); return true; });");
   EXPECT_EQ(app.logged(), "end");
-  EXPECT_EQ(timesLogged("main.js:1: Error: ticked"), 1);
   EXPECT_THAT(app.warnings(), SizeIs(1 + 4));
-  expectNothingOnStandardOutput();
+  expectReportedOnce({"main.js:1: Error: ticked"});
 }
 
 TEST_F(ExceptionTest, anExceptionInAReplyFunctionIsReportedOnceAndTheApplicationGoesOn) {
@@ -109,16 +113,14 @@ TEST_F(ExceptionTest, anExceptionInAReplyFunctionIsReportedOnceAndTheApplication
   const zeph::ZephMsg request = receiveAndReply("OK");
   device.event(request, "TERMINATED");
   EXPECT_EQ(app.logged(), "TERMINATED");
-  EXPECT_EQ(timesLogged("main.js:3: Error: heard OK"), 1);
   EXPECT_THAT(app.warnings(), SizeIs(1 + 4));
-  expectNothingOnStandardOutput();
+  expectReportedOnce({"main.js:3: Error: heard OK"});
 }
 
 TEST_F(ExceptionTest, anExceptionWhenInteractiveModeIsGrantedIsReportedOnce) {
   interactive("setTimeout(0, function() { log('alive'); }); throw 'granted';");
   EXPECT_EQ(app.logged(), "alive");
-  EXPECT_EQ(timesLogged("main.js:1: granted"), 1);
-  expectNothingOnStandardOutput();
+  expectReportedOnce({"main.js:1: granted"});
 }
 
 TEST_F(ExceptionTest, anExceptionInAnInfoFunctionIsReportedOnce) {
@@ -128,8 +130,7 @@ TEST_F(ExceptionTest, anExceptionInAnInfoFunctionIsReportedOnce) {
   device.send(reply);
   receiveAndReply("OK");
   EXPECT_EQ(app.logged(), "OK");
-  EXPECT_EQ(timesLogged("main.js:1: informed"), 1);
-  expectNothingOnStandardOutput();
+  expectReportedOnce({"main.js:1: informed"});
 }
 
 TEST_F(ExceptionTest, aRejectedPromiseIsReportedOnce) {
@@ -139,10 +140,8 @@ TEST_F(ExceptionTest, aRejectedPromiseIsReportedOnce) {
           "setTimeout(5, function() { Promise.reject(new Error('later')); });\n"
           "setTimeout(20, function() { log('end'); });");
   EXPECT_EQ(app.logged(), "end");
-  EXPECT_EQ(timesLogged("main.js:2: Error: rejected"), 1);
-  EXPECT_EQ(timesLogged("main.js:3: thrown"), 1);
-  EXPECT_EQ(timesLogged("main.js:4: Error: later"), 1);
-  expectNothingOnStandardOutput();
+  expectReportedOnce(
+      {"main.js:2: Error: rejected", "main.js:3: thrown", "main.js:4: Error: later"});
 }
 
 TEST_F(ExceptionTest, aRejectedPromiseWithAHandlerIsNotReported) {
@@ -199,4 +198,4 @@ TEST_F(ExceptionTest, refusalsOfTheHostAreReportedAsPlainTexts) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

@@ -8,7 +8,7 @@
 #include "support/web/nginx.h"
 #include "support/web/recording-server.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 using testing::ElementsAre;
@@ -57,8 +57,8 @@ class HttpTest : public DeviceTest {
   }
 
   // What the web server passes on, at "/origin".
-  test::RecordingServer origin;
-  test::Nginx web;
+  RecordingServer origin;
+  Nginx web;
 };
 
 TEST_F(HttpTest, isThereOnlyWithItsAccess) {
@@ -222,7 +222,7 @@ TEST_F(HttpTest, aBodyThatBreaksOffIsAnError) {
 }
 
 TEST_F(HttpTest, whatFailsGivesATextAndACode) {
-  const std::string dead = test::RecordingServer().url();
+  const std::string dead = RecordingServer().url();
   const struct {
     std::string call;
     int code;
@@ -326,7 +326,7 @@ TEST_F(HttpTest, whatTheDeviceHasTakenGoesUp) {
   for (const auto& row : rows) {
     SCOPED_TRACE(row.path);
     ASSERT_EQ(row.write(), std::nullopt);
-    const std::string bytes = test::contentOf(row.path);
+    const std::string bytes = contentOf(row.path);
     interactive("morvik." + std::string(row.take) + "function(event) { log(http.post('" +
                     origin.url() + "', {a: event.data}) + http.post('" + origin.url() +
                     "', {a: event.data}, {}, true)); });",
@@ -348,4 +348,4 @@ TEST_F(HttpTest, headersHoldTheInterimResponse) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

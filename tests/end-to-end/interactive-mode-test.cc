@@ -8,7 +8,7 @@
 
 #include "support/system/system-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 using testing::Contains;
@@ -77,8 +77,7 @@ TEST_F(InteractiveModeTest, aRefusedStartIsToldUpToItsRefusal) {
   app =
       run("caught(function() { morvik.start(); }); log('arguments');"
           "caught(function() { morvik.start(log, {}); }); log('connection');");
-  EXPECT_EQ(app.logged(), "arguments");
-  EXPECT_EQ(app.logged(), "connection");
+  EXPECT_THAT(app.logged(2), ElementsAre("arguments", "connection"));
   EXPECT_THAT(textsBetween("starting interactiveMode", "JSLOG: connection"),
               ElementsAre("starting interactiveMode", "check arguments", "JSLOG: arguments",
                           "starting interactiveMode", "check arguments", "MorvikData: %p",
@@ -92,8 +91,7 @@ TEST_F(InteractiveModeTest, theFunctionAloneGetsAFreshIdAndNoArgument) {
   const zeph::ZephMsg start = device.receive();
   EXPECT_THAT(start.interactivemode().interactiveid(), MatchesRegex(kUuid));
   device.grant(start);
-  EXPECT_EQ(app.logged(), "true");
-  EXPECT_EQ(app.logged(), "0");
+  EXPECT_THAT(app.logged(2), ElementsAre("true", "0"));
   EXPECT_EQ(device.receive().interactiveid(), start.interactivemode().interactiveid());
 }
 
@@ -102,9 +100,7 @@ TEST_F(InteractiveModeTest, theObjectComesBackAsTheOnlyArgument) {
       "var mine = {}; morvik.start(function granted(o) {"
       " log(this === granted); log(arguments.length); log(o === mine); }, mine);");
   device.grant(device.receive());
-  EXPECT_EQ(app.logged(), "true");
-  EXPECT_EQ(app.logged(), "1");
-  EXPECT_EQ(app.logged(), "true");
+  EXPECT_THAT(app.logged(3), ElementsAre("true", "1", "true"));
   EXPECT_THAT(app.warnings(), Not(Contains(kDeprecated)));
 }
 
@@ -140,8 +136,7 @@ TEST_F(InteractiveModeTest, theGrantComesOnALaterTurn) {
       "morvik.start(function() { log('granted'); }, {});"
       "var end = Date.now() + 200; while (Date.now() < end); log('script ends');");
   device.grant(device.receive());
-  EXPECT_EQ(app.logged(), "script ends");
-  EXPECT_EQ(app.logged(), "granted");
+  EXPECT_THAT(app.logged(2), ElementsAre("script ends", "granted"));
 }
 
 TEST_F(InteractiveModeTest, theGrantIsToldStepByStep) {
@@ -182,8 +177,7 @@ TEST_F(InteractiveModeTest, aReplyWithoutACodeMeansThatTheFunctionIsNeverCalled)
   app.waitForLog("clean InteractiveData");
   device.grant(first);
   device.grant(second);
-  EXPECT_EQ(app.logged(), "granted again");
-  EXPECT_EQ(app.logged(), "nothing");
+  EXPECT_THAT(app.logged(2), ElementsAre("granted again", "nothing"));
 }
 
 TEST_F(InteractiveModeTest, aReplyWithoutAResponseLeavesTheApplicationNotInteractive) {
@@ -192,8 +186,8 @@ TEST_F(InteractiveModeTest, aReplyWithoutAResponseLeavesTheApplicationNotInterac
       " log(caught(function() { morvik.stop(); })); return true; });");
   device.send(replyTo(device.receive()));
   app.waitForLog("clean InteractiveData");
-  EXPECT_EQ(app.logged(), "string: Must be in interactive mode");
-  EXPECT_EQ(app.logged(), "string: Must be in interactive mode");
+  EXPECT_THAT(app.logged(2), ElementsAre("string: Must be in interactive mode",
+                                         "string: Must be in interactive mode"));
 }
 
 TEST_F(InteractiveModeTest, aSecondGrantOfOneRequestDoesNothing) {
@@ -204,8 +198,7 @@ TEST_F(InteractiveModeTest, aSecondGrantOfOneRequestDoesNothing) {
   device.grant(start);
   device.reply(start, "ERROR");
   device.reply(ping, "OK");
-  EXPECT_EQ(app.logged(), "granted");
-  EXPECT_EQ(app.logged(), "OK");
+  EXPECT_THAT(app.logged(2), ElementsAre("granted", "OK"));
 }
 
 TEST_F(InteractiveModeTest, aSecondStartReplacesTheIdWhenItIsGranted) {
@@ -356,4 +349,4 @@ TEST_F(StopNoticeTest, withACorrelationIdReachesItsFunctionFirst) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

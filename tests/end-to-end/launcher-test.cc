@@ -10,7 +10,7 @@
 
 #include "support/system/system-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 using testing::ElementsAre;
@@ -328,4 +328,4 @@ TEST_F(LauncherTest, launcherAndApplicationsHaveOneThreadEach) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

@@ -9,7 +9,7 @@
 
 #include "support/system/system-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 using testing::ElementsAre;
@@ -189,4 +189,4 @@ TEST_F(SystemTest, withoutAFolderPathsBeginWithASlash) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

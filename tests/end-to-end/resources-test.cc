@@ -9,7 +9,7 @@
 #include "support/file-content.h"
 #include "support/system/feature-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 using testing::ElementsAre;
@@ -33,9 +33,7 @@ class ResourcesTest : public FeatureTest {
 
   // One application without any access runs the steps.
   void expectSteps(const std::vector<Step>& steps) {
-    std::string script;
-    for (const Step& each : steps) script += step(each.call);
-    app = run(withGlobals(script + "log('end');"), {});
+    app = run(withGlobals(scriptOf(steps)), {});
     const std::vector<Lines> done = stepsTillEnd();
     ASSERT_EQ(done.size(), steps.size());
     for (std::size_t i = 0; i < steps.size(); ++i) {
@@ -237,9 +235,7 @@ TEST_F(ResourcesTest, overlongPathsAreCutLaterForFilesThanForIncludes) {
   app = run("log(file.read('" + file + "').text); log(file.read('" + file + "xyz').text);" +
                 "file.write('" + file + "xyz', 'written'); include('" + source + ".js');",
             {});
-  EXPECT_EQ(app.logged(), "read");
-  EXPECT_EQ(app.logged(), "read");
-  EXPECT_EQ(app.logged(), "included");
+  EXPECT_THAT(app.logged(3), ElementsAre("read", "read", "included"));
   EXPECT_EQ(contentOf(file), "written");
   app.waitForLogTimes("getDataResource(" + path(file) + ")", 2);
   app.waitForLog("Include: " + source + ".js");
@@ -259,4 +255,4 @@ TEST_F(ResourcesTest, whatCanBeReadMayBeTooLongForAnInclude) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

@@ -1,102 +1,18 @@
 // Every application in apps/, run by the real morvikvm on the real virtual device: a short
 // conversation for each, between the script's log, what the device shows, and what happens to it.
-#include <glib.h>
-#include <signal.h>
-#include <sys/wait.h>
 
-#include <array>
 #include <filesystem>
 #include <iostream>
-#include <memory>
 #include <regex>
 #include <set>
 #include <stdexcept>
 
 #include "end-to-end/web-samples.h"
+#include "support/program.h"
 #include "support/system/system-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
-
-struct Process {
-  std::unique_ptr<test::TemporaryFolder> state = std::make_unique<test::TemporaryFolder>();
-  pid_t pid = -1;
-  Descriptor input;
-  Descriptor output;
-};
-
-Process spawnDevice() {
-  Process process;
-  const std::string state = "--state=" + process.state->path().string();
-  std::array<const char*, 5> command{MORVIK_DEV, "device", "--port=0", state.c_str(), nullptr};
-  int input = -1;
-  int output = -1;
-  GError* error = nullptr;
-  if (g_spawn_async_with_pipes(nullptr, const_cast<char**>(command.data()), nullptr,
-                               G_SPAWN_DO_NOT_REAP_CHILD, nullptr, nullptr, &process.pid, &input,
-                               &output, nullptr, &error) == FALSE)
-    throw std::runtime_error(error->message);
-  process.input = Descriptor(input);
-  process.output = Descriptor(output);
-  return process;
-}
-
-// One virtual device, as a person runs it.
-class VirtualDevice {
- public:
-  VirtualDevice() : VirtualDevice(spawnDevice()) { readAddress(); }
-  VirtualDevice(const VirtualDevice&) = delete;
-  VirtualDevice& operator=(const VirtualDevice&) = delete;
-  ~VirtualDevice() {
-    kill(pid_, SIGTERM);
-    waitpid(pid_, nullptr, 0);
-  }
-
-  // Where it listens, as host:port.
-  [[nodiscard]] const std::string& address() const { return address_; }
-
-  // A line for its command input.
-  void happens(const std::string& stimulus) {
-    const std::string line = stimulus + '\n';
-    if (write(input_.get(), line.data(), line.size()) != static_cast<ssize_t>(line.size()))
-      throw std::runtime_error("the virtual device does not read: " + stimulus);
-  }
-
-  // Waits until it has shown a line with this pattern in it. Gives what has matched.
-  std::string shows(const std::string& pattern) const {
-    const auto found = output_.await<std::string>([&](const std::string& said) {
-      std::smatch match;
-      return std::regex_search(said, match, std::regex(pattern)) ? std::optional(match.str())
-                                                                 : std::nullopt;
-    });
-    if (!found) throw std::runtime_error("never shown: " + pattern);
-    return *found;
-  }
-
-  [[nodiscard]] std::string transcript() const { return output_.snapshot(); }
-
- private:
-  explicit VirtualDevice(Process process)
-      : state_(std::move(process.state)),
-        pid_(process.pid),
-        input_(std::move(process.input)),
-        reader_(std::move(process.output), [this](std::string_view bytes) {
-          output_.change([bytes](std::string& said) { said += bytes; });
-        }) {}
-
-  void readAddress() {
-    const std::string beginning = "listening on ";
-    const std::string line = shows(beginning + ".*\n");
-    address_ = line.substr(beginning.size(), line.size() - beginning.size() - 1);
-  }
-
-  std::unique_ptr<test::TemporaryFolder> state_;  // so that nothing outlives the test
-  pid_t pid_;
-  Descriptor input_;
-  Growing<std::string> output_;
-  BackgroundReader reader_;
-  std::string address_;
-};
 
 // A sample at work.
 class Sample {
@@ -114,6 +30,11 @@ class Sample {
       if (found) heard_ = index;
       return found;
     });
+  }
+
+  // The same for one line after the other.
+  void says(std::initializer_list<const char*> patterns) {
+    for (const char* pattern : patterns) says(std::string(pattern));
   }
 
   // The same for lines whose order nobody promises.
@@ -143,24 +64,20 @@ class Stage {
                         const std::string& instance) = 0;
   Sample launch(const std::string& app) { return launch(app, "demo", device.address()); }
 
-  VirtualDevice device;
+  VirtualDevice device{MORVIK_DEV};
 };
 
 void hello(Stage& stage) {
   Sample sample = stage.launch("hello");
-  sample.says("hello, I am hello and the device listens to me");
-  sample.says("ping: OK");
-  sample.says("the device says: serial is VM-0000-0001");
-  sample.says("LED fading to blue: TERMINATED");
-  sample.says("the LED is green now");
+  sample.says({"hello, I am hello and the device listens to me", "ping: OK",
+               "the device says: serial is VM-0000-0001", "LED fading to blue: TERMINATED",
+               "the LED is green now"});
 }
 
 void ledRainbow(Stage& stage) {
   Sample sample = stage.launch("led-rainbow");
-  sample.says("the LED is dark: OK");
-  sample.says("the LED is red");
-  sample.says("the LED is violet");
-  sample.says("that was the rainbow");
+  sample.says(
+      {"the LED is dark: OK", "the LED is red", "the LED is violet", "that was the rainbow"});
   sample.ends();
   stage.device.shows("led fade #ff8000 200 ms");
   stage.device.shows("led pulse white 150 ms x 3");
@@ -168,10 +85,8 @@ void ledRainbow(Stage& stage) {
 
 void earDance(Stage& stage) {
   Sample sample = stage.launch("ear-dance");
-  sample.says("ears: TERMINATED, left at 0, right at 0");
-  sample.says("figure 1 of 6");
-  sample.says("figure 6 of 6");
-  sample.says("the dance is over");
+  sample.says({"ears: TERMINATED, left at 0, right at 0", "figure 1 of 6", "figure 6 of 6",
+               "the dance is over"});
   stage.device.happens("ears BLOCKED_LEFT");
   sample.says("somebody holds an ear: BLOCKED_LEFT");
   stage.device.happens("ears BLOCKED_RIGHT");
@@ -191,12 +106,9 @@ void buttonGame(Stage& stage) {
   Sample sample = stage.launch("button-game");
   sample.says("wait for green");
   stage.device.happens("button DOUBLE");
-  sample.says("no best time yet");
-  sample.says("press!");
+  sample.says({"no best time yet", "press!"});
   stage.device.happens("button SIMPLE");
-  sample.says("that took [0-9]+ ms");
-  sample.says("a new best time");
-  sample.says("wait for green");
+  sample.says({"that took [0-9]+ ms", "a new best time", "wait for green"});
   stage.device.happens("button SIMPLE");
   sample.says("too early");
   stage.device.happens("button LONG_START");
@@ -214,30 +126,25 @@ void rfidGreeter(Stage& stage) {
   Sample sample = stage.launch("rfid-greeter");
   sample.says("waiting for tags");
   stage.device.happens("rfid d0021a IN type=FLAT color=RED content=Anna");
-  sample.says("IN d0021a FLAT RED");
-  sample.says("said: Hello Anna");
+  sample.says({"IN d0021a FLAT RED", "said: Hello Anna"});
   stage.device.happens("rfid d0021a OUT");
-  sample.says("OUT d0021a undefined undefined");
-  sample.says("said: Goodbye tag d0021a");
+  sample.says({"OUT d0021a undefined undefined", "said: Goodbye tag d0021a"});
 }
 
 void rfidGreeterByTag(Stage& stage) {
   Sample sample =
       stage.launch("rfid-greeter", "RFID;d0021a;1;FLAT;2;RED;Anna", stage.device.address());
-  sample.says("launched by the tag d0021a");
-  sample.says("said: Welcome Anna");
+  sample.says({"launched by the tag d0021a", "said: Welcome Anna"});
 }
 
 void talkingClock(Stage& stage) {
   Sample sample = stage.launch("talking-clock");
-  sample.says("the device speaks en");
-  sample.says("told in en: It is [0-9]{1,2}:[0-9]{2}");
+  sample.says({"the device speaks en", "told in en: It is [0-9]{1,2}:[0-9]{2}"});
 }
 
 void radio(Stage& stage) {
   Sample sample = stage.launch("radio");
-  sample.says("http://radio.example.org/jazz: OK");
-  sample.says("player: PLAY");
+  sample.says({"http://radio.example.org/jazz: OK", "player: PLAY"});
   sample.saysInAnyOrder({"first playlist: breakfast", "first artist: The Tin Whistles",
                          "first genre: folk", "first folder: /music/morning",
                          "first song: /music/morning/kettle.mp3"});
@@ -248,8 +155,7 @@ void radio(Stage& stage) {
   stage.device.happens("button DOUBLE");
   sample.says("http://radio.example.org/news: OK");
   stage.device.happens("button LONG_START");
-  sample.says("off: OK");
-  sample.says("player: STOP");
+  sample.says({"off: OK", "player: STOP"});
   stage.device.happens("button SIMPLE");
   sample.says("http://radio.example.org/news: OK");
   stage.device.happens("player MUSIC_UPDATE");
@@ -283,13 +189,9 @@ void photoBooth(Stage& stage) {
   Sample sample = stage.launch("photo-booth");
   sample.says("the booth is open");
   stage.device.happens("button SIMPLE");
-  sample.says("photo: OK");
-  sample.says("photo: TERMINATED.*");
-  sample.says("playing the photo: OK");
+  sample.says({"photo: OK", "photo: TERMINATED.*", "playing the photo: OK"});
   stage.device.happens("button DOUBLE");
-  sample.says("recording: OK");
-  sample.says("recording: TERMINATED.*");
-  sample.says("playing the recording: OK");
+  sample.says({"recording: OK", "recording: TERMINATED.*", "playing the recording: OK"});
   stage.device.shows("-> +multimedia.*/tmp/picture.jpg");
   stage.device.shows("-> +multimedia.*/tmp/record.flac");
 }
@@ -310,15 +212,11 @@ void twoDeviceCall(Stage& stage) {
   bob.says("bob waits for a call");
   Sample anna = stage.launch("two-device-call", "demo", "anna-bob@" + stage.device.address());
   anna.says("anna calls bob");
-  bob.says("anna@sip.example.org calls");
-  bob.says("talking with anna@sip.example.org");
-  anna.says("talking with bob");
-  anna.says("hanging up");
-  anna.says("the call with bob is over");
+  bob.says({"anna@sip.example.org calls", "talking with anna@sip.example.org"});
+  anna.says({"talking with bob", "hanging up", "the call with bob is over"});
   bob.says("the call with anna@sip.example.org is over");
   stage.device.happens("app 1 call INCOMING carol");
-  bob.says("carol calls");
-  bob.says("talking with carol");
+  bob.says({"carol calls", "talking with carol"});
   stage.device.happens("app 1 call TERMINATED");
   bob.says("the call with carol is over");
 }
@@ -327,21 +225,14 @@ void mailbox(Stage& stage) {
   stage.device.happens("contact u1 alias=Anna");
   stage.device.happens("message u1 'Are you there?'");
   Sample sample = stage.launch("mailbox");
-  sample.says("contacts: 1");
-  sample.says("unread messages: 1");
-  sample.says("Anna: Are you there\\?");
-  sample.says("marked as read: 1");
+  sample.says({"contacts: 1", "unread messages: 1", "Anna: Are you there\\?", "marked as read: 1"});
   stage.device.shows("led pulse blue 200 ms x 3");
   stage.device.happens("message stranger '<a/>' type=XML");
-  sample.says("unread messages: 1");
-  sample.says("stranger: XML");
-  sample.says("marked as read: 1");
+  sample.says({"unread messages: 1", "stranger: XML", "marked as read: 1"});
   stage.device.happens("refuse ERROR morvikMessageQuery");
   stage.device.shows("-> +messages LIST.*\n.*<- +response ERROR");
   stage.device.happens("message u1 'Still there?'");
-  sample.says("unread messages: 1");
-  sample.says("Anna: Still there\\?");
-  sample.says("marked as read: 1");
+  sample.says({"unread messages: 1", "Anna: Still there\\?", "marked as read: 1"});
 }
 
 struct Conversation {
@@ -414,4 +305,4 @@ INSTANTIATE_TEST_SUITE_P(Samples, Conversations, testing::ValuesIn(kConversation
                          [](const auto& told) { return std::string(told.param.name); });
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

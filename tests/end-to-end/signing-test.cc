@@ -1,7 +1,7 @@
 // signHMACSHA1 in a script: signatures that others compute too.
 #include "support/system/system-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 class SigningTest : public SystemTest {};
@@ -44,4 +44,4 @@ TEST_F(SigningTest, takesExactlyTwoArguments) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

@@ -2,7 +2,7 @@
 // answer is in the log.
 #include "support/system/feature-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 const std::string kTwitter =
@@ -136,4 +136,4 @@ TEST_F(SocialInitTest, noCredentialOfTheAnswerIsInTheLog) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

@@ -5,7 +5,7 @@
 #include "support/web/recording-server.h"
 #include "support/web/tls-proxy.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 using testing::ElementsAre;
@@ -32,14 +32,12 @@ class SocialTest : public FeatureTest {
  protected:
   SocialTest() : FeatureTest(""), proxy(site.host()) {
     startHost({.environment = {"https_proxy=" + proxy.url()}});
-    site.answerWith(test::response("answer"));
+    site.answerWith(response("answer"));
   }
 
   // Runs the steps when the credentials have come, in an application that may use all of them.
   void expectSteps(const std::vector<Step>& steps, const zeph::Social& answer = credentials()) {
-    std::string script;
-    for (const Step& each : steps) script += step(each.call);
-    connect(withGlobals("social.init(function() { " + script + "log('end'); });"),
+    connect(withGlobals("social.init(function() { " + scriptOf(steps) + " });"),
             {"twitter", "facebook", "soundcloud"});
     const zeph::ZephMsg query = device.receive();
     EXPECT_TRUE(query.has_socialquery());
@@ -70,8 +68,8 @@ class SocialTest : public FeatureTest {
     return lines;
   }
 
-  test::RecordingServer site;
-  test::TlsProxy proxy;
+  RecordingServer site;
+  TlsProxy proxy;
 };
 
 TEST_F(SocialTest, theServicesGetTheToken) {
@@ -156,4 +154,4 @@ TEST_F(SocialTest, aServiceWithoutCredentialsIsMissing) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

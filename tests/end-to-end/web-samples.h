@@ -1,15 +1,12 @@
 // Which applications in apps/ have their conversations with servers of the web, not with a device.
-#ifndef TESTS_END_TO_END_WEB_SAMPLES_H
-#define TESTS_END_TO_END_WEB_SAMPLES_H
+#pragma once
 
 #include <set>
 #include <string>
 
-namespace morvik {
+namespace morvik::test {
 
 // The folders of those that web-samples-test.cc runs.
 std::set<std::string> webSamples();
 
-}  // namespace morvik
-
-#endif
+}  // namespace morvik::test

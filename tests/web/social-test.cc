@@ -1,6 +1,7 @@
 // social.init: arguments, the query, and what its answer hangs on `social`.
 #include "web/social.h"
 
+#include "support/fresh-id.h"
 #include "support/unit/feature-test.h"
 #include "support/unit/granted.h"
 #include "support/unit/text-message.h"
@@ -57,8 +58,7 @@ TEST_F(SocialTest, sendsAnEmptyQueryWithoutAnInteractiveId) {
       EXPECT_EQ(ownLines(), Lines());
       auto message = sent();
       ASSERT_TRUE(message);
-      EXPECT_THAT(message->id(),
-                  testing::MatchesRegex("[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}"));
+      EXPECT_THAT(message->id(), testing::MatchesRegex(kUuid));
       message->clear_id();
       EXPECT_EQ(message->ShortDebugString(), "socialQuery { }");
       EXPECT_FALSE(sent());
@@ -67,7 +67,7 @@ TEST_F(SocialTest, sendsAnEmptyQueryWithoutAnInteractiveId) {
 }
 
 TEST_F(SocialTest, refusesOtherArguments) {
-  expectRefused({
+  expectRefuses(wrong({
       "social.init()",
       "social.init(5)",
       "social.init({})",
@@ -83,7 +83,7 @@ TEST_F(SocialTest, refusesOtherArguments) {
       "social.init(f, {}, {})",
       "social.init(f, {}, undefined)",
       "social.init(f, 1, 2)",
-  });
+  }));
 }
 
 using SocialDeathTest = SocialTest;

@@ -10,7 +10,7 @@
 #include <stdexcept>
 #include <system_error>
 
-namespace morvik {
+namespace morvik::test {
 
 std::string descriptorXml(const std::vector<std::string>& accesses) {
   std::string xml = "<descriptor><accesses>";
@@ -62,4 +62,4 @@ std::filesystem::path AppFolder::fileOf(const std::string& name, const std::stri
   return folder_.path() / name / file;
 }
 
-}  // namespace morvik
+}  // namespace morvik::test

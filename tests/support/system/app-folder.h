@@ -1,6 +1,5 @@
 // A temporary folder with applications that a test makes, removed in the end.
-#ifndef TESTS_SUPPORT_SYSTEM_APP_FOLDER_H
-#define TESTS_SUPPORT_SYSTEM_APP_FOLDER_H
+#pragma once
 
 #include <zeph-message.pb.h>
 
@@ -9,10 +8,10 @@
 #include <string_view>
 #include <vector>
 
-#include "support/system/waiting.h"
 #include "support/temporary-folder.h"
+#include "support/waiting.h"
 
-namespace morvik {
+namespace morvik::test {
 
 // A descriptor.xml that grants the access names.
 std::string descriptorXml(const std::vector<std::string>& accesses);
@@ -39,9 +38,7 @@ class AppFolder {
   [[nodiscard]] std::filesystem::path fileOf(const std::string& name,
                                              const std::string& file) const;
 
-  test::TemporaryFolder folder_;
+  TemporaryFolder folder_;
 };
 
-}  // namespace morvik
-
-#endif
+}  // namespace morvik::test

@@ -1,3 +1,4 @@
+// Runs the rows of features on the real program.
 #include "support/system/feature-test.h"
 
 #include <google/protobuf/text_format.h>
@@ -5,27 +6,19 @@
 #include <algorithm>
 #include <stdexcept>
 
-namespace morvik {
+#include "features/features.h"
+#include "features/prelude.h"
 
+namespace morvik::test {
 namespace {
 
-const std::vector<std::string> kAccesses{"led",        "ears",   "tts",  "webcam", "asr",
-                                         "multimedia", "button", "rfid", "m2m",    "message",
-                                         "contact",    "serial", "dock", "http"};
-
+// Tells what a call gave or how it threw, behind a line that marks its beginning. The log has one
+// byte for each unit of a text, so that a thrown text has to be UTF-8 to be one there.
 constexpr char kGlobals[] = R"(
-  var f = function() {};
-  var bad = {toString: function() { throw 'no text'; }};
-  var tell = function() {
-    var shown = Array.from(arguments, function(a) {
-        return typeof a + ' ' + (typeof a === 'object' ? JSON.stringify(a) : a); });
-    log(shown.join(', ') + (this === tell ? '' : ' with another this'));
-    return true;
-  };
   var step = function(call) {
     log('step');
     var result;
-    try { result = String(call()); } catch (e) { result = 'throws ' + typeof e + ' ' + e; }
+    try { result = String(call()); } catch (e) { result = 'throws ' + typeof e + ' ' + unescape(encodeURIComponent(e)); }
     log(result);
   };
 )";
@@ -61,11 +54,8 @@ Lines endingWith(Lines lines, const std::string& result) {
   return lines;
 }
 
-std::vector<RefusedRow> rowsOf(const std::vector<std::string>& calls, const RefusedRow& shape) {
-  std::vector<RefusedRow> rows(calls.size(), shape);
-  for (std::size_t i = 0; i < calls.size(); ++i) rows[i].call = calls[i];
-  return rows;
-}
+// One expression as a step of a script.
+std::string step(const std::string& call) { return "step(function() { return " + call + "; });\n"; }
 
 }  // namespace
 
@@ -77,22 +67,14 @@ zeph::ZephMsg messageOf(const std::string& text) {
   return message;
 }
 
-std::vector<RefusedRow> wrong(const std::vector<std::string>& calls) { return rowsOf(calls, {}); }
-
-std::vector<RefusedRow> needMode(const std::vector<std::string>& calls) {
-  return rowsOf(calls, {.call = {}, .outside = kMode, .inside = {}});
+std::string FeatureTest::withGlobals(const std::string& script) {
+  return std::string(kPrelude) + kGlobals + script;
 }
 
-std::vector<RefusedRow> operator+(std::vector<RefusedRow> rows,
-                                  const std::vector<RefusedRow>& more) {
-  rows.insert(rows.end(), more.begin(), more.end());
-  return rows;
-}
-
-std::string FeatureTest::withGlobals(const std::string& script) { return kGlobals + script; }
-
-std::string FeatureTest::step(const std::string& call) {
-  return "step(function() { return " + call + "; });\n";
+std::string FeatureTest::scriptOf(const std::vector<Step>& steps) {
+  std::string script;
+  for (const Step& each : steps) script += step(each.call);
+  return script + "log('end');";
 }
 
 std::string FeatureTest::called(const std::string& call) const {
@@ -125,7 +107,7 @@ void FeatureTest::settle() {
 std::vector<Lines> FeatureTest::receptions() const { return groups(kReceived, {}); }
 
 void FeatureTest::expectFunctions(const std::string& names) {
-  std::vector<std::string> others = kAccesses;
+  std::vector<std::string> others = accessNames();
   std::erase(others, feature_);
   const std::string object = "morvik." + feature_;
   expectLogged({{"typeof " + object, "undefined"}}, others);
@@ -136,17 +118,21 @@ void FeatureTest::expectFunctions(const std::string& names) {
                {feature_});
 }
 
+void FeatureTest::expectPayload(const std::string& payload) {
+  zeph::ZephMsg sent = device.receive();
+  EXPECT_THAT(sent.id(), testing::MatchesRegex(kUuid));
+  sent.clear_id();
+  EXPECT_EQ(sent.ShortDebugString(), "interactiveId: \"" + interactiveId + "\" " + payload);
+}
+
 void FeatureTest::expectSends(const std::vector<SentRow>& rows) {
+  ASSERT_FALSE(rows.empty());
   std::string script;
   for (const SentRow& row : rows) script += step(called(row.call));
   interactive(withGlobals(script + "log('end'); ping();"), access());
   for (const SentRow& row : rows) {
-    if (row.payload.empty()) continue;
-    zeph::ZephMsg sent = device.receive();
-    EXPECT_THAT(sent.id(), testing::MatchesRegex(kUuid));
-    sent.clear_id();
-    EXPECT_EQ(sent.ShortDebugString(), "interactiveId: \"" + interactiveId + "\" " + row.payload)
-        << row.call;
+    SCOPED_TRACE(row.call);
+    if (!row.payload.empty()) expectPayload(row.payload);
   }
   EXPECT_TRUE(device.receive().has_ping()) << "something more was sent";
   const std::vector<Lines> steps = stepsTillEnd();
@@ -155,33 +141,50 @@ void FeatureTest::expectSends(const std::vector<SentRow>& rows) {
     EXPECT_EQ(steps[i], endingWith(rows[i].lines, "undefined")) << rows[i].call;
 }
 
-std::string FeatureTest::refusals(const std::vector<RefusedRow>& rows, bool inside) const {
+std::string FeatureTest::refusals(const std::vector<RefusedRow>& rows,
+                                  std::string RefusedRow::*text) const {
   std::string script;
   for (const RefusedRow& row : rows)
-    if (!inside || !row.inside.empty()) script += step(called(row.call));
+    if (!(row.*text).empty()) script += step(called(row.call));
   return script;
 }
 
 void FeatureTest::expectRefuses(const std::vector<RefusedRow>& rows) {
-  connect(withGlobals(refusals(rows, false) + "log('inside'); morvik.start(function() {" +
-                      refusals(rows, true) + "log('end'); ping(); }, {});"),
-          access());
+  ASSERT_FALSE(rows.empty());
+  connect(
+      withGlobals(refusals(rows, &RefusedRow::outside) + "log('step'); morvik.start(function() {" +
+                  refusals(rows, &RefusedRow::inside) + "log('end'); ping(); }, {});"),
+      access());
   const zeph::ZephMsg start = device.receive();
   EXPECT_TRUE(start.has_interactivemode()) << "something was sent before";
   device.grant(start);
   EXPECT_TRUE(device.receive().has_ping()) << "something was sent before";
   std::vector<Lines> expected;
-  const auto expect = [&](const RefusedRow& row, const std::string& text) {
-    expected.push_back(endingWith(row.lines, "throws string " + text));
+  const auto expect = [&](std::string RefusedRow::*text) {
+    for (const RefusedRow& row : rows)
+      if (!(row.*text).empty())
+        expected.push_back(endingWith(row.lines, "throws string " + row.*text));
   };
-  for (const RefusedRow& row : rows) expect(row, row.outside);
-  const std::size_t outside = expected.size();
-  for (const RefusedRow& row : rows)
-    if (!row.inside.empty()) expect(row, row.inside);
+  expect(&RefusedRow::outside);
+  const auto insideFrom = std::ssize(expected);
+  expect(&RefusedRow::inside);
   std::vector<Lines> steps = stepsTillEnd();
-  ASSERT_EQ(steps.size(), expected.size());
-  steps[outside - 1].resize(expected[outside - 1].size());  // behind it interactive mode begins
-  EXPECT_EQ(steps, expected);
+  ASSERT_EQ(steps.size(), expected.size() + 1);
+  steps.erase(steps.begin() + insideFrom);  // the beginning of interactive mode
+  for (std::size_t i = 0; i < steps.size(); ++i) EXPECT_EQ(steps[i], expected[i]) << "step " << i;
+}
+
+void FeatureTest::expectReads(const std::vector<ReadRow>& rows) {
+  ASSERT_FALSE(rows.empty());
+  std::string script;
+  for (const ReadRow& row : rows)
+    script += "order = ''; step(function() { " + called(row.call) + "; return order; });";
+  interactive(withGlobals(script + "log('end');"), access());
+  const std::vector<Lines> steps = stepsTillEnd();
+  ASSERT_EQ(steps.size(), rows.size());
+  for (std::size_t i = 0; i < rows.size(); ++i)
+    EXPECT_EQ(steps[i].back(), "MESSAGE JSLOG: " + rows[i].order) << rows[i].call;
+  for (std::size_t i = 0; i < rows.size(); ++i) device.receive();
 }
 
 void FeatureTest::expectReceptions(const std::vector<Lines>& expected) {
@@ -193,7 +196,20 @@ void FeatureTest::expectReceptions(const std::vector<Lines>& expected) {
   for (std::size_t i = 0; i < heard.size(); ++i) EXPECT_EQ(heard[i], expected[i]) << "row " << i;
 }
 
+void FeatureTest::deliver(const std::string& payload) {
+  zeph::ZephMsg message = newMessage();
+  message.MergeFrom(messageOf(payload));
+  device.send(message);
+}
+
+void FeatureTest::answer(const zeph::ZephMsg& request, const std::string& payload) {
+  zeph::ZephMsg message = replyTo(request);
+  message.MergeFrom(messageOf(payload));
+  device.send(message);
+}
+
 void FeatureTest::expectAnswered(const std::vector<AnsweredRow>& rows) {
+  ASSERT_FALSE(rows.empty());
   std::string script;
   for (const AnsweredRow& row : rows)
     if (!row.call.empty()) script += called(row.call) + ";\n";
@@ -202,45 +218,37 @@ void FeatureTest::expectAnswered(const std::vector<AnsweredRow>& rows) {
   std::vector<Lines> expected;
   for (const AnsweredRow& row : rows) {
     if (!row.call.empty()) request = device.receive();
-    zeph::ZephMsg answer = replyTo(request);
-    answer.MergeFrom(messageOf(row.answer));
-    device.send(answer);
+    answer(request, row.answer);
     expected.push_back(row.lines);
   }
   expectReceptions(expected);
 }
 
 void FeatureTest::expectHears(const std::vector<HeardRow>& rows) {
+  ASSERT_FALSE(rows.empty());
   connect(withGlobals(called("addListener(tell);")), access());
   std::vector<Lines> expected;
   for (const HeardRow& row : rows) {
-    zeph::ZephMsg message = newMessage();
-    message.MergeFrom(messageOf(row.message));
-    device.send(message);
+    deliver(row.message);
     expected.push_back(row.lines);
   }
   expectReceptions(expected);
 }
 
 void FeatureTest::expectStaysOnlyForTrue(const std::string& event) {
-  const std::vector<std::string> values{"true", "false",  "undefined",
-                                        "1",    "'true'", "new Boolean(true)"};
   const auto listener = [this](const std::string& name, const std::string& end) {
     return called("addListener(function() { log(\"" + name + "\"); " + end + "; });\n");
   };
-  std::string script;
-  for (const std::string& value : values) script += listener(value, "return " + value);
+  std::string script = listener("true", "return true");
+  for (const std::string& value : kNotTrue) script += listener(value, "return " + value);
   connect(script + listener("throws", "throw 'no'") + listener("last", "return true"), access());
-  zeph::ZephMsg message = newMessage();
-  message.MergeFrom(messageOf(event));
-  device.send(message);
-  for (const std::string& value : values) EXPECT_EQ(app.logged(), value);
-  EXPECT_EQ(app.logged(), "throws");
-  EXPECT_EQ(app.logged(), "last");
-  device.send(message);
-  EXPECT_EQ(app.logged(), "true");
-  EXPECT_EQ(app.logged(), "last");
+  deliver(event);
+  std::vector<std::string> heard = std::vector<std::string>{"true"} + kNotTrue;
+  for (const std::string& text : heard + std::vector<std::string>{"throws", "last"})
+    EXPECT_EQ(app.logged(), text);
+  deliver(event);
+  for (const std::string text : {"true", "last"}) EXPECT_EQ(app.logged(), text);
   EXPECT_THAT(app.warnings(), testing::Contains(testing::EndsWith(": no")));
 }
 
-}  // namespace morvik
+}  // namespace morvik::test

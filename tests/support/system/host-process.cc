@@ -22,21 +22,10 @@
 #include <stdexcept>
 #include <system_error>
 
-namespace morvik {
+#include "support/process.h"
 
+namespace morvik::test {
 namespace {
-
-struct Pipe {
-  Descriptor reading;
-  Descriptor writing;
-};
-
-Pipe makePipe() {
-  std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0)
-    throw std::system_error(errno, std::generic_category(), "pipe");
-  return {Descriptor(ends[0]), Descriptor(ends[1])};
-}
 
 Descriptor opened(const std::string& path) {
   Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
@@ -70,43 +59,15 @@ bool takeLowDescriptors(int& complaints) {
   return fcntl(nothing, F_SETFD, 0) == 0;
 }
 
-// What the program is started with, made before the fork: behind it nothing may allocate.
-struct Launch {
-  const HostOptions* options = nullptr;
-  const LogSocket* log = nullptr;
-  std::array<int, 3> streams{};
-  int complaints = -1;
-  std::vector<char*> arguments;
-  std::vector<char*> environment;
-};
-
-// Ends the half-made process; its parent reads the complaint.
-[[noreturn]] void complain(int complaints, const char* step) {
-  dprintf(complaints, "%s: %s", step, strerrordesc_np(errno));
-  _exit(127);
-}
-
-[[noreturn]] void becomeHost(const Launch& launch) {
-  int complaints = launch.complaints;
-  setpgid(0, 0);
-  signal(SIGPIPE, SIG_DFL);
-  for (int stream = 0; stream < 3; ++stream) dup2(launch.streams.at(size_t(stream)), stream);
+// Behind the fork: nothing here allocates.
+const char* prepareHost(const HostOptions& options, const LogSocket& log, int& complaints) {
   const rlimit noCore{0, 0};
   setrlimit(RLIMIT_CORE, &noCore);
-  const char* failed = launch.log->enterNamespace();
-  if (failed != nullptr) complain(complaints, failed);
-  if (launch.options->forkFails && !forbidFork()) complain(complaints, "seccomp");
-  if (launch.options->lowDescriptorsTaken && !takeLowDescriptors(complaints))
-    complain(complaints, "descriptors");
-  execve(MORVIKVM, launch.arguments.data(), launch.environment.data());
-  complain(complaints, MORVIKVM);
-}
-
-std::vector<char*> pointersTo(std::vector<std::string>& texts) {
-  std::vector<char*> pointers;
-  for (std::string& text : texts) pointers.push_back(text.data());
-  pointers.push_back(nullptr);
-  return pointers;
+  const char* failed = log.enterNamespace();
+  if (failed != nullptr) return failed;
+  if (options.forkFails && !forbidFork()) return "seccomp";
+  if (options.lowDescriptorsTaken && !takeLowDescriptors(complaints)) return "descriptors";
+  return nullptr;
 }
 
 std::vector<std::string> environmentFor(const HostOptions& options) {
@@ -149,27 +110,16 @@ void HostProcess::start(const HostOptions& options) {
   if (options.input) input.reading = opened(*options.input);
   Pipe output = makePipe();
   Pipe errors = makePipe();
-  Pipe complaints = makePipe();
-  std::vector<std::string> arguments{options.programName};
-  arguments.insert(arguments.end(), options.arguments.begin(), options.arguments.end());
-  std::vector<std::string> environment = environmentFor(options);
-  const Launch launch{&options,
-                      &log_,
-                      {input.reading.get(), output.writing.get(), errors.writing.get()},
-                      complaints.writing.get(),
-                      pointersTo(arguments),
-                      pointersTo(environment)};
-  pid_ = fork();
-  if (pid_ == 0) becomeHost(launch);
-  setpgid(pid_, pid_);
-  complaints.writing.close();
+  Start start{.program = MORVIKVM,
+              .arguments = {options.programName},
+              .environment = environmentFor(options),
+              .streams = {input.reading.get(), output.writing.get(), errors.writing.get()}};
+  start.arguments.insert(start.arguments.end(), options.arguments.begin(), options.arguments.end());
+  start.prepare = [&](int& complaints) { return prepareHost(options, log_, complaints); };
+  pid_ = startProcess(start);
   input_ = std::move(input.writing);
   output_ = std::make_unique<Stream>(std::move(output.reading));
   errors_ = std::make_unique<Stream>(std::move(errors.reading));
-  output.writing.close();
-  errors.writing.close();
-  const std::string complaint = Stream(std::move(complaints.reading)).awaitEnd();
-  if (!complaint.empty()) throw std::runtime_error("cannot start the host: " + complaint);
 }
 
 HostProcess::~HostProcess() { killAll(); }
@@ -281,4 +231,4 @@ std::string HostProcess::transcript() {
          output_->soFar() + "--- standard error\n" + errors_->soFar() + "---\n";
 }
 
-}  // namespace morvik
+}  // namespace morvik::test

@@ -1,6 +1,5 @@
 // The real morvikvm under test: its standard streams, its log, its end and its children's ends.
-#ifndef TESTS_SUPPORT_SYSTEM_HOST_PROCESS_H
-#define TESTS_SUPPORT_SYSTEM_HOST_PROCESS_H
+#pragma once
 
 #include <sys/types.h>
 
@@ -13,9 +12,9 @@
 
 #include "support/system/app-folder.h"
 #include "support/system/log-socket.h"
-#include "support/system/waiting.h"
+#include "support/waiting.h"
 
-namespace morvik {
+namespace morvik::test {
 
 struct HostOptions {
   std::vector<std::string> arguments = {};
@@ -88,7 +87,7 @@ class HostProcess {
  private:
   void start(const HostOptions& options);
 
-  test::TemporaryFolder folder_;
+  TemporaryFolder folder_;
   LogSocket log_;
   pid_t pid_ = -1;
   bool finished_ = false;
@@ -97,6 +96,4 @@ class HostProcess {
   std::unique_ptr<Stream> errors_;
 };
 
-}  // namespace morvik
-
-#endif
+}  // namespace morvik::test

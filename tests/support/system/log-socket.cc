@@ -14,8 +14,7 @@
 #include <stdexcept>
 #include <system_error>
 
-namespace morvik {
-
+namespace morvik::test {
 namespace {
 
 constexpr const char* kNodes[] = {"null", "zero", "full", "random", "urandom", "tty"};
@@ -145,4 +144,4 @@ std::string describe(const std::vector<LogRecord>& records) {
   return lines.str();
 }
 
-}  // namespace morvik
+}  // namespace morvik::test

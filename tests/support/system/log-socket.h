@@ -1,7 +1,6 @@
 // The system log of one program under test: a socket that the program finds as /dev/log, in a mount
 // namespace of its own, so that tests run side by side and no real log hears of them.
-#ifndef TESTS_SUPPORT_SYSTEM_LOG_SOCKET_H
-#define TESTS_SUPPORT_SYSTEM_LOG_SOCKET_H
+#pragma once
 
 #include <sys/types.h>
 
@@ -12,9 +11,9 @@
 #include <string_view>
 #include <vector>
 
-#include "support/system/waiting.h"
+#include "support/waiting.h"
 
-namespace morvik {
+namespace morvik::test {
 
 // One line of the log as the program sent it: "<PRI>date MorvikVM[pid]: text".
 struct LogRecord {
@@ -62,6 +61,4 @@ class LogSocket {
 // The whole log for a person to read.
 std::string describe(const std::vector<LogRecord>& records);
 
-}  // namespace morvik
-
-#endif
+}  // namespace morvik::test

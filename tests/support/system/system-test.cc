@@ -7,8 +7,7 @@
 #include <iostream>
 #include <stdexcept>
 
-namespace morvik {
-
+namespace morvik::test {
 namespace {
 
 constexpr std::string_view kJsLog = "JSLOG: ";
@@ -61,6 +60,12 @@ std::string App::logged() {
   const LogRecord record = host_->waitForLog("something by the script", isNext);
   ++heard_;
   return record.text.substr(kJsLog.size());
+}
+
+std::vector<std::string> App::logged(int count) {
+  std::vector<std::string> texts;
+  for (int i = 0; i < count; ++i) texts.push_back(logged());
+  return texts;
 }
 
 std::vector<std::string> App::loggedUntil(std::string_view end) {
@@ -149,6 +154,7 @@ std::string SystemTest::prelude() const {
 
 void SystemTest::expectLogged(const std::vector<Row>& rows,
                               const std::vector<std::string>& accesses) {
+  ASSERT_FALSE(rows.empty());
   std::string script;
   for (const Row& row : rows) script += "\nlog(" + row.expression + ");";
   App app = run(script, accesses);
@@ -182,9 +188,9 @@ void DeviceTest::interactive(std::string_view script, const std::vector<std::str
 }
 
 zeph::ZephMsg DeviceTest::receiveAndReply(std::string_view code) {
-  const zeph::ZephMsg request = device.receive();
+  zeph::ZephMsg request = device.receive();
   device.reply(request, code);
   return request;
 }
 
-}  // namespace morvik
+}  // namespace morvik::test

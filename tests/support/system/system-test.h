@@ -1,7 +1,6 @@
 // Fixtures of the system tests: a folder of applications, the real host, and a device server, so
 // that a test reads as a conversation. The whole log is printed when a test fails.
-#ifndef TESTS_SUPPORT_SYSTEM_SYSTEM_TEST_H
-#define TESTS_SUPPORT_SYSTEM_SYSTEM_TEST_H
+#pragma once
 
 #include <gmock/gmock.h>
 #include <signal.h>
@@ -14,11 +13,12 @@
 #include <string_view>
 #include <vector>
 
+#include "support/fresh-id.h"
 #include "support/system/app-folder.h"
 #include "support/system/host-process.h"
 #include "support/system/test-device.h"
 
-namespace morvik {
+namespace morvik::test {
 
 // One running application. The host must outlive it.
 class App {
@@ -30,6 +30,8 @@ class App {
 
   // The next text that the script gave to log().
   std::string logged();
+  // The next so many of them.
+  std::vector<std::string> logged(int count);
   // The next ones, up to the one that says `end`, without it.
   std::vector<std::string> loggedUntil(std::string_view end);
 
@@ -67,9 +69,6 @@ struct Guest {
 // interactive.
 constexpr char kNoParams[] = "no params loaded: No such file or directory";
 constexpr char kAutokill[] = "/!\\ AUTOKILL, application still not interactive after 10000ms";
-
-// The form of a fresh id.
-constexpr char kUuid[] = "[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}";
 
 class SystemTest : public testing::Test {
  protected:
@@ -141,6 +140,4 @@ class DeviceTest : public SystemTest {
 // Every code that a device can answer.
 extern const std::vector<std::string> kCodes;
 
-}  // namespace morvik
-
-#endif
+}  // namespace morvik::test

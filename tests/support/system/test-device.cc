@@ -14,8 +14,7 @@
 #include <stdexcept>
 #include <system_error>
 
-namespace morvik {
-
+namespace morvik::test {
 namespace {
 
 constexpr int kBacklog = 16;
@@ -216,4 +215,4 @@ FullDevice::FullDevice() : TestDevice(0), guest_(::socket(AF_INET, SOCK_STREAM |
 
 int unusedPort() { return portFrom<getsockname>(boundSocket()); }
 
-}  // namespace morvik
+}  // namespace morvik::test

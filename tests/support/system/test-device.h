@@ -1,7 +1,6 @@
 // A device server for tests: a plain TCP listener on the loopback interface that a test drives by
 // hand. Everything that waits throws when patience ends.
-#ifndef TESTS_SUPPORT_SYSTEM_TEST_DEVICE_H
-#define TESTS_SUPPORT_SYSTEM_TEST_DEVICE_H
+#pragma once
 
 #include <zeph-message.pb.h>
 
@@ -9,9 +8,9 @@
 #include <string>
 #include <string_view>
 
-#include "support/system/waiting.h"
+#include "support/waiting.h"
 
-namespace morvik {
+namespace morvik::test {
 
 namespace zeph = net::quelta::zeph::message;
 
@@ -93,6 +92,4 @@ class FullDevice : private TestDevice {
 // A port of the loopback interface where nothing listens.
 int unusedPort();
 
-}  // namespace morvik
-
-#endif
+}  // namespace morvik::test

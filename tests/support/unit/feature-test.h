@@ -1,76 +1,52 @@
-// A fixture for the device features: what a call sends, what it refuses and what it lets a script
-// hear, each as a table of rows. Scripts find three globals:
-//   f     a function
-//   bad   an object that throws 'no text' when it becomes a text or a number
-//   tell  a function that logs its arguments with their types and returns `result`, true at first
+// A fixture for what scripts call, in process: each claim is a table of rows.
 #pragma once
 
 #include <string>
 #include <vector>
 
+#include "features/feature.h"
 #include "support/unit/script-test.h"
 
 namespace morvik::test {
 
-/// Lines of the log with their levels, as in "MESSAGE TTS: say[x]".
-using Lines = std::vector<std::string>;
-
-/// A call, the payload that it sends in text form, and the lines that it writes.
-struct SentRow {
-  std::string call;
-  std::string payload;
-  Lines lines;
-};
-
-/// A message in text form, and the lines that hearing it leaves.
-struct HeardRow {
-  std::string message;
-  Lines lines;
-};
-
 class FeatureTest : public ScriptTest {
  protected:
-  FeatureTest();
+  /// Calls in rows are functions of this feature's object, or whole expressions where there is
+  /// none.
+  explicit FeatureTest(std::string feature = "");
 
   /// The log without what the channel writes about any message.
   [[nodiscard]] Lines ownLines() const;
 
-  /// In interactive mode: each call gives undefined, writes its lines and sends one message, which
-  /// holds a fresh id, the interactive id, the payload and nothing else.
+  /// The object has these functions when its access is granted, and is not there when all others
+  /// are.
+  void expectFunctions(const std::string& names);
+
   void expectSends(const std::vector<SentRow>& rows);
+  void expectRefuses(const std::vector<RefusedRow>& rows);
+  void expectReads(const std::vector<ReadRow>& rows);
+  void expectAnswered(const std::vector<AnsweredRow>& rows);
+  void expectHears(const std::vector<HeardRow>& rows,
+                   const std::string& addListener = "addListener");
 
-  /// In and outside interactive mode: each call throws the text as a plain String, sends nothing
-  /// and writes nothing.
-  void expectRefused(const std::vector<std::string>& calls,
-                     const std::string& text = "Wrong arguments");
-
-  /// Outside interactive mode, each call says so, sends nothing and writes nothing.
-  void expectNeedsInteractive(const std::vector<std::string>& calls);
-
-  /// In interactive mode: each call throws what `bad` throws, sends nothing and writes its lines.
-  void expectPassesExceptions(const std::vector<std::string>& calls, const Lines& lines = {});
-
-  /// In interactive mode: the call reads the places that it names in this order. `read('x')` in it
-  /// stands for an argument and notes its name when it becomes a text or a number.
-  void expectReads(const std::string& call, const std::string& order);
+  /// A listener goes unless its function returned exactly true when it heard `event`; one that
+  /// throws goes as well, and does not keep the message from the next one.
+  void expectStaysOnlyForTrue(const std::string& event,
+                              const std::string& addListener = "addListener");
 
   /// In interactive mode: the function `kept` that the call hands over lives until its request has
   /// this answer, and no longer.
   void expectForgets(const std::string& call, const std::string& answer);
 
-  /// Sends the call's request anew for each row, and answers it with the row's message.
-  void expectAnswered(const std::string& call, const std::vector<HeardRow>& rows);
-
-  /// Outside interactive mode: adds `tell` by `addListener` and delivers each row's message; then
-  /// hands `addListener` what it must refuse.
-  void expectListens(const std::string& addListener, const std::vector<HeardRow>& rows);
-
-  /// A listener goes unless its function returned exactly true when it heard `event`; one that
-  /// throws goes as well, and does not keep the message from the next one.
-  void expectStaysOnlyForTrue(const std::string& addListener, const std::string& event);
-
   /// One message with a fresh id, interactive id "granted" and this payload has been sent.
   void expectOneMessage(const std::string& payload);
+
+ private:
+  [[nodiscard]] std::string called(const std::string& call) const;
+  void expectRefusal(const std::string& call, const std::string& text, const Lines& lines);
+  void expectHeardTimes(const std::string& event, int times, const std::string& result);
+
+  std::string feature_;
 };
 
 }  // namespace morvik::test

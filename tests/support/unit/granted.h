@@ -4,19 +4,20 @@
 #include <gtest/gtest.h>
 #include <libxml/parser.h>
 
+#include <iterator>
 #include <memory>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "host/descriptor.h"
 
 namespace morvik::test {
 
-/// A descriptor that lists these access names, which blanks separate.
-inline std::unique_ptr<Descriptor> granted(const std::string& names) {
+/// A descriptor that lists these access names.
+inline std::unique_ptr<Descriptor> granted(const std::vector<std::string>& names) {
   std::string text = "<descriptor><accesses>";
-  std::istringstream words(names);
-  for (std::string name; words >> name;) text += "<access>" + name + "</access>";
+  for (const std::string& name : names) text += "<access>" + name + "</access>";
   text += "</accesses></descriptor>";
   auto descriptor = std::make_unique<Descriptor>();
   descriptor->doc.reset(
@@ -25,6 +26,12 @@ inline std::unique_ptr<Descriptor> granted(const std::string& names) {
   descriptor->accesses.reset(xmlXPathEvalExpression(
       reinterpret_cast<const xmlChar*>("/descriptor/accesses/access"), query.get()));
   return descriptor;
+}
+
+/// The same, of names between blanks.
+inline std::unique_ptr<Descriptor> granted(const std::string& names) {
+  std::istringstream words(names);
+  return granted(std::vector<std::string>{std::istream_iterator<std::string>(words), {}});
 }
 
 }  // namespace morvik::test

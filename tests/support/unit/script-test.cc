@@ -7,6 +7,7 @@
 #include "channel/callback-table.h"
 #include "channel/dispatch.h"
 #include "channel/frame.h"
+#include "features/features.h"
 #include "host/engine.h"
 #include "host/globals.h"
 #include "host/object-tree.h"
@@ -32,10 +33,6 @@ void engineKeptForLife() {
   }();
 }
 
-constexpr const char* kEveryAccess =
-    "led ears tts webcam asr multimedia button rfid m2m message contact serial dock http twitter "
-    "facebook soundcloud";
-
 }  // namespace
 
 struct ScriptTest::Engaged {
@@ -57,7 +54,7 @@ ScriptTest::ScriptTest() {
   const auto global = buildGlobalTemplate();
   const auto morvik = v8::ObjectTemplate::New(isolate());
   addMorvikFunctions(morvik);
-  instance.descriptor = granted(kEveryAccess);
+  instance.descriptor = granted(accessNames());
   buildDeviceTree(global, morvik, *instance.descriptor);
   addGlobals(global, morvik, instance);
   engaged_->context = v8::Context::New(isolate(), nullptr, global);
@@ -103,6 +100,19 @@ v8::Local<v8::Object> ScriptTest::object(const std::string& expression) {
   const auto script =
       v8::Script::Compile(context(), toScript("(" + expression + ")")).ToLocalChecked();
   return script->Run(context()).ToLocalChecked().As<v8::Object>();
+}
+
+std::string ScriptTest::inTree(const std::vector<std::string>& accesses,
+                               const std::string& expression) {
+  const v8::HandleScope handles(isolate());
+  const auto global = v8::ObjectTemplate::New(isolate());
+  const auto morvik = v8::ObjectTemplate::New(isolate());
+  buildDeviceTree(global, morvik, *granted(accesses));
+  global->Set(isolate(), "morvik", morvik);
+  const auto tree = v8::Context::New(isolate(), nullptr, global);
+  const v8::Context::Scope entered(tree);
+  const auto script = v8::Script::Compile(tree, toScript(expression)).ToLocalChecked();
+  return *v8::String::Utf8Value(isolate(), script->Run(tree).ToLocalChecked());
 }
 
 void ScriptTest::expectThrows(const std::string& call, const std::string& text) {

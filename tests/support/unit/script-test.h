@@ -35,6 +35,10 @@ class ScriptTest : public testing::Test {
   /// The object that an expression gives.
   v8::Local<v8::Object> object(const std::string& expression);
 
+  /// What an expression is, as text, in a fresh context whose object tree these access names are
+  /// granted.
+  std::string inTree(const std::vector<std::string>& accesses, const std::string& expression);
+
   /// The call throws this text as a plain String. The log is cleared first.
   void expectThrows(const std::string& call, const std::string& text);
 

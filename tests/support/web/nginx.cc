@@ -8,13 +8,13 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <stdexcept>
 
 #include "support/file-content.h"
+#include "support/process.h"
 
 namespace morvik::test {
 namespace {
@@ -91,18 +91,18 @@ std::string Nginx::configuration(const std::string& locations) const {
 void Nginx::start(int plain, int tls) {
   const std::string configurationFile = folder_ / "nginx.conf";
   const std::string log = folder_ / "error.log";
-  std::string sockets = "NGINX=" + std::to_string(plain) + ";" + std::to_string(tls) + ";";
-  const std::array<const char*, 6> arguments{
-      "nginx", "-e", log.c_str(), "-c", configurationFile.c_str(), nullptr};
-  std::array<char*, 2> environment{sockets.data(), nullptr};
+  const std::string sockets = "NGINX=" + std::to_string(plain) + ";" + std::to_string(tls) + ";";
   const pid_t parent = getpid();
-  pid_ = fork();
-  if (pid_ != 0) return;
-  prctl(PR_SET_PDEATHSIG, SIGTERM);
-  if (getppid() != parent) _exit(127);  // it died before it could be watched
-  for (const int socket : {plain, tls}) fcntl(socket, F_SETFD, 0);
-  execve(NGINX, const_cast<char* const*>(arguments.data()), environment.data());
-  _exit(127);
+  const auto prepare = [&](int& /*complaints*/) -> const char* {
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (getppid() != parent) return "its parent died before it could be watched";
+    for (const int socket : {plain, tls}) fcntl(socket, F_SETFD, 0);
+    return nullptr;
+  };
+  pid_ = startProcess({.program = NGINX,
+                       .arguments = {"nginx", "-e", log, "-c", configurationFile},
+                       .environment = {sockets},
+                       .prepare = prepare});
 }
 
 }  // namespace morvik::test

@@ -1,4 +1,4 @@
-#include "support/system/waiting.h"
+#include "support/waiting.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -6,8 +6,7 @@
 #include <array>
 #include <stdexcept>
 
-namespace morvik {
-
+namespace morvik::test {
 namespace {
 
 // Large enough for any log record that fits into a datagram.
@@ -70,6 +69,13 @@ std::string Stream::await(std::string_view text) const {
   return *found;
 }
 
+bool Stream::awaitThat(const std::function<bool(const std::string&)>& asked) const {
+  const auto found = received_.await<bool>([&](const Received& received) {
+    return asked(received.text) ? std::optional(true) : std::nullopt;
+  });
+  return found.has_value();
+}
+
 std::string Stream::awaitEnd() const {
   const auto all = received_.await<std::string>([](const Received& received) {
     return received.ended ? std::optional(received.text) : std::nullopt;
@@ -78,4 +84,4 @@ std::string Stream::awaitEnd() const {
   return *all;
 }
 
-}  // namespace morvik
+}  // namespace morvik::test

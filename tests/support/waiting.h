@@ -1,8 +1,7 @@
 // Waiting with a deadline: the patience of all system tests, values that grow while a test watches
 // them, and readers that take a program's output in the background, so that it never has to wait
 // for the test.
-#ifndef TESTS_SUPPORT_SYSTEM_WAITING_H
-#define TESTS_SUPPORT_SYSTEM_WAITING_H
+#pragma once
 
 #include <unistd.h>
 
@@ -16,7 +15,7 @@
 #include <thread>
 #include <utility>
 
-namespace morvik {
+namespace morvik::test {
 
 using Clock = std::chrono::steady_clock;
 
@@ -108,6 +107,8 @@ class Stream {
 
   // Waits for the text; throws when it does not come. Gives all that has come till then.
   std::string await(std::string_view text) const;
+  // Waits until all that has come is as asked; false when patience ends.
+  [[nodiscard]] bool awaitThat(const std::function<bool(const std::string&)>& asked) const;
   // Waits for the stream's end; throws when it does not come. Gives everything.
   std::string awaitEnd() const;
   [[nodiscard]] std::string soFar() const { return received_.snapshot().text; }
@@ -121,6 +122,4 @@ class Stream {
   BackgroundReader reader_;
 };
 
-}  // namespace morvik
-
-#endif
+}  // namespace morvik::test

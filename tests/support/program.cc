@@ -1,0 +1,79 @@
+// A child process whose output is taken in the background.
+#include "support/program.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <regex>
+#include <stdexcept>
+
+namespace morvik::test {
+
+Program::Program(const std::vector<std::string>& command) {
+  std::signal(SIGPIPE, SIG_IGN);
+  Pipe input = makePipe();
+  Pipe output = makePipe();
+  const int both = output.writing.get();
+  pid_ = startProcess({.program = command.front(),
+                       .arguments = command,
+                       .environment = ownEnvironment(),
+                       .streams = {input.reading.get(), both, both}});
+  input_ = std::move(input.writing);
+  output.writing.close();
+  output_ = std::make_unique<Stream>(std::move(output.reading));
+}
+
+// What it has left behind could hold its output open.
+Program::~Program() {
+  if (pid_ > 0) kill(pid_, SIGKILL);
+  if (pid_ > 0) waitpid(pid_, nullptr, 0);
+  try {
+    output_->awaitEnd();
+  } catch (const std::exception&) {
+    ADD_FAILURE() << "output is still open";
+  }
+}
+
+std::string Program::waitForPattern(const std::string& pattern) const {
+  const std::regex expression(pattern);
+  std::smatch match;
+  std::string said;
+  const bool found = output_->awaitThat([&](const std::string& soFar) {
+    said = soFar;
+    return std::regex_search(said, match, expression);
+  });
+  if (!found) throw std::runtime_error("never said: " + pattern);
+  return match.str();
+}
+
+void Program::say(const std::string& text) {
+  if (write(input_.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()))
+    throw std::runtime_error("the program does not read: " + text);
+}
+
+void Program::signal(int number) const { kill(pid_, number); }
+
+int Program::waitForEnd() {
+  output_->awaitEnd();
+  int status = 0;
+  waitpid(std::exchange(pid_, -1), &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+Outcome run(const std::vector<std::string>& command) {
+  Program program(command);
+  program.endInput();
+  const int status = program.waitForEnd();
+  return {status, program.output()};
+}
+
+VirtualDevice::VirtualDevice(const std::string& program)
+    : program_({program, "device", "--port=0", "--state=" + state_.path().string()}) {
+  const std::string beginning = "listening on ";
+  const std::string line = shows(beginning + ".*\n");
+  address_ = line.substr(beginning.size(), line.size() - beginning.size() - 1);
+}
+
+}  // namespace morvik::test
