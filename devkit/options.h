@@ -14,12 +14,12 @@ struct VerbHelp {
   const char* description;  // below the options: examples
 };
 
-// Reads the options of a verb that takes no other arguments, and answers --help.
-// Gives the exit status when the verb is to end at once, and nothing when it is to run.
+/// Reads the options of a verb that takes no other arguments, and answers --help.
+/// Gives the exit status when the verb is to end at once, and nothing when it is to run.
 [[nodiscard]] std::optional<int> readOptions(const VerbHelp& help, const GOptionEntry* entries,
                                              int argc, char** argv);
 
-// Says on standard error what is wrong with the command line; the exit status for it.
+/// Says on standard error what is wrong with the command line; the exit status for it.
 int refuseUsage(const std::string& verb, const std::string& text);
 
 }  // namespace morvik::devkit
