@@ -8,10 +8,10 @@
 #include <string>
 #include <string_view>
 
-#include "device/device-server.h"
-#include "device/display.h"
-#include "line-reader.h"
 #include "options.h"
+#include "server/device-server.h"
+#include "terminal/display.h"
+#include "terminal/line-reader.h"
 #include "until-told.h"
 #include "verbs.h"
 

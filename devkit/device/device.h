@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-#include "device/device-state.h"
 #include "device/scheduler.h"
+#include "device/state.h"
 #include "device/store.h"
 #include "device/work.h"
 

@@ -1,5 +1,5 @@
 // Things to come, on a real loop.
-#include "device/agenda.h"
+#include "server/agenda.h"
 
 #include <gmock/gmock.h>
 

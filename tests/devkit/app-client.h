@@ -7,8 +7,8 @@
 #include <deque>
 #include <string>
 
-#include "device/frame.h"
 #include "loop.h"
+#include "server/frame.h"
 
 namespace morvik::devkit::testing {
 

@@ -1,5 +1,5 @@
 // The device behind its socket: real connections on the loopback interface.
-#include "device/device-server.h"
+#include "server/device-server.h"
 
 #include <dlfcn.h>
 #include <gmock/gmock.h>

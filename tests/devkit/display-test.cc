@@ -1,5 +1,5 @@
 // What a reader sees.
-#include "device/display.h"
+#include "terminal/display.h"
 
 #include <gmock/gmock.h>
 

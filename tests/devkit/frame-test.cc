@@ -1,5 +1,5 @@
 // The frame codec: pieces of any size in, whole payloads out.
-#include "device/frame.h"
+#include "server/frame.h"
 
 #include <gmock/gmock.h>
 

@@ -6,8 +6,8 @@
 #include "app-client.h"
 #include "bench.h"
 #include "device/describe.h"
-#include "device/display.h"
 #include "support/temporary-folder.h"
+#include "terminal/display.h"
 
 namespace morvik::devkit::testing {
 namespace {

@@ -1,5 +1,5 @@
 // Asynchronous reads and writes of one socket. Each pending one holds the connection alive.
-#include "device/app-connection.h"
+#include "server/app-connection.h"
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>

@@ -1,5 +1,5 @@
 // One line at a time, asynchronously.
-#include "line-reader.h"
+#include "terminal/line-reader.h"
 
 #include <gio/gunixinputstream.h>
 

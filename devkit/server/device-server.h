@@ -9,12 +9,12 @@
 #include <string>
 #include <string_view>
 
-#include "device/agenda.h"
-#include "device/app-connection.h"
 #include "device/device-watcher.h"
 #include "device/device.h"
 #include "device/owned.h"
 #include "device/stimuli.h"
+#include "server/agenda.h"
+#include "server/app-connection.h"
 
 namespace morvik::devkit {
 

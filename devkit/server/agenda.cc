@@ -1,5 +1,5 @@
 // What is to come, each as a timeout source that this agenda can still take back.
-#include "device/agenda.h"
+#include "server/agenda.h"
 
 #include <utility>
 

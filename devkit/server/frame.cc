@@ -1,5 +1,5 @@
 // The frame on the wire, written and read.
-#include "device/frame.h"
+#include "server/frame.h"
 
 #include <glib.h>
 

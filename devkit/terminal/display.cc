@@ -1,5 +1,5 @@
 // Lines for a reader.
-#include "device/display.h"
+#include "terminal/display.h"
 
 #include "device/describe.h"
 #include "device/owned.h"

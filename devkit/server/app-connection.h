@@ -9,8 +9,8 @@
 #include <string>
 
 #include "device/device.h"
-#include "device/frame.h"
 #include "device/owned.h"
+#include "server/frame.h"
 
 namespace morvik::devkit {
 

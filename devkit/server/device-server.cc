@@ -1,5 +1,5 @@
 // The listening socket and the table of connections.
-#include "device/device-server.h"
+#include "server/device-server.h"
 
 namespace morvik::devkit {
 
