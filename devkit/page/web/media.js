@@ -14,7 +14,7 @@ function ending(work, label) {
     field('How it ends', choice(kCodes, { name: 'code' })),
     field('With this text (optional)', el('input', { name: 'text', autocomplete: 'off' })),
     el('button', {}, label),
-  ], ({ code, text }) => perform('finish', text ? [work, code, text] : [work, code]), { 'aria-label': label });
+  ], ({ code, text }) => perform('finish', text ? [work, code, text] : [work, code]), { 'aria-label': label, class: 'fields tight' });
 }
 
 function status(work, words) {

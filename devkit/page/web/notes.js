@@ -32,7 +32,7 @@ export function addNote(event) {
   list.grown();
 }
 
-const kSigns = { came: '＋', left: '－', stimulus: '☞', began: '▸', ended: '▪', trouble: '✖', doubt: '?' };
+const kSigns = { came: '+', left: '−', stimulus: '»', began: '▸', ended: '▪', trouble: '×', doubt: '?' };
 const whoOf = (row) => (row.app === undefined ? '' : nameOf(row.app));
 
 function make(row) {

@@ -1,11 +1,12 @@
 // What plays, and what is recorded.
 
-import { lengthOf } from './clock.js';
 import { byId, setFlag, setText } from './dom.js';
 import { showMeter } from './bubbles.js';
 
 const kSigns = { playing: '▶', paused: '❚❚', stopped: '■', recording: '●' };
 const kWords = { playing: 'Plays', paused: 'Paused:', stopped: 'Played last:', recording: 'Records' };
+
+const seconds = (time) => Math.round(time / 1000);
 
 function shownWork(device) {
   return device.record.active ? device.record : device.player;
@@ -25,6 +26,6 @@ export function runPlayer(device, now) {
   const work = shownWork(device);
   showMeter('player-meter', work, now);
   const passed = Math.min(work.length, Math.max(0, now - work.begin));
-  setText(byId('player-time'), work.active ? `${(passed / 1000).toFixed(0)} of ${lengthOf(work.length)}` : '');
+  setText(byId('player-time'), work.length > 0 ? `${seconds(passed)} of ${seconds(work.length)} s` : '');
   return work.active;
 }

@@ -13,6 +13,8 @@ import { showSeen } from './seen.js';
 import { state, watch } from './store.js';
 import { deviceOf } from './view.js';
 
+const kCaption = 11; // letters below a photo
+
 let device = null;
 let ears = null;
 let leds = null;
@@ -30,6 +32,10 @@ function showMarks() {
   setFlag(byId('dock-led'), 'data-color', device.dockLed.color);
   setFlag(byId('dock'), 'data-moving', device.dock.active ? device.dock.moving : 'STOP');
   setFlag(byId('cable'), 'data-open', device.ports.some((port) => port.open));
+  setFlag(byId('photo'), 'data-on', device.photo.name !== '');
+  setText(byId('photo-text'), device.photo.name.slice(0, kCaption));
+  setFlag(byId('mail'), 'data-on', device.unread > 0);
+  setText(byId('mail-text'), Math.min(99, device.unread));
 }
 
 /** Draws this moment. Gives whether the next one will look different. */
@@ -47,7 +53,7 @@ function draw() {
   showMarks();
   showBubbles(device);
   showPlayer(device);
-  showSeen(device, state.view);
+  showSeen(device);
   animate(step);
 }
 

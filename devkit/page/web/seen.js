@@ -25,8 +25,16 @@ function photo({ active, name }) {
   return active ? `taking ${name}` : name && `last: ${name}`;
 }
 
-function things(device, view) {
-  const unread = (view.messages ?? []).filter((message) => message.status === 'UNREAD').length;
+function mailbox({ messages, unread }) {
+  return `${messages} ${messages === 1 ? 'message' : 'messages'}, ${unread} unread`;
+}
+
+function serial(ports) {
+  const open = ports.filter((port) => port.open);
+  return open.map(({ name, baud, lines }) => `${name}, ${baud} baud${lines?.length ? `: ${lines.at(-1).text}` : ''}`).join('; ');
+}
+
+function things(device) {
   return {
     led: ['LED', light(device.led), device.led.color],
     'dock-led': ['Dock LED', light(device.dockLed), device.dockLed.color],
@@ -35,7 +43,9 @@ function things(device, view) {
     dock: ['Dock', device.dock.active ? `moving ${device.dock.moving}` : 'at rest'],
     camera: ['Camera', photo(device.photo) || 'no photo yet'],
     call: ['Telephone', call(device.calls) || 'no call'],
-    mailbox: ['Mailbox', `${(view.messages ?? []).length} messages, ${unread} unread`],
+    mailbox: ['Mailbox', mailbox(device)],
+    serial: ['Serial ports', serial(device.ports) || 'none is open'],
+    player: ['Player', device.player.url ? `${device.player.mode}: ${device.player.url}` : 'nothing plays'],
   };
 }
 
@@ -50,8 +60,8 @@ function place(name, label) {
   return row;
 }
 
-export function showSeen(device, view) {
-  for (const [name, [label, text, color]] of Object.entries(things(device, view))) {
+export function showSeen(device) {
+  for (const [name, [label, text, color]] of Object.entries(things(device))) {
     const row = place(name, label);
     const [swatch, words] = row.lastElementChild.children;
     setText(words, text);

@@ -43,6 +43,8 @@ export function deviceOf(view) {
     record: { what: view.recorder?.url ?? '', ...work('record') },
     photo: { name: view.photo?.name ?? '', ...work('photo') },
     ports: view.ports ?? [],
+    unread: (view.messages ?? []).filter((message) => message.status === 'UNREAD').length,
+    messages: (view.messages ?? []).length,
     calls: calls(view),
   };
 }

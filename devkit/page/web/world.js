@@ -17,7 +17,7 @@ export function makeWorld(ears) {
     { name: 'touch', label: 'Touch', panel: touchPanel(ears) },
     { name: 'tags', label: 'Tags', panel: tagsPanel() },
     { name: 'voice', label: 'Voice', panel: voicePanel() },
-    { name: 'media', label: 'Sound and camera', panel: mediaPanel() },
+    { name: 'media', label: 'Media', panel: mediaPanel() },
     { name: 'serial', label: 'Serial', panel: serialPanel() },
     { name: 'calls', label: 'Calls', panel: callsPanel() },
     { name: 'mailbox', label: 'Mailbox', panel: mailboxPanel() },
