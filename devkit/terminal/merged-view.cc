@@ -113,8 +113,7 @@ MergedView::MergedView(Sink sink, Style style, std::vector<std::string> names)
 MergedView::~MergedView() {
   prompt_.clear();
   const std::size_t count = std::exchange(leftOut_, 0);
-  const std::string words =
-      std::to_string(count) + " lines that say nothing were left out; --all shows them";
+  const std::string words = linesInWords(count) + " left out as noise; --all shows them";
   write(count > 0 ? paint("2", words) + "\n" : "");
 }
 
