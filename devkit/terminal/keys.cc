@@ -49,9 +49,11 @@ Keys::Keys(int descriptor, Pressed pressed, Closed closed)
 
 Keys::~Keys() { g_source_destroy(source_.get()); }
 
-// Whoever hears of a key must not end the reading.
+// Whoever hears of a key must not end the reading. What is typed while another program is in front is
+// that program's.
 gboolean Keys::onReadable(int descriptor, GIOCondition /*condition*/, gpointer self) {
   auto* keys = static_cast<Keys*>(self);
+  if (isatty(descriptor) == 1 && tcgetpgrp(descriptor) != getpgrp()) return G_SOURCE_CONTINUE;
   std::array<char, 256> bytes{};
   const ssize_t count = read(descriptor, bytes.data(), bytes.size());
   if (count < 0 && (errno == EINTR || errno == EAGAIN)) return G_SOURCE_CONTINUE;
