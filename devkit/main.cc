@@ -21,6 +21,7 @@ int help(int argc, char** argv);
 constexpr Verb kVerbs[] = {
     {"device", "run a virtual device that applications connect to", morvik::devkit::runDevice},
     {"log", "stand in for the system log on a machine that has none", morvik::devkit::runLog},
+    {"why", "tell why applications ended", morvik::devkit::runWhy},
     {"help", "show this, or what one of them takes", help},
 };
 

@@ -83,6 +83,15 @@ std::string harmless(const std::string& text) {
   }
 }
 
+std::string withIndentedLines(const std::string& text, std::string_view indent) {
+  std::string lines;
+  for (const char c : text) {
+    lines += c;
+    if (c == '\n') lines += indent;
+  }
+  return lines;
+}
+
 std::string_view firstLine(std::string_view text) { return text.substr(0, text.find('\n')); }
 
 }  // namespace morvik::devkit

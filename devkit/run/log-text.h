@@ -17,6 +17,9 @@ std::string withoutEscapes(std::string_view dump);
 /// the text and does nothing else; a tab becomes blanks.
 std::string harmless(const std::string& text);
 
+/// The text with something in front of each further line of it.
+std::string withIndentedLines(const std::string& text, std::string_view indent);
+
 /// The first of a text's lines.
 std::string_view firstLine(std::string_view text);
 
