@@ -10,7 +10,7 @@ import { state, watch } from './store.js';
 const kTick = 500; // milliseconds
 const kWords = { started: 'started', connected: 'connected', waiting: 'waits for interactive mode',
   interactive: 'interactive', stopping: 'stops', ended: 'ended' };
-const kCalm = new Set(['exit', 'restart', 'quit', 'author']); // ends that somebody wanted
+const kCalm = new Set(['exit', 'left', 'restart', 'quit', 'author']); // ends that somebody wanted
 const ended = new Map(); // what was announced, by name
 
 const nameOf = (app) => app.name ?? `app ${app.number}`;

@@ -3,9 +3,10 @@
 
 import { button, byId, el, setText } from './dom.js';
 import { redraw } from './frame.js';
-import { kMostRows } from './store.js';
 
+const kMostDrawn = 1000; // rows; the others are kept, and found by a search
 const kNearTheEnd = 24; // pixels from the bottom that still count as being there
+const kShare = 4; // a list that took a while to draw waits this many times as long
 
 function save(name, text) {
   const link = el('a', { download: name, href: URL.createObjectURL(new Blob([text], { type: 'text/plain' })) });
@@ -22,6 +23,8 @@ export class List {
   #shown = 0; // the serial of the last row that was looked at
   #paused = false;
   #frozen = 0; // the last serial when it was paused
+  #rest = 0; // when it may be drawn again
+  #later = 0;
 
   constructor(options) {
     this.#options = options;
@@ -40,9 +43,18 @@ export class List {
     this.draw = () => this.#draw();
   }
 
-  /** Something was added to the rows. */
+  /** Something was added to the rows. Much at once is drawn less often, so that the page stays quick. */
   grown() {
-    redraw(this.draw);
+    const wait = this.#rest - performance.now();
+    if (this.#later !== 0) return;
+    if (wait <= 0) {
+      redraw(this.draw);
+      return;
+    }
+    this.#later = setTimeout(() => {
+      this.#later = 0;
+      redraw(this.draw);
+    }, wait);
   }
 
   /** The filter is another one, or rows have changed. */
@@ -68,25 +80,32 @@ export class List {
     const wanted = this.wanted();
     const found = rows.slice(first).filter((row) => row.serial <= last && this.#fits(row, wanted));
     if (rows.length > 0) this.#shown = Math.min(rows.at(-1).serial, last);
-    return found.slice(-kMostRows);
+    return found.slice(-kMostDrawn);
   }
 
   #draw() {
+    const begin = performance.now();
+    this.#drawRows();
+    this.#rest = performance.now() + kShare * (performance.now() - begin);
+  }
+
+  #drawRows() {
     const box = this.rows;
     setText(byId(`count-${this.#options.name}`), this.#options.count?.() ?? '');
-    this.#tellLeftOut();
     if (this.panel.hidden) return; // drawn when its tab is chosen
     const atEnd = box.scrollHeight - box.scrollTop - box.clientHeight < kNearTheEnd;
     const fragment = document.createDocumentFragment();
     for (const row of this.#newRows()) fragment.append(this.#options.make(row));
     box.append(fragment);
-    while (box.childElementCount > kMostRows) box.firstElementChild.remove();
+    for (let over = box.childElementCount - kMostDrawn; over > 0; over -= 1) box.firstElementChild.remove();
     if (atEnd) box.scrollTop = box.scrollHeight;
+    this.#tellLeftOut();
   }
 
   #tellLeftOut() {
     const { kept } = this.#options;
     const parts = [];
+    if (this.rows.childElementCount === kMostDrawn) parts.push(`the last ${kMostDrawn} are shown, a search finds older ones`);
     if (kept.gone > 0) parts.push(`${kept.gone} older ones are no longer kept`);
     if (kept.missed > 0) parts.push(`${kept.missed} were left out, for this page did not keep up`);
     if (this.#paused && kept.total > this.#frozen) parts.push(`${kept.total - this.#frozen} came during the pause`);

@@ -5,7 +5,7 @@ import { byId, setText } from './dom.js';
 import { hearEvent } from './events.js';
 import { addLines, clearLog, logTab, missLines } from './log.js';
 import { clearMessages, messagesTab, missMessages } from './messages.js';
-import { clearNotes, notesTab } from './notes.js';
+import { addNote, clearNotes, notesTab } from './notes.js';
 import { startScene } from './scene.js';
 import { startSocket } from './socket.js';
 import { changed, state } from './store.js';
@@ -39,6 +39,7 @@ function hello(frame) {
   addLines(frame.log ?? []);
   for (const event of frame.messages ?? []) hearEvent(event, true);
   miss(frame.missed ?? {});
+  if (frame.trouble) addNote({ event: 'trouble', time: frame.now, text: frame.trouble });
   for (const part of ['view', 'applications', 'hello']) changed(part);
 }
 
@@ -55,13 +56,15 @@ const hearers = {
   tags: ({ tags }) => { state.tags = tags ?? []; changed('tags'); },
 };
 
-function lost(failures) {
-  setConnection('lost', failures < 4 ? 'Connection lost, trying again'
-    : 'Connection lost, trying again. If the tool was started anew, open the address that it printed');
+const kMany = 4; // attempts; then the tool has probably been started anew
+
+function lost(reason, failures) {
+  setConnection('lost', reason || (failures < kMany ? 'Connection lost, trying again'
+    : 'Connection lost, trying again. If the tool was started anew, open the address that it printed'));
 }
 
 startTheme();
 ears = startScene();
 startApplications();
 makeTabs('happens', [logTab(), messagesTab(), notesTab()]);
-startSocket({ frame: (frame) => hearers[frame.type]?.(frame), state: (name, failures) => lost(failures) });
+startSocket({ frame: (frame) => hearers[frame.type]?.(frame), lost });

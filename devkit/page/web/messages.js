@@ -54,7 +54,7 @@ function took(row) {
 function goTo(row) {
   const { element } = row;
   if (!element?.isConnected) return;
-  element.open = true;
+  open(row, true);
   element.classList.add('found');
   setTimeout(() => element.classList.remove('found'), 2000);
   element.firstElementChild.focus();
@@ -68,33 +68,38 @@ function inside(row) {
     row.request ? link(`Answers, ${lengthOf(row.took)} later, the request`, row.request) : null,
     ...row.answers.map((answer) => link(`Answered after ${lengthOf(answer.took)}`, answer)),
   ].filter(Boolean);
-  return [el('div', { class: 'row joined' }, joined), el('pre', {}, JSON.stringify(row.message, null, 2))];
+  return el('div', { class: 'inside' }, el('div', { class: 'row joined' }, joined),
+    el('pre', {}, JSON.stringify(row.message, null, 2)));
 }
 
-function fill(row) {
-  const { element } = row;
-  if (element.open) element.lastElementChild.replaceChildren(...inside(row));
+// The whole message stands below its line while it is open.
+function open(row, wanted) {
+  const [line, below] = row.element.children;
+  below?.remove();
+  line.setAttribute('aria-expanded', String(wanted));
+  if (wanted) row.element.append(inside(row));
 }
+
+const isOpen = (row) => row.element.children.length > 1;
 
 function make(row) {
-  const element = el('details', {
+  const name = nameOf(row.app);
+  row.element = el('div', {
     class: 'message', 'data-way': row.way, 'data-id': row.message.id, 'data-correlation': row.message.correlationId,
-    'data-code': isBad(row.message) ? 'bad' : null, ontoggle: () => fill(row),
-  }, el('summary', { tabindex: -1 },
+    'data-code': isBad(row.message) ? 'bad' : null,
+  }, el('button', { type: 'button', tabindex: -1, 'aria-expanded': 'false', onclick: () => open(row, !isOpen(row)) },
     el('span', { class: 'time' }, timeOfDay(row.time)),
-    el('span', { class: 'way', title: kWays[row.way] }, el('span', { 'aria-hidden': 'true' }, kSigns[row.way]),
-      el('span', { class: 'hidden' }, kWays[row.way])),
-    el('span', { class: 'who', 'data-hue': hueOf(nameOf(row.app)) }, nameOf(row.app)),
-    el('span', { class: 'what' }, row.words), el('span', { class: 'took' }, took(row))), el('div', { class: 'inside' }));
-  row.element = element;
-  return element;
+    el('span', { class: 'way', title: kWays[row.way], role: 'img', 'aria-label': kWays[row.way] }, kSigns[row.way]),
+    el('span', { class: 'who', 'data-hue': hueOf(name) }, name),
+    el('span', { class: 'what' }, row.words), el('span', { class: 'took' }, took(row))));
+  return row.element;
 }
 
 function refresh() {
   for (const row of touched) {
     if (!row.element) continue;
     setText(row.element.querySelector('.took'), took(row));
-    fill(row);
+    if (isOpen(row)) open(row, true);
   }
   touched.clear();
 }
@@ -103,7 +108,7 @@ function refresh() {
 function walk(event) {
   const steps = { ArrowDown: 'nextElementSibling', ArrowUp: 'previousElementSibling' };
   if (!(event.key in steps)) return;
-  const at = event.target.closest?.('details');
+  const at = event.target.closest('.message');
   const next = at ? at[steps[event.key]] : list.rows[event.key === 'ArrowDown' ? 'firstElementChild' : 'lastElementChild'];
   if (!next) return;
   event.preventDefault();

@@ -18,7 +18,7 @@ function earRow(side, ears) {
     if (document.activeElement !== range) range.value = byId(`ear-${side}`).getAttribute('aria-valuenow');
   });
   return el('div', { class: 'row' }, field(label, range, { class: 'field ear-field' }),
-    button('Block it', () => ears.block(side), { class: 'small', 'data-block': side, 'aria-label': `Block the ${side} ear` }));
+    button('Block it', () => ears.block(side), { class: 'small', 'data-block': side, 'aria-label': `Block it: ${side} ear` }));
 }
 
 export const touchPanel = (ears) => panelOf(
