@@ -1,7 +1,7 @@
 // Every message as it passes; requests and answers are joined by their ids, with the time between.
 
 import { lengthOf, timeOfDay } from './clock.js';
-import { button, choice, el, setText } from './dom.js';
+import { button, choice, el } from './dom.js';
 import { redraw } from './frame.js';
 import { List } from './list.js';
 import { hueOf, nameOf } from './names.js';
@@ -43,12 +43,20 @@ export function addMessage({ time, event, application, message = {} }) {
   list.grown();
 }
 
+// A request tells when its first answer came, and how many more there were; an answer, how long it took.
 function took(row) {
-  if (row.took !== undefined) return `after ${lengthOf(row.took)}`;
+  if (row.took !== undefined) return ['came after ', lengthOf(row.took), ''];
   const first = row.answers[0];
-  if (!first) return '';
+  if (!first) return ['', '', ''];
   const more = row.answers.length - 1;
-  return `answered in ${lengthOf(first.took)}${more > 0 ? `, ${more} more` : ''}`;
+  return ['answered in ', lengthOf(first.took), more > 0 ? ` +${more}` : ''];
+}
+
+const tookInWords = (row) => took(row).join('');
+
+function tookOf(row) {
+  const [words, length, more] = took(row);
+  return el('span', { class: 'took', title: tookInWords(row) }, el('span', { class: 'hidden' }, words), length + more);
 }
 
 function goTo(row) {
@@ -91,14 +99,14 @@ function make(row) {
     el('span', { class: 'time' }, timeOfDay(row.time)),
     el('span', { class: 'way', title: kWays[row.way], role: 'img', 'aria-label': kWays[row.way] }, kSigns[row.way]),
     el('span', { class: 'who', 'data-hue': hueOf(name) }, name),
-    el('span', { class: 'what' }, row.words), el('span', { class: 'took' }, took(row))));
+    el('span', { class: 'what' }, row.words), tookOf(row)));
   return row.element;
 }
 
 function refresh() {
   for (const row of touched) {
     if (!row.element) continue;
-    setText(row.element.querySelector('.took'), took(row));
+    row.element.querySelector('.took').replaceWith(tookOf(row));
     if (isOpen(row)) open(row, true);
   }
   touched.clear();
@@ -133,7 +141,7 @@ export function messagesTab() {
   list = new List({
     name: 'messages', label: 'messages', kept, make, tools: [ways],
     fits: (row) => only === '' || row.way === only,
-    text: (row) => `${timeOfDay(row.time)} ${kSigns[row.way]} ${nameOf(row.app)} ${row.words} ${took(row)} ${JSON.stringify(row.message)}`,
+    text: (row) => `${timeOfDay(row.time)} ${kSigns[row.way]} ${nameOf(row.app)} ${row.words} ${tookInWords(row)} ${JSON.stringify(row.message)}`,
     cleared: () => requests.clear(),
   });
   ways.addEventListener('change', () => {

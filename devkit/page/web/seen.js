@@ -45,7 +45,6 @@ function things(device) {
     call: ['Telephone', call(device.calls) || 'no call'],
     mailbox: ['Mailbox', mailbox(device)],
     serial: ['Serial ports', serial(device.ports) || 'none is open'],
-    player: ['Player', device.player.url ? `${device.player.mode}: ${device.player.url}` : 'nothing plays'],
   };
 }
 
