@@ -10,13 +10,29 @@ export function accountsPanel() {
   const withheld = el('p', {});
   watch(['view'], () => {
     const { kept: names = [], withheld: hidden = false } = state.view?.credentials ?? {};
-    replaceWhenNew(kept, names, () => (names.length > 0 ? names.map((name) => el('li', { class: 'chip' }, name))
-      : [el('li', { class: 'empty' }, 'None are kept.')]));
-    withheld.textContent = hidden ? 'They are withheld: applications are told of none.' : 'Applications get them when they ask.';
+    replaceWhenNew(kept, names, () =>
+      names.length > 0
+        ? names.map((name) => el('li', { class: 'chip' }, name))
+        : [el('li', { class: 'empty' }, 'None are kept.')],
+    );
+    withheld.textContent = hidden
+      ? 'They are withheld: applications are told of none.'
+      : 'Applications get them when they ask.';
   });
   return panelOf(
-    card('Credentials', kept, withheld, el('div', { class: 'row' },
-      button('Withhold them', () => perform('credentials', ['withhold']), { 'data-credentials': 'withhold' }),
-      button('Give them', () => perform('credentials', ['give']), { 'data-credentials': 'give' }))),
-    cardOf('credentials', 'Keep credentials', 'Keep them'));
+    card(
+      'Credentials',
+      kept,
+      withheld,
+      el(
+        'div',
+        { class: 'row' },
+        button('Withhold them', () => perform('credentials', ['withhold']), {
+          'data-credentials': 'withhold',
+        }),
+        button('Give them', () => perform('credentials', ['give']), { 'data-credentials': 'give' }),
+      ),
+    ),
+    cardOf('credentials', 'Keep credentials', 'Keep them'),
+  );
 }

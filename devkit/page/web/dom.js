@@ -63,7 +63,8 @@ export const field = (text, input, attributes = {}) => el('label', attributes, t
 
 export function choice(values, attributes = {}) {
   const options = values.map((value) =>
-    Array.isArray(value) ? el('option', { value: value[0] }, value[1]) : el('option', { value }, value));
+    Array.isArray(value) ? el('option', { value: value[0] }, value[1]) : el('option', { value }, value),
+  );
   return el('select', attributes, options);
 }
 

@@ -66,8 +66,9 @@ class Ear {
   // An ear that is gripped beside its middle stays that much beside the pointer.
   #follow(event, first = false) {
     if (!first && this.held === null) return;
-    const point = new DOMPoint(event.clientX, event.clientY)
-      .matrixTransform(this.element.ownerSVGElement.getScreenCTM().inverse());
+    const point = new DOMPoint(event.clientX, event.clientY).matrixTransform(
+      this.element.ownerSVGElement.getScreenCTM().inverse(),
+    );
     const away = (this.left ? -1 : 1) * (point.x - this.x);
     let angle = (Math.atan2(away, kPivot.y - point.y) * 180) / Math.PI;
     if (angle < -90) angle += 360;
@@ -87,8 +88,14 @@ class Ear {
   #key(event) {
     const now = this.wanted ?? this.target;
     const steps = {
-      ArrowUp: now + 1, ArrowRight: now + 1, ArrowDown: now - 1, ArrowLeft: now - 1,
-      PageUp: now + kBigStep, PageDown: now - kBigStep, Home: 0, End: kLastStep,
+      ArrowUp: now + 1,
+      ArrowRight: now + 1,
+      ArrowDown: now - 1,
+      ArrowLeft: now - 1,
+      PageUp: now + kBigStep,
+      PageDown: now - kBigStep,
+      Home: 0,
+      End: kLastStep,
     };
     if (event.key.toLowerCase() === 'b' && !event.ctrlKey && !event.metaKey) this.block();
     if (!(event.key in steps)) return;
@@ -126,7 +133,11 @@ class Ear {
     const arrived = this.#approach(ear, now, passed);
     const value = Math.round(this.held ?? stepAt(ear, now));
     setFlag(this.element, 'aria-valuenow', value);
-    setFlag(this.element, 'aria-valuetext', value === ear.to ? `step ${value} of 16` : `turning to step ${ear.to}`);
+    setFlag(
+      this.element,
+      'aria-valuetext',
+      value === ear.to ? `step ${value} of 16` : `turning to step ${ear.to}`,
+    );
     this.dots.forEach((dot, step) => setFlag(dot, 'data-on', step === value));
     return !arrived;
   }

@@ -9,7 +9,10 @@ const kNearTheEnd = 24; // pixels from the bottom that still count as being ther
 const kShare = 4; // a list that took a while to draw waits this many times as long
 
 function save(name, text) {
-  const link = el('a', { download: name, href: URL.createObjectURL(new Blob([text], { type: 'text/plain' })) });
+  const link = el('a', {
+    download: name,
+    href: URL.createObjectURL(new Blob([text], { type: 'text/plain' })),
+  });
   link.click();
   setTimeout(() => URL.revokeObjectURL(link.href), 1000);
 }
@@ -28,18 +31,37 @@ export class List {
 
   constructor(options) {
     this.#options = options;
-    this.search = el('input', { type: 'search', placeholder: 'Search', 'aria-label': `Search ${options.label}` });
+    this.search = el('input', {
+      type: 'search',
+      placeholder: 'Search',
+      'aria-label': `Search ${options.label}`,
+    });
     this.search.addEventListener('input', () => this.rebuild());
     this.pause = button('Pause', () => this.#togglePause(), { 'aria-pressed': 'false', class: 'small' });
     this.rows = el('div', {
-      class: 'list', id: options.name, role: 'log', 'aria-live': 'off', 'aria-label': options.label, tabindex: 0,
+      class: 'list',
+      id: options.name,
+      role: 'log',
+      'aria-live': 'off',
+      'aria-label': options.label,
+      tabindex: 0,
     });
     this.leftOut = el('p', { class: 'left-out', hidden: true });
-    this.panel = el('div', { class: 'list-panel' },
-      el('div', { class: 'tools' }, this.search, options.tools ?? [], this.pause,
+    this.panel = el(
+      'div',
+      { class: 'list-panel' },
+      el(
+        'div',
+        { class: 'tools' },
+        this.search,
+        options.tools ?? [],
+        this.pause,
         button('Clear', () => this.#clear(), { class: 'small' }),
-        button('Download', () => this.#download(), { class: 'small' })),
-      this.leftOut, this.rows);
+        button('Download', () => this.#download(), { class: 'small' }),
+      ),
+      this.leftOut,
+      this.rows,
+    );
     this.draw = () => this.#draw();
   }
 
@@ -105,10 +127,12 @@ export class List {
   #tellLeftOut() {
     const { kept } = this.#options;
     const parts = [];
-    if (this.rows.childElementCount === kMostDrawn) parts.push(`the last ${kMostDrawn} are shown, a search finds older ones`);
+    if (this.rows.childElementCount === kMostDrawn)
+      parts.push(`the last ${kMostDrawn} are shown, a search finds older ones`);
     if (kept.gone > 0) parts.push(`${kept.gone} older ones are no longer kept`);
     if (kept.missed > 0) parts.push(`${kept.missed} were left out, for this page did not keep up`);
-    if (this.#paused && kept.total > this.#frozen) parts.push(`${kept.total - this.#frozen} came during the pause`);
+    if (this.#paused && kept.total > this.#frozen)
+      parts.push(`${kept.total - this.#frozen} came during the pause`);
     setText(this.leftOut, parts.join('; '));
     this.leftOut.hidden = parts.length === 0;
   }

@@ -29,7 +29,13 @@ function miss({ log, events }) {
 function hello(frame) {
   setConnection('open', 'Connected');
   const title = frame.title || 'Virtual device';
-  Object.assign(state, { mode: frame.mode ?? 'device', title, view: frame.view, stimuli: stimuliOf(frame), tags: frame.tags ?? [] });
+  Object.assign(state, {
+    mode: frame.mode ?? 'device',
+    title,
+    view: frame.view,
+    stimuli: stimuliOf(frame),
+    tags: frame.tags ?? [],
+  });
   takeApplications(frame.applications, frame.now);
   setText(byId('title'), title);
   document.title = title;
@@ -44,23 +50,37 @@ function hello(frame) {
 }
 
 // The table comes with its version around it, or alone.
-const stimuliOf = ({ stimuli }) => (Array.isArray(stimuli) ? stimuli : stimuli?.stimuli ?? []);
+const stimuliOf = ({ stimuli }) => (Array.isArray(stimuli) ? stimuli : (stimuli?.stimuli ?? []));
 
 const hearers = {
   hello,
-  view: ({ view }) => { state.view = view; changed('view'); },
+  view: ({ view }) => {
+    state.view = view;
+    changed('view');
+  },
   event: ({ event }) => hearEvent(event, false),
-  applications: ({ applications, now }) => { takeApplications(applications, now); changed('applications'); },
+  applications: ({ applications, now }) => {
+    takeApplications(applications, now);
+    changed('applications');
+  },
   log: ({ lines }) => addLines(lines ?? []),
   missed: miss,
-  tags: ({ tags }) => { state.tags = tags ?? []; changed('tags'); },
+  tags: ({ tags }) => {
+    state.tags = tags ?? [];
+    changed('tags');
+  },
 };
 
 const kMany = 4; // attempts; then the tool has probably been started anew
 
 function lost(reason, failures) {
-  setConnection('lost', reason || (failures < kMany ? 'Connection lost, trying again'
-    : 'Connection lost, trying again. If the tool was started anew, open the address that it printed'));
+  setConnection(
+    'lost',
+    reason ||
+      (failures < kMany
+        ? 'Connection lost, trying again'
+        : 'Connection lost, trying again. If the tool was started anew, open the address that it printed'),
+  );
 }
 
 startTheme();

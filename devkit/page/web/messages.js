@@ -56,7 +56,12 @@ const tookInWords = (row) => took(row).join('');
 
 function tookOf(row) {
   const [words, length, more] = took(row);
-  return el('span', { class: 'took', title: tookInWords(row) }, el('span', { class: 'hidden' }, words), length + more);
+  return el(
+    'span',
+    { class: 'took', title: tookInWords(row) },
+    el('span', { class: 'hidden' }, words),
+    length + more,
+  );
 }
 
 function goTo(row) {
@@ -76,8 +81,12 @@ function inside(row) {
     row.request ? link(`Answers, ${lengthOf(row.took)} later, the request`, row.request) : null,
     ...row.answers.map((answer) => link(`Answered after ${lengthOf(answer.took)}`, answer)),
   ].filter(Boolean);
-  return el('div', { class: 'inside' }, el('div', { class: 'row joined' }, joined),
-    el('pre', {}, JSON.stringify(row.message, null, 2)));
+  return el(
+    'div',
+    { class: 'inside' },
+    el('div', { class: 'row joined' }, joined),
+    el('pre', {}, JSON.stringify(row.message, null, 2)),
+  );
 }
 
 // The whole message stands below its line while it is open.
@@ -92,14 +101,29 @@ const isOpen = (row) => row.element.children.length > 1;
 
 function make(row) {
   const name = nameOf(row.app);
-  row.element = el('div', {
-    class: 'message', 'data-way': row.way, 'data-id': row.message.id, 'data-correlation': row.message.correlationId,
-    'data-code': isBad(row.message) ? 'bad' : null,
-  }, el('button', { type: 'button', tabindex: -1, 'aria-expanded': 'false', onclick: () => open(row, !isOpen(row)) },
-    el('span', { class: 'time' }, timeOfDay(row.time)),
-    el('span', { class: 'way', title: kWays[row.way], role: 'img', 'aria-label': kWays[row.way] }, kSigns[row.way]),
-    el('span', { class: 'who', 'data-hue': hueOf(name) }, name),
-    el('span', { class: 'what' }, row.words), tookOf(row)));
+  row.element = el(
+    'div',
+    {
+      class: 'message',
+      'data-way': row.way,
+      'data-id': row.message.id,
+      'data-correlation': row.message.correlationId,
+      'data-code': isBad(row.message) ? 'bad' : null,
+    },
+    el(
+      'button',
+      { type: 'button', tabindex: -1, 'aria-expanded': 'false', onclick: () => open(row, !isOpen(row)) },
+      el('span', { class: 'time' }, timeOfDay(row.time)),
+      el(
+        'span',
+        { class: 'way', title: kWays[row.way], role: 'img', 'aria-label': kWays[row.way] },
+        kSigns[row.way],
+      ),
+      el('span', { class: 'who', 'data-hue': hueOf(name) }, name),
+      el('span', { class: 'what' }, row.words),
+      tookOf(row),
+    ),
+  );
   return row.element;
 }
 
@@ -117,7 +141,9 @@ function walk(event) {
   const steps = { ArrowDown: 'nextElementSibling', ArrowUp: 'previousElementSibling' };
   if (!(event.key in steps)) return;
   const at = event.target.closest('.message');
-  const next = at ? at[steps[event.key]] : list.rows[event.key === 'ArrowDown' ? 'firstElementChild' : 'lastElementChild'];
+  const next = at
+    ? at[steps[event.key]]
+    : list.rows[event.key === 'ArrowDown' ? 'firstElementChild' : 'lastElementChild'];
   if (!next) return;
   event.preventDefault();
   next.firstElementChild.focus();
@@ -136,12 +162,23 @@ export function missMessages(number) {
 }
 
 export function messagesTab() {
-  const ways = choice([['', 'Both ways'], ['received', 'From applications'], ['sent', 'To applications']],
-    { 'aria-label': 'Which way' });
+  const ways = choice(
+    [
+      ['', 'Both ways'],
+      ['received', 'From applications'],
+      ['sent', 'To applications'],
+    ],
+    { 'aria-label': 'Which way' },
+  );
   list = new List({
-    name: 'messages', label: 'messages', kept, make, tools: [ways],
+    name: 'messages',
+    label: 'messages',
+    kept,
+    make,
+    tools: [ways],
     fits: (row) => only === '' || row.way === only,
-    text: (row) => `${timeOfDay(row.time)} ${kSigns[row.way]} ${nameOf(row.app)} ${row.words} ${tookInWords(row)} ${JSON.stringify(row.message)}`,
+    text: (row) =>
+      `${timeOfDay(row.time)} ${kSigns[row.way]} ${nameOf(row.app)} ${row.words} ${tookInWords(row)} ${JSON.stringify(row.message)}`,
     cleared: () => requests.clear(),
   });
   ways.addEventListener('change', () => {

@@ -31,7 +31,11 @@ function showMarks() {
   setFlag(byId('led'), 'data-effect', device.led.asked);
   setFlag(byId('dock-led'), 'data-color', device.dockLed.color);
   setFlag(byId('dock'), 'data-moving', device.dock.active ? device.dock.moving : 'STOP');
-  setFlag(byId('cable'), 'data-open', device.ports.some((port) => port.open));
+  setFlag(
+    byId('cable'),
+    'data-open',
+    device.ports.some((port) => port.open),
+  );
   setFlag(byId('photo'), 'data-on', device.photo.name !== '');
   setText(byId('photo-text'), device.photo.name.slice(0, kCaption));
   setFlag(byId('mail'), 'data-on', device.unread > 0);
@@ -42,8 +46,13 @@ function showMarks() {
 function step() {
   if (device === null) return false;
   const now = deviceNow();
-  const moving = [leds(device, now), ears.show(device, now), showDock(device, now),
-    runBubbles(device, now), runPlayer(device, now)];
+  const moving = [
+    leds(device, now),
+    ears.show(device, now),
+    showDock(device, now),
+    runBubbles(device, now),
+    runPlayer(device, now),
+  ];
   return moving.includes(true);
 }
 

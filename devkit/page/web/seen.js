@@ -7,7 +7,10 @@ const kLonger = 60; // characters of a text that takes a whole row
 
 function light(led) {
   if (led.color === '') return 'not lit yet';
-  const words = { fade: `fading to ${led.color} in ${led.period} ms`, pulse: `${led.count} pulses of ${led.period} ms, ${led.color}` };
+  const words = {
+    fade: `fading to ${led.color} in ${led.period} ms`,
+    pulse: `${led.count} pulses of ${led.period} ms, ${led.color}`,
+  };
   return (led.active && words[led.asked]) || led.color;
 }
 
@@ -31,7 +34,9 @@ function mailbox({ messages, unread }) {
 
 function serial(ports) {
   const open = ports.filter((port) => port.open);
-  return open.map(({ name, baud, lines }) => `${name}, ${baud} baud${lines?.length ? `: ${lines.at(-1).text}` : ''}`).join('; ');
+  return open
+    .map(({ name, baud, lines }) => `${name}, ${baud} baud${lines?.length ? `: ${lines.at(-1).text}` : ''}`)
+    .join('; ');
 }
 
 function things(device) {
@@ -52,8 +57,12 @@ function place(name, label) {
   const list = byId('seen');
   let row = list.querySelector(`[data-show="${name}"]`);
   if (!row) {
-    row = el('div', { 'data-show': name }, el('dt', {}, label),
-      el('dd', {}, el('span', { class: 'swatch', hidden: true, 'aria-hidden': 'true' }), el('span')));
+    row = el(
+      'div',
+      { 'data-show': name },
+      el('dt', {}, label),
+      el('dd', {}, el('span', { class: 'swatch', hidden: true, 'aria-hidden': 'true' }), el('span')),
+    );
     list.append(row);
   }
   return row;
