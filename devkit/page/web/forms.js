@@ -19,6 +19,15 @@ function textInput(argument, attributes = {}) {
   });
 }
 
+// Some numbers have words in their place, such as ALWAYS.
+function numberOrWord(argument) {
+  const { choices, default: usual } = argument;
+  return textInput(argument, {
+    pattern: ['-?[0-9]+', ...choices].join('|'),
+    placeholder: [usual, ...choices].filter(Boolean).join(' or '),
+  });
+}
+
 function inputFor(argument) {
   const { name, kind, needed, many, choices = [] } = argument;
   if (kind === 'choice' || kind === 'name') {
@@ -33,6 +42,7 @@ function inputFor(argument) {
       { name, required: needed },
     );
   }
+  if (kind === 'number' && choices.length > 0) return numberOrWord(argument);
   if (many) return el('textarea', { name, rows: 2, required: needed, placeholder: 'one on each line' });
   return textInput(argument, kind === 'number' ? { type: 'number', step: 1, ...limits(argument) } : {});
 }
@@ -66,7 +76,8 @@ function valuesOf(stimulus, data) {
         .map((line) => line.trim())
         .filter((line) => line !== '');
     } else {
-      values[name] = argument.kind === 'number' ? Number(value) : value;
+      values[name] =
+        argument.kind === 'number' && value !== '' && !Number.isNaN(Number(value)) ? Number(value) : value;
     }
   }
   return values;

@@ -5,6 +5,7 @@ import { card, cardOf, panelOf } from './forms.js';
 import { perform } from './perform.js';
 import { state, watch } from './store.js';
 
+const kMostShown = 200;
 const kTypes = ['TEXT', 'SOUND', 'XML', 'MIXED'];
 
 const whole = ({ firstname, lastname }) => [firstname, lastname].filter(Boolean).join(' ');
@@ -63,6 +64,12 @@ function write() {
   );
 }
 
+function messagesIn(shown, older) {
+  if (shown.length === 0) return [el('li', { class: 'empty' }, 'The box is empty.')];
+  const more = older > 0 ? [el('li', { class: 'empty' }, `and ${older} older ones`)] : [];
+  return [...shown.map(message), ...more];
+}
+
 export function mailboxPanel() {
   const box = el('ul', { class: 'kept', id: 'messages-kept', tabindex: 0, 'aria-label': 'Messages' });
   const people = el('ul', { class: 'kept', id: 'contacts-kept', tabindex: 0, 'aria-label': 'Contacts' });
@@ -72,11 +79,8 @@ export function mailboxPanel() {
     const unread = messages.filter((one) => one.status === 'UNREAD').length;
     setText(byId('count-mailbox'), unread > 0 ? unread : '');
     setText(trouble, state.view?.trouble ?? '');
-    replaceWhenNew(box, messages, () =>
-      messages.length > 0
-        ? messages.toReversed().map(message)
-        : [el('li', { class: 'empty' }, 'The box is empty.')],
-    );
+    const shown = messages.slice(-kMostShown).toReversed();
+    replaceWhenNew(box, [messages.length, shown], () => messagesIn(shown, messages.length - shown.length));
     replaceWhenNew(people, contacts, () =>
       contacts.length > 0 ? contacts.map(contact) : [el('li', { class: 'empty' }, 'There are no contacts.')],
     );

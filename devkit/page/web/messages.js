@@ -17,10 +17,14 @@ const touched = new Set(); // rows that are drawn already and have changed
 let list = null;
 let only = '';
 
+const kMostAnswers = 10; // that are shown at a request; more are counted
+
 const keyOf = (app, id) => `${app} ${id}`;
 
 function forget(row) {
-  if (row) requests.delete(keyOf(row.app, row.message.id));
+  if (row === null) return;
+  const key = keyOf(row.app, row.message.id);
+  if (requests.get(key) === row) requests.delete(key);
 }
 
 // An answer is shown at its request as well.
@@ -29,14 +33,24 @@ function join(row) {
   if (!request || request === row) return;
   row.request = request;
   row.took = row.time - request.time;
-  request.answers.push(row);
+  request.count += 1;
+  if (request.count <= kMostAnswers) request.answers.push(row);
+  if (!request.element) return;
   touched.add(request);
   redraw(refresh);
 }
 
 /** A message that passed: an event "received" or "sent". */
 export function addMessage({ time, event, application, message = {} }) {
-  const row = { time, way: event, app: application, message, words: inFewWords(message), answers: [] };
+  const row = {
+    time,
+    way: event,
+    app: application,
+    message,
+    words: inFewWords(message),
+    answers: [],
+    count: 0,
+  };
   if (event === 'received' && message.id) requests.set(keyOf(application, message.id), row);
   if (message.correlationId) join(row);
   forget(kept.add(row));
@@ -48,7 +62,7 @@ function took(row) {
   if (row.took !== undefined) return ['came after ', lengthOf(row.took), ''];
   const first = row.answers[0];
   if (!first) return ['', '', ''];
-  const more = row.answers.length - 1;
+  const more = row.count - 1;
   return ['answered in ', lengthOf(first.took), more > 0 ? ` +${more}` : ''];
 }
 

@@ -5,13 +5,12 @@ import { byId, el, setFlag, setText } from './dom.js';
 
 const kLonger = 60; // characters of a text that takes a whole row
 
-function light(led) {
-  if (led.color === '') return 'not lit yet';
-  const words = {
-    fade: `fading to ${led.color} in ${led.period} ms`,
-    pulse: `${led.count} pulses of ${led.period} ms, ${led.color}`,
-  };
-  return (led.active && words[led.asked]) || led.color;
+function light({ color, asked, active, period, count }) {
+  if (color === '') return 'not lit yet';
+  const name = colorOf(color) ? color : `${color}, which is no known colour`;
+  if (active && asked === 'fade') return `fading to ${name} in ${period} ms`;
+  if (active && asked === 'pulse') return `${count} pulses of ${period} ms, ${name}`;
+  return name;
 }
 
 function ear({ from, to }) {

@@ -197,12 +197,27 @@ function throwing() {
   return { element, draw };
 }
 
+// How an application is launched by one of the tags, to choose from.
+function launches() {
+  const list = el('datalist', { id: 'launches' }, el('option', { value: 'plain' }));
+  for (const { id, app, type, pict, color, content } of tagsNow()) {
+    list.append(
+      el('option', {
+        value: ['RFID', id, app, type, pict, color, content].map((part) => part ?? '').join(';'),
+      }),
+    );
+  }
+  return list;
+}
+
 export function tagsPanel() {
   const drawer = el('div', { class: 'drawer', id: 'drawer', role: 'group', 'aria-label': 'Saved tags' });
   const away = throwing();
   const draw = () => {
     replaceWhenNew(drawer, tagsNow(), () => tagsNow().map(pillFor));
     away.draw();
+    byId('launches')?.remove();
+    drawer.after(launches());
     showHeld();
   };
   watch(['hello', 'tags'], draw);
