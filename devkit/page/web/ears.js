@@ -12,6 +12,7 @@ const kPivot = { x: 148, y: 204 };
 const kScale = 146; // how far the dots are from the joint
 const kFastest = 0.04; // steps in a millisecond, where the device jumps
 const kBigStep = 4;
+const kGrace = 400; // milliseconds
 
 const within = (step) => Math.min(kLastStep, Math.max(0, step));
 const degrees = (step) => kDegreesAtFirst + step * kDegreesOfAStep;
@@ -23,7 +24,8 @@ export function stepAt(ear, now) {
 }
 
 class Ear {
-  constructor(side) {
+  constructor(side, redraw) {
+    this.redraw = redraw;
     this.side = side;
     this.left = side === 'left';
     this.x = this.left ? kPivot.x : 480 - kPivot.x;
@@ -82,7 +84,7 @@ class Ear {
   #letGo() {
     this.held = null;
     setFlag(this.element, 'data-held', false);
-    this.redraw?.();
+    this.redraw();
   }
 
   #key(event) {
@@ -111,15 +113,30 @@ class Ear {
   async turn(step) {
     if (step === (this.wanted ?? this.target)) return;
     this.wanted = step;
+    this.redraw();
     if (this.sending) return;
     this.sending = true;
+    const done = await this.#send();
+    this.sending = false;
+    if (!done) this.wanted = null;
+    // The view that shows it comes a moment later.
+    setTimeout(() => this.#settle(), kGrace);
+    this.redraw();
+  }
+
+  async #send() {
     let last = null;
+    let outcome = null;
     while (this.wanted !== last) {
       last = this.wanted;
-      await perform('ear', [this.side.toUpperCase(), last]);
+      outcome = await perform('ear', [this.side.toUpperCase(), last]);
     }
-    this.sending = false;
-    this.wanted = null;
+    return outcome.done;
+  }
+
+  #settle() {
+    if (!this.sending) this.wanted = null;
+    this.redraw();
   }
 
   draw(step) {
@@ -130,13 +147,14 @@ class Ear {
 
   show(ear, now, passed) {
     this.target = ear.to;
+    if (!this.sending && this.wanted === ear.to) this.wanted = null;
     const arrived = this.#approach(ear, now, passed);
-    const value = Math.round(this.held ?? stepAt(ear, now));
+    const value = Math.round(this.held ?? this.wanted ?? stepAt(ear, now));
     setFlag(this.element, 'aria-valuenow', value);
     setFlag(
       this.element,
       'aria-valuetext',
-      value === ear.to ? `step ${value} of 16` : `turning to step ${ear.to}`,
+      value === (this.wanted ?? ear.to) ? `step ${value} of 16` : `turning to step ${ear.to}`,
     );
     this.dots.forEach((dot, step) => setFlag(dot, 'data-on', step === value));
     return !arrived;
@@ -153,8 +171,7 @@ class Ear {
 }
 
 export function makeEars(redraw) {
-  const ears = { left: new Ear('left'), right: new Ear('right') };
-  ears.left.redraw = ears.right.redraw = redraw;
+  const ears = { left: new Ear('left', redraw), right: new Ear('right', redraw) };
   let before = deviceNow();
   const show = (device, now) => {
     const passed = Math.min(100, Math.max(0, now - before));
