@@ -13,11 +13,19 @@ import { showSeen } from './seen.js';
 import { state, watch } from './store.js';
 import { deviceOf } from './view.js';
 
-const kCaption = 11; // letters below a photo
+const kCaption = 10; // letters below a photo, and the units that they take at most
+const kCaptionWidth = 68;
 
 let device = null;
 let ears = null;
 let leds = null;
+
+function showCaption(name) {
+  const caption = byId('photo-text');
+  setText(caption, name.slice(0, kCaption));
+  setFlag(caption, 'textLength', name.length >= kCaption ? kCaptionWidth : null);
+  setFlag(caption, 'lengthAdjust', name.length >= kCaption ? 'spacingAndGlyphs' : null);
+}
 
 function showMarks() {
   const drawing = byId('device');
@@ -37,7 +45,7 @@ function showMarks() {
     device.ports.some((port) => port.open),
   );
   setFlag(byId('photo'), 'data-on', device.photo.name !== '');
-  setText(byId('photo-text'), device.photo.name.slice(0, kCaption));
+  showCaption(device.photo.name);
   setFlag(byId('mail'), 'data-on', device.unread > 0);
   setText(byId('mail-text'), Math.min(99, device.unread));
 }
