@@ -53,8 +53,14 @@ export function clearLog() {
   list.rebuild();
 }
 
-export function missLines(number) {
-  kept.missed = number;
+export function missLines(number, time) {
+  kept.missed += number;
+  addLines([{ time, level: 'WARNING', kind: 'gap', text: `${number} lines were left out here` }]);
+}
+
+/** So many were there before the first. */
+export function forgetLines(number) {
+  kept.gone += number;
   list.grown();
 }
 

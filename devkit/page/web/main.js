@@ -3,8 +3,8 @@
 import { startApplications, takeApplications } from './applications.js';
 import { byId, setText } from './dom.js';
 import { hearEvent } from './events.js';
-import { addLines, clearLog, logTab, missLines } from './log.js';
-import { clearMessages, messagesTab, missMessages } from './messages.js';
+import { addLines, clearLog, forgetLines, logTab, missLines } from './log.js';
+import { clearMessages, forgetMessages, messagesTab, missMessages } from './messages.js';
 import { addNote, clearNotes, notesTab } from './notes.js';
 import { startScene } from './scene.js';
 import { startSocket } from './socket.js';
@@ -21,9 +21,18 @@ function setConnection(name, text) {
   setText(byId('connection-text'), text);
 }
 
-function miss({ log, events }) {
-  if (Number.isFinite(log)) missLines(log);
-  if (Number.isFinite(events)) missMessages(events);
+// A page that did not keep up is told so, and tells where the gap is.
+function miss({ log = 0, events = 0, now }) {
+  if (log > 0) missLines(log, now);
+  if (events === 0) return;
+  missMessages(events);
+  addNote({ event: 'gap', time: now, text: `${events} messages and notes were left out here` });
+}
+
+// What was before the history begins.
+function begin({ log = 0, events = 0 }) {
+  forgetLines(log);
+  forgetMessages(events);
 }
 
 function hello(frame) {
@@ -44,7 +53,7 @@ function hello(frame) {
   for (const clear of [clearLog, clearMessages, clearNotes]) clear();
   addLines(frame.log ?? []);
   for (const event of frame.messages ?? []) hearEvent(event, true);
-  miss(frame.missed ?? {});
+  begin(frame.missed ?? {});
   if (frame.trouble) addNote({ event: 'trouble', time: frame.now, text: frame.trouble });
   for (const part of ['view', 'applications', 'hello']) changed(part);
 }

@@ -171,7 +171,13 @@ export function clearMessages() {
 }
 
 export function missMessages(number) {
-  kept.missed = number;
+  kept.missed += number;
+  list.grown();
+}
+
+/** So many were there before the first. */
+export function forgetMessages(number) {
+  kept.gone += number;
   list.grown();
 }
 
