@@ -1,6 +1,7 @@
 // What is said, what is listened for, and who is on the telephone, above the device.
 
 import { announce } from './announce.js';
+import { callActions } from './calls.js';
 import { button, byId, el, replaceWhenNew, setFlag, setText } from './dom.js';
 import { choicesOf } from './grammar.js';
 import { perform } from './perform.js';
@@ -51,14 +52,6 @@ function showListening(listening) {
 
 const kCallWords = { ringing: 'calls', calling: 'is being called', talking: 'is on the telephone' };
 
-function callActions(call) {
-  const say = (what) => perform('call', call.who ? [what, call.who] : [what], {}, call.app);
-  return [
-    call.state === 'calling' ? button('Take it up', () => say('BEGINNING'), { class: 'small main' }) : null,
-    button('Hang up', () => say('TERMINATED'), { class: 'small' }),
-  ];
-}
-
 function callBubble(call) {
   return el(
     'li',
@@ -66,7 +59,7 @@ function callBubble(call) {
     el('span', { class: 'call-sign', 'aria-hidden': 'true' }, '☎'),
     el('span', {}, el('b', {}, call.who || 'somebody'), ` ${kCallWords[call.state] ?? call.state}`),
     el('span', { class: 'chip' }, call.name),
-    ...callActions(call).filter(Boolean),
+    ...callActions(call),
   );
 }
 

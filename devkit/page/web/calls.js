@@ -8,14 +8,11 @@ import { state, watch } from './store.js';
 
 const kWords = { ringing: 'is rung by', calling: 'calls', talking: 'talks with' };
 
-function actions({ number, call }) {
-  const say = (what) => () => perform('call', call.with ? [what, call.with] : [what], {}, number);
-  return el(
-    'div',
-    { class: 'row' },
-    call.state === 'talking' ? null : button('Take it up', say('BEGINNING'), { class: 'small' }),
-    button('Hang up', say('TERMINATED'), { class: 'small' }),
-  );
+/** Buttons for what somebody outside can do to a call: {app, who, state}. */
+export function callActions({ app, who, state: now }) {
+  const say = (what) => () => perform('call', who ? [what, who] : [what], {}, app);
+  const up = now === 'talking' ? [] : [button('Take it up', say('BEGINNING'), { class: 'small' })];
+  return [...up, button('Hang up', say('TERMINATED'), { class: 'small' })];
 }
 
 function telephone(app) {
@@ -28,7 +25,13 @@ function telephone(app) {
     el('strong', {}, nameOf(app.number)),
     ` ${words}`,
     el('div', { class: 'meta' }, app.address ? `can be called at ${app.address}` : ''),
-    app.call?.state ? actions(app) : null,
+    app.call?.state
+      ? el(
+          'div',
+          { class: 'row' },
+          callActions({ app: app.number, who: app.call.with, state: app.call.state }),
+        )
+      : null,
   );
 }
 

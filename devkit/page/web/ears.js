@@ -5,7 +5,7 @@ import { calm } from './frame.js';
 import { perform } from './perform.js';
 import { deviceNow } from './clock.js';
 
-export const kLastStep = 16;
+const kLastStep = 16;
 const kDegreesOfAStep = 10;
 const kDegreesAtFirst = 8;
 const kPivot = { x: 148, y: 204 };
@@ -18,7 +18,7 @@ const within = (step) => Math.min(kLastStep, Math.max(0, step));
 const degrees = (step) => kDegreesAtFirst + step * kDegreesOfAStep;
 
 /** Where an ear is at a time: {from, to, begin, stepTime}, or from = to when it rests. */
-export function stepAt(ear, now) {
+function stepAt(ear, now) {
   const way = Math.max(0, (now - ear.begin) / ear.stepTime);
   return way >= Math.abs(ear.to - ear.from) ? ear.to : ear.from + Math.sign(ear.to - ear.from) * way;
 }

@@ -13,7 +13,7 @@ const swell = (part) => Math.sin(Math.PI * (part % 1)) ** 2;
  * What an LED shows at a time: `led` has color, effect and, while it changes, from, begin, length,
  * period. Gives {rgb, moves}.
  */
-export function ledAt(led, now) {
+function ledAt(led, now) {
   const to = colorOf(led.color) ?? kDark;
   const part = led.length > 0 ? (now - led.begin) / led.length : 1;
   if (part >= 1 || led.effect === 'light') return { rgb: to, moves: false };

@@ -15,7 +15,7 @@ function show(outcome, name) {
 }
 
 /** The application that stimuli are for: its number, or null for every one. */
-export function forWhom() {
+function forWhom() {
   const chosen = byId('for-app').value;
   return chosen === '' ? null : Number(chosen);
 }
