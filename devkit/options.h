@@ -15,13 +15,13 @@ struct VerbHelp {
   const char* arguments = nullptr;  // what it takes besides options; null for a verb that takes none
 };
 
-// Reads the options of a verb, and answers --help. The entries of one that takes arguments end with
-// G_OPTION_REMAINING.
-// Gives the exit status when the verb is to end at once, and nothing when it is to run.
+/// Reads the options of a verb, and answers --help. The entries of one that takes arguments end with
+/// G_OPTION_REMAINING.
+/// Gives the exit status when the verb is to end at once, and nothing when it is to run.
 [[nodiscard]] std::optional<int> readOptions(const VerbHelp& help, const GOptionEntry* entries,
                                              int argc, char** argv);
 
-// Says on standard error what is wrong with the command line; the exit status for it.
+/// Says on standard error what is wrong with the command line; the exit status for it.
 int refuseUsage(const std::string& verb, const std::string& text);
 
 }  // namespace morvik::devkit

@@ -12,7 +12,7 @@
 
 namespace morvik::devkit {
 
-// Receives on the default main loop. Removes its socket at the end.
+/// Receives on the default main loop. Removes its socket at the end.
 class SystemLog {
  public:
   using Sink = std::function<void(std::string_view record)>;
@@ -22,8 +22,8 @@ class SystemLog {
   SystemLog(const SystemLog&) = delete;
   SystemLog& operator=(const SystemLog&) = delete;
 
-  // Makes the socket, in the place of one that nobody listens on. Called once.
-  // Gives the reason when it cannot.
+  /// Makes the socket, in the place of one that nobody listens on. Called once.
+  /// Gives the reason when it cannot.
   [[nodiscard]] std::optional<std::string> listen(const std::string& path);
 
  private:
@@ -36,8 +36,8 @@ class SystemLog {
   GSourceOwned source_;
 };
 
-// A record as a program sends it, "<135>Jan  1 12:00:00 name[12]: text", in the form of our own log
-// lines: "DEBUG: name[12]: text". Anything else is given as it is.
+/// A record as a program sends it, "<135>Jan  1 12:00:00 name[12]: text", in the form of our own log
+/// lines: "DEBUG: name[12]: text". Anything else is given as it is.
 std::string readableRecord(std::string_view record);
 
 }  // namespace morvik::devkit

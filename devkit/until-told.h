@@ -7,7 +7,7 @@ namespace morvik::devkit {
 
 class UntilTold {
  public:
-  // From now on the signals end the loop, and no longer the process.
+  /// From now on the signals end the loop, and no longer the process.
   UntilTold();
   ~UntilTold();
   UntilTold(const UntilTold&) = delete;

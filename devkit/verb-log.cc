@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "device/describe.h"
+#include "device/text.h"
 #include "options.h"
 #include "system-log.h"
 #include "until-told.h"

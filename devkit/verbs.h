@@ -4,7 +4,7 @@
 
 namespace morvik::devkit {
 
-// The exit status of every verb for a command line that makes no sense.
+/// The exit status of every verb for a command line that makes no sense.
 inline constexpr int kUsageError = 2;
 
 int runDevice(int argc, char** argv);

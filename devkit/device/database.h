@@ -22,26 +22,26 @@ class Database {
   using Row = std::vector<std::string>;
   using Rows = std::vector<Row>;
 
-  // Does not open anything yet.
+  /// Does not open anything yet.
   Database();
   ~Database();
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
 
-  // The file is made when it is not there, readable for its owner only. Called once.
+  /// The file is made when it is not there, readable for its owner only. Called once.
   [[nodiscard]] bool open(const std::string& file);
   [[nodiscard]] bool openInMemory();
 
-  // Runs one statement. The columns of its rows as bytes; nothing when it fails, `trouble` then
-  // tells why.
+  /// Runs one statement. The columns of its rows as bytes; nothing when it fails, `trouble` then
+  /// tells why.
   [[nodiscard]] std::optional<Rows> run(const char* sql, Values values = {});
-  // The same for a statement without rows.
+  /// The same for a statement without rows.
   [[nodiscard]] bool does(const char* sql, Values values = {});
 
-  // Takes back what an unfinished transaction has done. Leaves `trouble` as it is.
+  /// Takes back what an unfinished transaction has done. Leaves `trouble` as it is.
   void undo();
 
-  // Why the last operation that failed did so.
+  /// Why the last operation that failed did so.
   const std::string& trouble() const { return trouble_; }
 
  private:
@@ -56,7 +56,7 @@ class Database {
   std::string trouble_;
 };
 
-// What is done between its making and its commit happens as a whole or not at all.
+/// What is done between its making and its commit happens as a whole or not at all.
 class Transaction {
  public:
   explicit Transaction(Database& database)

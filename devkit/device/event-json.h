@@ -3,6 +3,8 @@
 
 #include <zeph-message.pb.h>
 
+#include <string>
+
 #include "device/event.h"
 #include "device/json.h"
 
@@ -10,6 +12,8 @@ namespace morvik::devkit {
 
 /// One event. Secrets are in none: see withoutSecrets.
 Json toJson(const Event& event);
+/// The same on a line.
+std::string lineOf(const Event& event);
 
 /// A message, decoded by the names of the schema. Bytes are in base64; secrets are left out as
 /// below.

@@ -14,8 +14,8 @@ class Observer {
  public:
   virtual ~Observer() = default;
   /// May do to the device whatever it likes, and to the list of observers, but must not end the
-  /// device. What happens meanwhile is told when all have heard this event. An observer that throws
-  /// is removed; the others hear of it as Trouble.
+  /// device. What happens by it is told when all have heard this event. An observer that throws is
+  /// removed; the others hear of it as Trouble.
   virtual void happened(const Event& event) = 0;
 };
 
@@ -35,8 +35,24 @@ class Events {
   /// The observer hears nothing more from now on. One that is not there is no mistake.
   void remove(const Observer& observer);
 
-  /// Tells everybody, or, from within an event, sees that everybody is told when that is over.
+  /// Tells everybody, or sees that everybody is told once nothing stands in the way: another event
+  /// that is being told, or a Pause.
   void raise(Event::What what);
+
+  /// While one lives, nothing is told: observers meet the device at rest, and may change it.
+  class Pause {
+   public:
+    explicit Pause(Events& events) : events_(events) { ++events.pauses_; }
+    ~Pause() {
+      --events_.pauses_;
+      events_.tellUntold();
+    }
+    Pause(const Pause&) = delete;
+    Pause& operator=(const Pause&) = delete;
+
+   private:
+    Events& events_;
+  };
 
  private:
   struct Listener {
@@ -44,6 +60,7 @@ class Events {
     std::uint64_t heardUpTo;  // the number of the last event that is not for it
   };
 
+  void tellUntold();
   void tellAll(const Event& event);
   void tell(Observer& observer, const Event& event);
   void forgetRemoved();
@@ -52,6 +69,7 @@ class Events {
   std::vector<Listener> listeners_;
   std::deque<Event> untold_;
   std::uint64_t lastNumber_ = 0;
+  unsigned pauses_ = 0;
   bool telling_ = false;
 };
 

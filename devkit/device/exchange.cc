@@ -1,4 +1,4 @@
-// The answers that handlers give, put into messages.
+// The answers that commands get, put into messages.
 #include "device/exchange.h"
 
 #include <utility>
@@ -19,10 +19,6 @@ void Exchange::respond(zeph::VReturnCode code, const std::string& description) c
 
 void Exchange::reply(zeph::ZephMsg message) const {
   message.set_correlationid(request_.id());
-  notify(std::move(message));
-}
-
-void Exchange::notify(zeph::ZephMsg message) const {
   device_.send(application_.number, std::move(message));
 }
 

@@ -1,4 +1,4 @@
-// One request and every way to answer it: what a handler gets.
+// One request and every way to answer it: what the function of a command gets.
 #pragma once
 
 #include <chrono>
@@ -8,37 +8,34 @@
 
 namespace morvik::devkit {
 
-// Lives for one call of a handler.
+/// Lives for one call of the function.
 class Exchange {
  public:
-  Exchange(Device& device, Application& application, const zeph::ZephMsg& request)
+  Exchange(Device& device, const Application& application, const zeph::ZephMsg& request)
       : device_(device), application_(application), request_(request) {}
 
   const zeph::ZephMsg& request() const { return request_; }
-  Application& application() const { return application_; }
+  const Application& application() const { return application_; }
   Device& device() const { return device_; }
-  DeviceState& state() const { return device_.state(); }
+  const DeviceState& state() const { return device_.state(); }
 
-  // The request shows the interactive id that this application was granted.
+  /// The request shows the interactive id that this application was granted.
   bool carriesGrant() const;
 
-  // The first answer to a command: a code, and a description for whoever reads along.
+  /// The first answer to a command: a code, and a description for whoever reads along.
   void respond(zeph::VReturnCode code, const std::string& description = "") const;
 
-  // Answers with a payload of the caller's own. The message needs no id: it is given one, and the
-  // correlation to the request.
+  /// Answers with a payload of the caller's own. The message needs no id: it is given one, and the
+  /// correlation to the request.
   void reply(zeph::ZephMsg message) const;
 
-  // Sends a message that answers nothing in particular. It is given an id.
-  void notify(zeph::ZephMsg message) const;
-
-  // Takes up a work that ends by itself after the given time, and then tells so by an event. The
-  // request is yet to be answered: it was CANCELLED work of the same kind that ended here.
+  /// Takes up a work that ends by itself after the given time, and then tells so by an event. The
+  /// request is yet to be answered: it was CANCELLED work of the same kind that ended here.
   void undertake(Work work, std::chrono::milliseconds length, Order::AtEnd atEnd = {}) const;
 
  private:
   Device& device_;
-  Application& application_;
+  const Application& application_;
   const zeph::ZephMsg& request_;
 };
 

@@ -39,6 +39,8 @@ struct Feature {
   std::span<const Words> words = {};
   /// Adds the feature's parts to the JSON form of the view.
   void (*show)(const DeviceView& view, JsonObject& whole) = nullptr;
+  /// Adds what the feature knows of an application.
+  void (*showApplication)(const Application& application, JsonObject& shown) = nullptr;
   /// Takes leave of an application, which is on no list any more.
   void (*applicationLeft)(Device& device, const Application& gone) = nullptr;
 };

@@ -10,7 +10,7 @@ namespace morvik::devkit {
 inline constexpr const char* kPicturePath = "/tmp/picture.jpg";
 inline constexpr const char* kRecordingPath = "/tmp/record.flac";
 
-// Puts a small valid JPEG or FLAC in place. Gives the reason when it cannot.
+/// Puts a small valid JPEG or FLAC in place. Gives the reason when it cannot.
 [[nodiscard]] std::optional<std::string> writePicture();
 [[nodiscard]] std::optional<std::string> writeRecording();
 

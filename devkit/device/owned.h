@@ -20,7 +20,7 @@ using GSourceOwned = std::unique_ptr<GSource, Release<g_source_unref>>;
 using GLoop = std::unique_ptr<GMainLoop, Release<g_main_loop_unref>>;
 using GOptions = std::unique_ptr<GOptionContext, Release<g_option_context_free>>;
 
-// Takes the error of a GLib call: `GErrorOwned error; call(..., error.out());`.
+/// Takes the error of a GLib call: `GErrorOwned error; call(..., error.out());`.
 class GErrorOwned {
  public:
   GErrorOwned() = default;
@@ -30,7 +30,7 @@ class GErrorOwned {
 
   GError** out() { return &error_; }
   bool is(GQuark domain, int code) const { return g_error_matches(error_, domain, code) != FALSE; }
-  // The error's text, or the empty text when there is no error.
+  /// The error's text, or the empty text when there is no error.
   const char* text() const { return error_ != nullptr ? error_->message : ""; }
 
  private:

@@ -9,8 +9,10 @@ namespace morvik::devkit {
 class Scheduler {
  public:
   virtual ~Scheduler() = default;
-  // Calls `what` once, `delay` from now, never before this call has returned.
+  /// Calls `what` once, `delay` from now, never before this call has returned.
   virtual void after(std::chrono::milliseconds delay, std::function<void()> what) = 0;
+  /// Milliseconds since 1970, by a clock that never goes back and agrees with `after`.
+  virtual std::chrono::milliseconds now() const = 0;
 };
 
 }  // namespace morvik::devkit

@@ -13,4 +13,7 @@ inline constexpr const char* kSecret = "(secret)";
 net::quelta::zeph::message::ZephMsg withoutSecrets(
     const net::quelta::zeph::message::ZephMsg& message);
 
+/// Whether the texts of this field are secret.
+bool isSecret(const google::protobuf::FieldDescriptor& field);
+
 }  // namespace morvik::devkit

@@ -1,9 +1,10 @@
-// What the virtual device remembers.
+// What the virtual device remembers. Plain records; a feature's own file says what happens to them.
 #pragma once
 
 #include <zeph-message.pb.h>
 
 #include <chrono>
+#include <deque>
 #include <map>
 #include <optional>
 #include <string>
@@ -15,29 +16,35 @@
 namespace morvik::devkit {
 
 struct Led {
-  enum class Effect { kLight, kFade, kPulse };
-  std::string color;  // as the application wrote it; empty until the first command
-  Effect effect = Effect::kLight;
+  std::string color;             ///< as the application wrote it; empty until the first command
+  std::string effect = "light";  ///< how it comes to that colour, in the script's word
+  std::string from;              ///< the colour before
+  std::chrono::milliseconds period{0};
+  int count = 0;  ///< of periods
 };
 
-// Positions in steps, from 0, where an ear points after a reset, to kMostEarSteps.
+/// Positions in steps, from 0, where an ear points after a reset, to kMostEarSteps.
 struct Ears {
   int left = 0;
   int right = 0;
 };
 inline constexpr int kMostEarSteps = 16;
+inline constexpr std::chrono::milliseconds kTimeOfAnEarStep{100};
 
 struct Dock {
   Led led;
   zeph::Dock::Type moving = zeph::Dock::STOP;
+  /// What the world told last of its state.
+  std::optional<int> status;
+  std::optional<int> change;
 };
 
 struct Speech {
-  std::string text;  // what is being spoken, or was last
+  std::string text;  ///< what is being spoken, or was last
   std::string lang;
 };
 
-// What the device listens for.
+/// What the device listens for, or did last.
 struct Listening {
   std::string grammar;
   std::string lang;
@@ -46,7 +53,7 @@ struct Listening {
 struct Player {
   enum class Mode { kStopped, kPlaying, kPaused };
   Mode mode = Mode::kStopped;
-  std::string url;  // what is being played, or was last
+  std::string url;  ///< what is being played, or was last
 };
 
 struct Library {
@@ -58,63 +65,54 @@ struct Library {
 };
 
 struct SerialPort {
+  struct Line {
+    bool written;  ///< by an application; otherwise it came in
+    std::string text;
+  };
+
   bool open = false;
   int baud = 0;
-  std::string base;     // how lines are to be told; empty until somebody asked for one
-  std::string written;  // last
+  std::string base;        ///< how lines are to be told; empty until somebody asked for one
+  std::deque<Line> lines;  ///< the last kKeptLines
 };
-
-// Commands that get an answer of the world's choice in place of the device's own.
-struct Refusal {
-  static constexpr int kAlways = -1;
-  zeph::VReturnCode code = zeph::ERROR;
-  int field = 0;                  // the payload that is refused; 0 for any
-  std::optional<AppNumber> only;  // whose commands; nothing for everybody's
-  int left = 1;                   // how often, or kAlways
-};
+inline constexpr std::size_t kKeptLines = 20;
 
 struct DeviceState {
-  // What `morvik.info` gives, in this order.
+  /// What `morvik.info` gives, in this order.
   std::vector<std::pair<std::string, std::string>> infos = {
       {"name", "Virtual Morvik"}, {"model", "virtual"}, {"serial", "VM-0000-0001"},
       {"firmware", "1.0.0"},      {"lang", "en"},
   };
   Led led;
-  Ears ears;
+  Ears ears;         ///< where they stood when they last stopped
+  Ears earsTowards;  ///< where they turn to
   Dock dock;
   Speech speech;
   Listening listening;
   Player player;
+  std::string recording;  ///< what the last recording was asked for with
   Library library;
-  std::string photo;  // what the last photo was asked for with
+  std::string photo;  ///< what the last photo was asked for with
   std::map<std::string, SerialPort> ports;
   bool credentialsWithheld = false;
-  std::vector<Refusal> refusals;
-  std::map<int, std::chrono::milliseconds> delays;  // by payload; 0 stands for all
 };
 
-// An application's telephone.
+/// An application's telephone.
 struct Call {
   enum class State { kNone, kCalling, kRinging, kTalking };
   State state = State::kNone;
-  std::string correspondant;  // the other end, spelled as on the wire
-  AppNumber peer = 0;         // the application at the other end, or 0 for somebody outside
-  unsigned turn = 0;          // changes with the state: how a late timer knows
-};
-
-// How a message travels: in one piece, or in several with pauses between them.
-struct Delivery {
-  std::size_t pieceSize = 0;  // bytes; 0 for one piece
-  std::chrono::milliseconds pause{0};
+  std::string correspondant;  ///< the other end, spelled as on the wire
+  AppNumber peer = 0;         ///< the application at the other end, or 0 for somebody outside
+  unsigned turn = 0;          ///< changes with the state: how a late timer knows
 };
 
 struct Application {
   AppNumber number = 0;
-  std::string interactiveId;  // what was granted; empty without interactive mode
-  std::string sipId;          // its address for calls, once it told one
+  std::chrono::milliseconds came{0};  ///< by the clock of the device
+  std::string interactiveId;          ///< what was granted; empty without interactive mode
+  std::string sipId;                  ///< its address for calls, once it told one
   std::string sipDomain;
   Call call;
-  Delivery delivery;  // of the next message to it
 };
 
 }  // namespace morvik::devkit

@@ -1,71 +1,59 @@
-// The table of stimuli, and the way from a line to one of them.
+// The list of stimuli, help, and the way from a line to one of them. From JSON: stimuli-json.cc.
 #include "device/stimuli.h"
 
 #include <algorithm>
-#include <iterator>
+#include <memory>
 
-#include "device/describe.h"
-#include "device/handlers.h"
+#include "device/features/features.h"
 #include "device/owned.h"
+#include "device/stimulation.h"
+#include "device/text.h"
 
 namespace morvik::devkit {
 namespace {
 
 void showHelp(Stimulation& stimulation);
 
-constexpr Stimulus kStimuli[] = {
-    {"button", "SIMPLE|DOUBLE|TRIPLE|MULTIPLE|LONG_START|LONG_STOP", "press the button",
-     pressButton},
-    {"rfid", "ID [IN|OUT] [app=N] [type=NAME] [pict=N] [color=NAME] [content=TEXT|hex=BYTES]",
-     "bring a tag to the reader, or take it away", showTag},
-    {"ear", "LEFT|RIGHT STEP", "turn an ear by hand, to a step from 0 to 16", turnEar},
-    {"ears", "START_LEFT|STOP_LEFT|BLOCKED_LEFT|..._RIGHT [STEP [LENGTH]]",
-     "tell one thing of an ear; a blocked ear stops what the ears are doing", tellOfEars},
-    {"message", "UUID TEXT [type=TEXT|SOUND|XML|MIXED] [header=TEXT]",
-     "put a message of this sender into the box", bringMessage},
-    {"contact", "UUID [firstname=TEXT] [lastname=TEXT] [alias=TEXT] [object=ID[:NAME]]...",
-     "keep a contact, in place of the one with this UUID", keepContact},
-    {"credentials", "[NAME=VALUE]...|withhold|give",
-     "keep credentials; a name with no value behind it loses its own; alone, tell the names",
-     setCredentials},
-    {"dock", "STATUS [CHANGE]", "tell the state of the dock, in two numbers", tellOfDock},
-    {"recognition", "TEXT CONFIDENT [SEMANTIC]",
-     "say something to the application that listens; SEMANTIC is XML", hearWords},
-    {"noise", "", "answer the application that listens with a result without a recognition",
-     hearNoise},
-    {"player", "PLAY|STOP|PAUSE|RESUME|MUSIC_UPDATE",
-     "tell one thing of the player; what plays goes on", tellOfPlayer},
-    {"library", "ARTIST|FOLDER|PLAYLIST|GENRE|SONG [NAME...]",
-     "put other names into a list of the music library", changeLibrary},
-    {"call", "INCOMING WHO|BEGINNING [WHO]|TERMINATED [WHO]",
-     "call from outside, take a call up, or end it; WHO may be left out in a call",
-     callFromOutside},
-    {"serial", "PORT TEXT [BASE]", "let a line come in on a serial port", readFromPort},
-    {"stop", "", "stop interactive mode", stopInteractiveMode},
-    {"refuse", "CODE [COMMAND] [COUNT|ALWAYS]",
-     "answer the next command, or COUNT of them, with a code and nothing else; COMMAND is ears, "
-     "multimedia, interactiveMode, ...: a wrong one is answered with all of them",
-     refuseCommands},
-    {"accept", "", "refuse nothing any more", acceptCommands},
-    {"delay", "MS [COMMAND]", "answer commands that much later, 0 for at once", delayAnswers},
-    {"finish", "led|ears|tts|asr|sound|record|photo|dock-led|dock-move [CODE [TEXT]]",
-     "end what goes on, TERMINATED or as told", finishWork},
-    {"pieces", "SIZE [PAUSE]",
-     "send the next message in pieces of SIZE bytes, PAUSE milliseconds between them",
-     sendInPieces},
-    {"drop", "", "end the connection", dropConnection},
-    {"help", "[WORD]", "show this", showHelp},
-};
+constexpr Argument kHelpArguments[] = {
+    {.name = "word", .usage = "WORD", .what = nullptr, .needed = false}};
+constexpr Stimulus kHelp = {
+    "help",  Stimulus::Group::kHelp, Stimulus::For::kApplications, kHelpArguments, "show this",
+    showHelp};
 
-const Stimulus* find(const std::string& word) {
-  const auto* found = std::find_if(std::begin(kStimuli), std::end(kStimuli),
-                                   [&](const Stimulus& s) { return s.word == word; });
-  return found != std::end(kStimuli) ? found : nullptr;
+// In brackets when it may be left out, and with dots behind it when there may be many.
+std::string pieceOf(const Argument& row) {
+  const bool named = row.form == Argument::Form::kNamed;
+  const std::string words = (named ? std::string(row.name) + '=' : "") + usageOf(row);
+  if (row.needed) return words;
+  const char* dots = row.many ? "..." : "";
+  return named ? '[' + words + ']' + dots : '[' + words + dots + ']';
 }
 
-std::string usageOf(const Stimulus& stimulus) {
-  return *stimulus.usage == '\0' ? stimulus.word
-                                 : std::string(stimulus.word) + ' ' + stimulus.usage;
+// "[STEP [LENGTH]]": one that may be left out stands within the one before, unless that one can be
+// told from it.
+bool standsWithin(const Argument& row, const Argument* before) {
+  return before != nullptr && !row.needed && row.form == Argument::Form::kWord && !before->needed &&
+         before->form == Argument::Form::kWord && before->standsIn == nullptr;
+}
+
+std::string fromArguments(std::span<const Argument> rows) {
+  std::string usage;
+  std::size_t within = 0;
+  const Argument* before = nullptr;
+  for (const Argument& row : rows) {
+    std::string piece = pieceOf(row);
+    const bool nested = standsWithin(row, before);
+    if (nested || row.insteadOfLast) usage.pop_back();
+    if (!nested) within = 0;
+    if (nested && ++within > 1) usage.pop_back();
+    if (row.insteadOfLast) {
+      usage += '|' + piece.substr(1);
+    } else {
+      usage += (usage.empty() ? "" : " ") + piece + std::string(within, ']');
+    }
+    before = &row;
+  }
+  return usage;
 }
 
 std::string helpOn(const Stimulus& stimulus) {
@@ -73,8 +61,8 @@ std::string helpOn(const Stimulus& stimulus) {
 }
 
 void showHelp(Stimulation& stimulation) {
-  const std::string word = stimulation.hasMore() ? stimulation.text("WORD") : "";
-  const Stimulus* one = find(word);
+  const std::string word = stimulation.text("word");
+  const Stimulus* one = findStimulus(word);
   if (!word.empty() && one == nullptr)
     stimulation.refuse("there is no stimulus " + cited(word) + "; help alone lists them");
   if (!stimulation.understood()) return;
@@ -85,12 +73,10 @@ void showHelp(Stimulation& stimulation) {
   stimulation.tell(
       "What the world does to the device, one line each. \"app N\" in front means one "
       "application,\notherwise all are meant. A text with blanks stands in quotes.\n");
-  for (const Stimulus& stimulus : kStimuli) stimulation.tell(helpOn(stimulus));
+  for (const Stimulus* stimulus : stimuli()) stimulation.tell(helpOn(*stimulus));
 }
 
-using Words = std::unique_ptr<char*, Release<g_strfreev>>;
-
-StimulusOutcome refuse(const std::string& trouble) { return {false, printable(trouble) + '\n'}; }
+using CWords = std::unique_ptr<char*, Release<g_strfreev>>;
 
 // Up to its value, which may be a secret on a line whose first word was forgotten.
 std::string nameIn(const std::string& word) { return word.substr(0, word.find('=')); }
@@ -106,6 +92,57 @@ std::string correctUse(const Stimulus& stimulus) {
                                                  : usage + " (a TEXT with blanks stands in quotes)";
 }
 
+Outcome act(Device& device, std::optional<AppNumber> only, std::vector<std::string> words) {
+  const std::string name = words.front();
+  words.erase(words.begin());
+  return stimulateBy(device, only, name,
+                     [&](Arguments& arguments) { arguments.fromWords(std::move(words)); });
+}
+
+Outcome actFor(Device& device, std::vector<std::string> words) {
+  if (words.size() < 3) return refused("app takes a number and a stimulus: app 2 button SIMPLE");
+  const std::string number = words[1];
+  words.erase(words.begin(), words.begin() + 2);
+  const auto only = applicationCalled(device, number);
+  return only ? act(device, *only, std::move(words)) : refused(noApplication(device, number));
+}
+
+}  // namespace
+
+std::string usageOf(const Stimulus& stimulus) {
+  const std::string words =
+      stimulus.usage != nullptr ? stimulus.usage : fromArguments(stimulus.arguments);
+  return words.empty() ? stimulus.name : std::string(stimulus.name) + ' ' + words;
+}
+
+std::vector<const Stimulus*> stimuli() {
+  std::vector<const Stimulus*> all;
+  for (const Feature* feature : features()) {
+    for (const Stimulus& stimulus : feature->stimuli) all.push_back(&stimulus);
+  }
+  all.push_back(&kHelp);
+  std::stable_sort(all.begin(), all.end(),
+                   [](const Stimulus* a, const Stimulus* b) { return a->group < b->group; });
+  return all;
+}
+
+const Stimulus* findStimulus(const std::string& name) {
+  for (const Stimulus* stimulus : stimuli()) {
+    if (name == stimulus->name) return stimulus;
+  }
+  return nullptr;
+}
+
+Outcome refused(const std::string& trouble) { return {false, printable(trouble) + '\n'}; }
+
+std::optional<AppNumber> applicationCalled(const Device& device, const std::string& word) {
+  guint64 number = 0;
+  const bool is =
+      g_ascii_string_to_unsigned(word.c_str(), 10, 1, G_MAXUINT, &number, nullptr) != FALSE;
+  const auto called = static_cast<AppNumber>(number);
+  return is && device.application(called) != nullptr ? std::optional(called) : std::nullopt;
+}
+
 std::string noApplication(const Device& device, const std::string& word) {
   std::vector<std::string> numbers;
   for (const auto& [number, application] : device.applications()) {
@@ -115,37 +152,24 @@ std::string noApplication(const Device& device, const std::string& word) {
                          : thereIsNo("application " + cited(word), numbers);
 }
 
-StimulusOutcome act(Device& device, std::optional<AppNumber> only, std::vector<std::string> words) {
-  const Stimulus* stimulus = find(words.front());
+Outcome stimulateBy(Device& device, std::optional<AppNumber> only, const std::string& name,
+                    const std::function<void(Arguments& arguments)>& fill) {
+  const Stimulus* stimulus = findStimulus(name);
   if (stimulus == nullptr) {
-    return refuse("there is no stimulus " + cited(nameIn(words.front())) + ". help lists them.");
+    return refused("there is no stimulus " + cited(nameIn(name)) + ". help lists them.");
   }
-  words.erase(words.begin());
-  Stimulation stimulation(device, only, std::move(words));
+  const Events::Pause pause(device.events());
+  Stimulation stimulation(device, *stimulus, only);
+  fill(stimulation.arguments());
   stimulus->act(stimulation);
   if (stimulation.trouble().empty()) return {true, stimulation.told()};
-  return refuse(std::string(stimulus->word) + ": " + asSentence(stimulation.trouble()) + ' ' +
-                correctUse(*stimulus));
+  return refused(std::string(stimulus->name) + ": " + asSentence(stimulation.trouble()) + ' ' +
+                 correctUse(*stimulus));
 }
 
-StimulusOutcome actFor(Device& device, std::vector<std::string> words) {
-  if (words.size() < 3) return refuse("app takes a number and a stimulus: app 2 button SIMPLE");
-  guint64 number = 0;
-  if (g_ascii_string_to_unsigned(words[1].c_str(), 10, 1, G_MAXUINT, &number, nullptr) == FALSE ||
-      device.application(static_cast<AppNumber>(number)) == nullptr) {
-    return refuse(noApplication(device, words[1]));
-  }
-  words.erase(words.begin(), words.begin() + 2);
-  return act(device, static_cast<AppNumber>(number), std::move(words));
-}
-
-}  // namespace
-
-std::span<const Stimulus> stimuli() { return kStimuli; }
-
-StimulusOutcome stimulate(Device& device, std::string_view line) {
+Outcome stimulate(Device& device, std::string_view line) {
   if (g_utf8_validate_len(line.data(), line.size(), nullptr) == FALSE) {
-    return refuse("the line is not UTF-8 text");
+    return refused("the line is not UTF-8 text");
   }
   if (line.ends_with('\r')) line.remove_suffix(1);
   GErrorOwned error;
@@ -154,9 +178,9 @@ StimulusOutcome stimulate(Device& device, std::string_view line) {
   if (g_shell_parse_argv(std::string(line).c_str(), &count, &parsed, error.out()) == FALSE) {
     if (error.is(G_SHELL_ERROR, G_SHELL_ERROR_EMPTY_STRING)) return {true, ""};
     // GLib's own text repeats the line, and with it whatever secret is on it.
-    return refuse("a quote is left open, or a backslash ends the line");
+    return refused("a quote is left open, or a backslash ends the line");
   }
-  const Words owned(parsed);
+  const CWords owned(parsed);
   std::vector<std::string> words(parsed, parsed + count);
   return words.front() == "app" ? actFor(device, std::move(words))
                                 : act(device, std::nullopt, std::move(words));

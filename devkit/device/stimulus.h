@@ -28,9 +28,9 @@ struct Argument {
   using Choices = std::vector<std::string> (*)();
   using Words = std::span<const std::string>;
 
-  const char* name;   ///< in JSON, and before the "=" of a named one
-  const char* usage;  ///< in the help; null for the choices, with | between them
-  const char* what;   ///< in the sentence that says it is missing or wrong; null for `usage`
+  const char* name;             ///< in JSON, and before the "=" of a named one
+  const char* usage = nullptr;  ///< in the help; null for the choices, with | between them
+  const char* what = nullptr;   ///< in the sentence that says it is missing; null for `usage`
   Kind kind = Kind::kText;
   Form form = Form::kWord;
   bool needed = true;
@@ -38,12 +38,13 @@ struct Argument {
   bool secret = false;              ///< its values are told to nobody
   const char* byDefault = nullptr;  ///< in the place of one that is left out; null for none
   Choices choices = nullptr;
+  const char* called = nullptr;  ///< what one of them is called: "there is no command wings"
   int least = std::numeric_limits<int>::min();
   int most = std::numeric_limits<int>::max();
   /// Whether the words that are left begin with this argument; null for yes. Only for one that is
   /// not needed.
   bool (*standsIn)(Words left) = nullptr;
-  const char* help = "";  ///< a few words for a form
+  bool insteadOfLast = false;  ///< either the one before or this one, in the help
 };
 
 /// Something that the world can do to the device.

@@ -14,41 +14,41 @@ namespace morvik::devkit {
 
 namespace zeph = net::quelta::zeph::message;
 
-// An operation that fails gives nothing or false, has changed nothing, and leaves its reason in
-// `trouble`.
+/// An operation that fails gives nothing or false, has changed nothing, and leaves its reason in
+/// `trouble`.
 class Store {
  public:
   using Ids = google::protobuf::RepeatedPtrField<std::string>;
   using Messages = std::vector<zeph::MorvikMessage>;
   using Contacts = std::vector<zeph::Contact>;
 
-  // In memory: what it keeps ends with it.
+  /// In memory: what it keeps ends with it.
   static std::unique_ptr<Store> inMemory();
-  // In a file of the folder; both are made when they are not there, readable for their owner only.
-  // Null when that cannot be, with the reason in `trouble`. A file that is damaged or no store is
-  // left as it is.
+  /// In a file of the folder; both are made when they are not there, readable for their owner only.
+  /// Null when that cannot be, with the reason in `trouble`. A file that is damaged or no store is
+  /// left as it is.
   [[nodiscard]] static std::unique_ptr<Store> open(const std::string& folder, std::string& trouble);
 
   const std::string& trouble() const { return trouble_; }
 
   [[nodiscard]] std::optional<zeph::Social> credentials();
-  // In place of all that were kept.
+  /// In place of all that were kept.
   [[nodiscard]] bool keepCredentials(const zeph::Social& credentials);
 
-  // Oldest first.
+  /// Oldest first.
   [[nodiscard]] std::optional<Messages> messages();
-  // Those of the ids, in their order. An id that no message has is left out, here and below.
+  /// Those of the ids, in their order. An id that no message has is left out, here and below.
   [[nodiscard]] std::optional<Messages> messages(const Ids& ids);
-  // Gives it an id that no other message has or had, and returns it.
+  /// Gives it an id that no other message has or had, and returns it.
   [[nodiscard]] std::optional<zeph::MorvikMessage> addMessage(zeph::MorvikMessage message);
-  // The messages as they are afterwards.
+  /// The messages as they are afterwards.
   [[nodiscard]] std::optional<Messages> markAsRead(const Ids& ids);
-  // The messages that are gone.
+  /// The messages that are gone.
   [[nodiscard]] std::optional<Messages> removeMessages(const Ids& ids);
 
-  // In the order in which they came.
+  /// In the order in which they came.
   [[nodiscard]] std::optional<Contacts> contacts();
-  // In the place of the one with its uuid, or behind all others.
+  /// In the place of the one with its uuid, or behind all others.
   [[nodiscard]] bool keepContact(const zeph::Contact& contact);
 
  private:

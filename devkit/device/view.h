@@ -36,5 +36,7 @@ DeviceView viewOf(const Device& device);
 
 /// docs/device-json.md describes it.
 Json toJson(const DeviceView& view);
+/// One work, as the view and the events have it.
+void show(const Underway& underway, JsonObject shown);
 
 }  // namespace morvik::devkit

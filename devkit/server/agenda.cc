@@ -13,6 +13,8 @@ struct Agenda::Entry {
   std::function<void()> what;
 };
 
+Agenda::Agenda() : start_(g_get_real_time() - g_get_monotonic_time()) {}
+
 Agenda::~Agenda() {
   for (const auto entries = std::exchange(entries_, {}); Entry * entry : entries) {
     g_source_destroy(entry->source);
@@ -26,6 +28,11 @@ void Agenda::after(std::chrono::milliseconds delay, std::function<void()> what) 
                         [](gpointer data) { delete static_cast<Entry*>(data); });
   g_source_attach(source.get(), g_main_context_get_thread_default());
   entries_.insert(entry);
+}
+
+std::chrono::milliseconds Agenda::now() const {
+  const std::chrono::microseconds passed(g_get_monotonic_time());
+  return std::chrono::duration_cast<std::chrono::milliseconds>(start_ + passed);
 }
 
 int Agenda::onTime(void* data) {

@@ -14,36 +14,36 @@
 
 namespace morvik::devkit {
 
-// What waits for an application that is busy, in bytes. One that leaves more unread is closed.
+/// What waits for an application that is busy, in bytes. One that leaves more unread is closed.
 inline constexpr std::size_t kMaxUnsent = std::size_t{8} * 1024 * 1024;
 
-// Reads and writes on the thread-default main context, without blocking. A connection that has
-// ended stays silent, and is released when its last read and write have returned.
+/// Reads and writes on the thread-default main context, without blocking. A connection that has
+/// ended stays silent, and is released when its last read and write have returned.
 class AppConnection : public std::enable_shared_from_this<AppConnection> {
  public:
   class Owner {
    public:
     virtual ~Owner() = default;
     virtual void payloadArrived(AppNumber application, const std::string& payload) = 0;
-    // Told once, unless `close` came first. `trouble` is empty when the application closed its side
-    // between two frames.
+    /// Told once, unless `close` came first. `trouble` is empty when the application closed its side
+    /// between two frames.
     virtual void connectionEnded(AppNumber application, const std::string& trouble) = 0;
   };
 
-  // The owner must live until the connection has ended or is closed.
+  /// The owner must live until the connection has ended or is closed.
   AppConnection(Owner& owner, AppNumber number, GSocketConnection* socket);
   AppConnection(const AppConnection&) = delete;
   AppConnection& operator=(const AppConnection&) = delete;
 
-  // Begins to read. The connection must be held by a shared_ptr.
+  /// Begins to read. The connection must be held by a shared_ptr.
   void start();
 
-  // Every payload leaves with its length in front, after those sent before it: in one write, or in
-  // the pieces that the delivery asks for. The owner is told of nothing before this returns: who
-  // sends may be going through all connections.
+  /// Every payload leaves with its length in front, after those sent before it: in one write, or in
+  /// the pieces that the delivery asks for. The owner is told of nothing before this returns: who
+  /// sends may be going through all connections.
   void send(const std::string& payload, const Delivery& delivery = {});
 
-  // The application sees the end of its stream; the owner is told nothing any more.
+  /// The application sees the end of its stream; the owner is told nothing any more.
   void close();
 
  private:

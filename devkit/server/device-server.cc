@@ -1,12 +1,12 @@
 // The listening socket and the table of connections.
 #include "server/device-server.h"
 
+#include "device/commands.h"
+
 namespace morvik::devkit {
 
-DeviceServer::DeviceServer(DeviceWatcher& watcher, std::unique_ptr<Store> store)
-    : watcher_(watcher),
-      service_(g_socket_service_new()),
-      device_(*this, agenda_, std::move(store)) {
+DeviceServer::DeviceServer(std::unique_ptr<Store> store)
+    : service_(g_socket_service_new()), device_(*this, agenda_, std::move(store)) {
   g_signal_connect(service_.get(), "incoming", G_CALLBACK(onIncoming), this);
 }
 
@@ -45,7 +45,6 @@ void DeviceServer::accept(GSocketConnection* socket) {
   const auto connection = std::make_shared<AppConnection>(owner, number, socket);
   connections_[number] = connection;
   device_.applicationCame(number);
-  watcher_.came(number);
   connection->start();
 }
 
@@ -53,15 +52,10 @@ void DeviceServer::send(AppNumber application, const zeph::ZephMsg& message,
                         const Delivery& delivery) {
   const auto found = connections_.find(application);
   if (found == connections_.end()) return;
-  watcher_.sent(application, message);
   found->second->send(message.SerializeAsString(), delivery);
 }
 
 void DeviceServer::drop(AppNumber application) { refuse(application, ""); }
-
-StimulusOutcome DeviceServer::stimulate(std::string_view line) {
-  return morvik::devkit::stimulate(device_, line);
-}
 
 // Parsed in parts and tested afterwards, since a plain parse prints its own complaint about a
 // missing field on standard error.
@@ -73,8 +67,7 @@ void DeviceServer::payloadArrived(AppNumber application, const std::string& payl
   } else if (!message.IsInitialized()) {
     refuse(application, "sent a message without " + message.InitializationErrorString());
   } else {
-    watcher_.received(application, message);
-    device_.receive(application, message);
+    receive(device_, application, std::move(message));
   }
 }
 
@@ -86,9 +79,7 @@ void DeviceServer::refuse(AppNumber application, const std::string& trouble) {
 
 void DeviceServer::connectionEnded(AppNumber application, const std::string& trouble) {
   connections_.erase(application);
-  device_.applicationLeft(application);
-  if (!trouble.empty()) watcher_.trouble(application, trouble);
-  watcher_.left(application);
+  device_.applicationLeft(application, trouble);
 }
 
 }  // namespace morvik::devkit

@@ -1,5 +1,5 @@
 // The virtual device behind its socket: accepts applications, takes their frames to the device and
-// the device's messages back, and tells the watcher.
+// the device's messages back.
 #pragma once
 
 #include <cstdint>
@@ -7,42 +7,37 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 
-#include "device/device-watcher.h"
 #include "device/device.h"
 #include "device/owned.h"
-#include "device/stimuli.h"
 #include "server/agenda.h"
 #include "server/app-connection.h"
 
 namespace morvik::devkit {
 
-// Works on the thread-default main context, like everything in GIO: a caller with a context of its
-// own pushes it (g_main_context_push_thread_default) before the server is made and leaves it pushed
-// while the context runs. All calls and all callbacks are in that one thread.
+/// Works on the thread-default main context, like everything in GIO: a caller with a context of its
+/// own pushes it (g_main_context_push_thread_default) before the server is made and leaves it pushed
+/// while the context runs. All calls and all callbacks are in that one thread.
 class DeviceServer : private Outlet, private AppConnection::Owner {
  public:
   enum class Failure { kPortBusy, kOther };
 
-  // The watcher must outlive the server. The store is the device's.
-  explicit DeviceServer(DeviceWatcher& watcher, std::unique_ptr<Store> store = Store::inMemory());
-  // Applications see the end of their connections. Nobody is told.
+  /// The store is the device's.
+  explicit DeviceServer(std::unique_ptr<Store> store = Store::inMemory());
+  /// Applications see the end of their connections. Nobody is told.
   ~DeviceServer() override;
   DeviceServer(const DeviceServer&) = delete;
   DeviceServer& operator=(const DeviceServer&) = delete;
 
-  // Listens on 127.0.0.1. Port 0 takes a free one. Called once.
-  // Gives the reason when it cannot listen, and its text in `text`.
+  /// Listens on 127.0.0.1. Port 0 takes a free one. Called once.
+  /// Gives the reason when it cannot listen, and its text in `text`.
   [[nodiscard]] std::optional<Failure> listen(std::uint16_t port, std::string& text);
 
-  // The port that it listens on; valid after a successful `listen`.
+  /// The port that it listens on; valid after a successful `listen`.
   std::uint16_t port() const { return port_; }
 
-  const Device& device() const { return device_; }
-
-  // Does what the world does to the device; see stimuli.h for the line.
-  StimulusOutcome stimulate(std::string_view line);
+  /// Who uses it must be done with it before the server ends; observers need not be removed.
+  Device& device() { return device_; }
 
  private:
   static int onIncoming(GSocketService* service, GSocketConnection* socket, GObject* source,
@@ -52,11 +47,9 @@ class DeviceServer : private Outlet, private AppConnection::Owner {
 
   void send(AppNumber application, const zeph::ZephMsg& message, const Delivery& delivery) override;
   void drop(AppNumber application) override;
-  void happened(const std::string& what) override { watcher_.happened(what); }
   void payloadArrived(AppNumber application, const std::string& payload) override;
   void connectionEnded(AppNumber application, const std::string& trouble) override;
 
-  DeviceWatcher& watcher_;
   GOwned<GSocketService> service_;
   std::uint16_t port_ = 0;
   AppNumber lastNumber_ = 0;

@@ -3,6 +3,7 @@
 
 #include "device/describe.h"
 #include "device/owned.h"
+#include "device/text.h"
 
 namespace morvik::devkit {
 namespace {
@@ -23,31 +24,39 @@ std::string markOf(const std::string& requestId) {
 
 }  // namespace
 
-void Display::came(AppNumber application) {
-  show(appName(application), Look::kFaint, "--", "connected");
+void Display::happened(const Event& event) {
+  std::visit([this](const auto& what) { show(what); }, event.what);
 }
 
-void Display::received(AppNumber application, const zeph::ZephMsg& message) {
-  show(appName(application), Look::kIn, "->", describe(message) + markOf(message.id()));
+void Display::show(const Came& came) const {
+  line(appName(came.application), Look::kFaint, "--", "connected");
 }
 
-void Display::sent(AppNumber application, const zeph::ZephMsg& message) {
-  show(appName(application), Look::kOut, "<-", describe(message) + markOf(message.correlationid()));
+void Display::show(const Left& left) const {
+  line(appName(left.application), Look::kFaint, "--", "gone");
 }
 
-void Display::trouble(AppNumber application, const std::string& what) {
-  show(appName(application), Look::kBad, "!!", printable(what));
+void Display::show(const Received& received) const {
+  const zeph::ZephMsg& message = *received.message;
+  line(appName(received.application), Look::kIn, "->", describe(message) + markOf(message.id()));
 }
 
-void Display::happened(const std::string& what) {
-  show("device", Look::kFaint, "--", shortened(what));
+void Display::show(const Sent& sent) const {
+  const zeph::ZephMsg& message = *sent.message;
+  line(appName(sent.application), Look::kOut, "<-",
+       describe(message) + markOf(message.correlationid()));
 }
 
-void Display::left(AppNumber application) {
-  show(appName(application), Look::kFaint, "--", "gone");
+void Display::show(const Noted& noted) const {
+  line("device", Look::kFaint, "--", shortened(noted.text));
 }
 
-void Display::show(const std::string& whom, Look look, const char* direction,
+void Display::show(const Trouble& trouble) const {
+  line(trouble.application ? appName(*trouble.application) : "device", Look::kBad, "!!",
+       printable(trouble.text));
+}
+
+void Display::line(const std::string& whom, Look look, const char* direction,
                    const std::string& what) const {
   sink_(painted(Look::kFaint, timeOfDay()) + ' ' + whom + ' ' +
         painted(look, std::string(direction) + "  " + what));

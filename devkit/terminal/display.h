@@ -9,28 +9,33 @@
 #include <functional>
 #include <string>
 
-#include "device/device-watcher.h"
+#include "device/events.h"
 
 namespace morvik::devkit {
 
-class Display : public DeviceWatcher {
+class Display : public Observer {
  public:
   enum class Colors { kOff, kOn };
-  // Gets each line without its line end.
+  /// Gets each line without its line end.
   using Sink = std::function<void(const std::string& line)>;
 
   Display(Sink sink, Colors colors) : sink_(std::move(sink)), colors_(colors) {}
 
-  void came(AppNumber application) override;
-  void received(AppNumber application, const zeph::ZephMsg& message) override;
-  void sent(AppNumber application, const zeph::ZephMsg& message) override;
-  void trouble(AppNumber application, const std::string& what) override;
-  void happened(const std::string& what) override;
-  void left(AppNumber application) override;
+  /// What shows itself in messages and notes has no line of its own.
+  void happened(const Event& event) override;
 
  private:
+  void show(const Came& came) const;
+  void show(const Left& left) const;
+  void show(const Received& received) const;
+  void show(const Sent& sent) const;
+  void show(const Noted& noted) const;
+  void show(const Trouble& trouble) const;
+  template <class Other>
+  void show(const Other& /*other*/) const {}
+
   enum class Look { kFaint, kIn, kOut, kBad };
-  void show(const std::string& whom, Look look, const char* direction,
+  void line(const std::string& whom, Look look, const char* direction,
             const std::string& what) const;
   std::string painted(Look look, const std::string& text) const;
 

@@ -8,14 +8,14 @@
 
 namespace morvik::devkit {
 
-// Reads on the default main loop. The end of the input, or trouble with it, ends the reading and
-// nothing else.
+/// Reads on the default main loop. The end of the input, or trouble with it, ends the reading and
+/// nothing else.
 class LineReader {
  public:
-  // Gets each line without its line end.
+  /// Gets each line without its line end.
   using Sink = std::function<void(std::string_view line)>;
 
-  // The descriptor stays open.
+  /// The descriptor stays open.
   LineReader(int fd, Sink sink);
   ~LineReader();
   LineReader(const LineReader&) = delete;

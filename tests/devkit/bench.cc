@@ -11,25 +11,32 @@
 namespace morvik::devkit::testing {
 
 void HeldScheduler::pass(std::chrono::milliseconds time) {
-  const std::chrono::milliseconds end = now + time;
+  const std::chrono::milliseconds end = now_ + time;
   for (;;) {
     const auto next = std::min_element(held.begin(), held.end(),
                                        [](const Held& a, const Held& b) { return a.due < b.due; });
     if (next == held.end() || next->due > end) break;
-    now = next->due;
+    now_ = next->due;
     const std::function<void()> what = std::move(next->what);
     held.erase(next);
     what();
   }
-  now = end;
+  now_ = end;
+}
+
+std::vector<std::string> KeptEvents::notes() const {
+  std::vector<std::string> texts;
+  for (const Noted& note : of<Noted>()) texts.push_back(note.text);
+  return texts;
 }
 
 Bench::Bench() {
   for (const AppNumber number : {1U, 2U}) {
     device.applicationCame(number);
-    device.receive(number, startRequest("granted"));
+    receive(device, number, startRequest("granted"));
   }
   outlet.sent.clear();
+  device.events().add(events);
 }
 
 Lines Bench::command(const std::string& payload, AppNumber from) {
@@ -40,25 +47,25 @@ Lines Bench::command(const std::string& payload, AppNumber from) {
   if (!message.has_interactiveid()) message.set_interactiveid("granted");
   lastIds_[from] = message.id();
   outlet.sent.clear();
-  device.receive(from, message);
+  receive(device, from, message);
   return said();
 }
 
 Lines Bench::stimulus(const std::string& line) {
-  const StimulusOutcome outcome = stimulate(device, line);
+  const Outcome outcome = stimulate(device, line);
   EXPECT_TRUE(outcome.done) << line << ": " << outcome.text;
   EXPECT_EQ(outcome.text, "") << line;
   return said();
 }
 
 Lines Bench::noted(const std::string& line) {
-  outlet.notes.clear();
+  events.all.clear();
   stimulus(line);
-  return std::exchange(outlet.notes, {});
+  return events.notes();
 }
 
 std::string Bench::refused(const std::string& line) {
-  const StimulusOutcome outcome = stimulate(device, line);
+  const Outcome outcome = stimulate(device, line);
   EXPECT_FALSE(outcome.done) << line;
   EXPECT_TRUE(said().empty()) << line;
   return outcome.text;

@@ -7,12 +7,13 @@
 #include <string>
 #include <vector>
 
+#include "device/commands.h"
 #include "device/device.h"
 #include "device/stimuli.h"
 
 namespace morvik::devkit::testing {
 
-struct Sent {
+struct Outgoing {
   AppNumber to;
   zeph::ZephMsg message;
   Delivery delivery;
@@ -25,11 +26,28 @@ class KeptOutlet : public Outlet {
     sent.push_back({application, message, delivery});
   }
   void drop(AppNumber application) override { dropped.push_back(application); }
-  void happened(const std::string& what) override { notes.push_back(what); }
 
-  std::vector<Sent> sent;
+  std::vector<Outgoing> sent;
   std::vector<AppNumber> dropped;
-  std::vector<std::string> notes;
+};
+
+// Every event, in the order in which it was told.
+class KeptEvents : public Observer {
+ public:
+  void happened(const Event& event) override { all.push_back(event); }
+
+  // All events of one kind.
+  template <class What>
+  std::vector<What> of() const {
+    std::vector<What> found;
+    for (const Event& event : all) {
+      if (const auto* what = std::get_if<What>(&event.what)) found.push_back(*what);
+    }
+    return found;
+  }
+  std::vector<std::string> notes() const;
+
+  std::vector<Event> all;
 };
 
 class HeldScheduler : public Scheduler {
@@ -41,13 +59,16 @@ class HeldScheduler : public Scheduler {
   };
 
   void after(std::chrono::milliseconds delay, std::function<void()> what) override {
-    held.push_back({delay, std::move(what), now + delay});
+    held.push_back({delay, std::move(what), now_ + delay});
   }
+  std::chrono::milliseconds now() const override { return now_; }
   // Does what comes within that time, in its order.
   void pass(std::chrono::milliseconds time);
 
   std::vector<Held> held;
-  std::chrono::milliseconds now{0};
+
+ private:
+  std::chrono::milliseconds now_{1767225600000};  // the first of January 2026
 };
 
 using Lines = std::vector<std::string>;
@@ -56,6 +77,8 @@ using Lines = std::vector<std::string>;
 class Bench {
  public:
   Bench();
+  Bench(const Bench&) = delete;
+  Bench& operator=(const Bench&) = delete;
 
   // Sends a command whose payload is written in protobuf's text form, such as "ping {}". Gives what
   // the device says to it at once.
@@ -77,6 +100,7 @@ class Bench {
   KeptOutlet outlet;
   HeldScheduler scheduler;
   Device device{outlet, scheduler};
+  KeptEvents events;  // since the applications came
 
  private:
   std::map<AppNumber, std::string> lastIds_;

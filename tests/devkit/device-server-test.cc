@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 
 #include "app-client.h"
+#include "device/stimuli.h"
 
 namespace {
 
@@ -30,21 +31,12 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using namespace std::string_literals;
 
-// Everything that the watcher is told, as short texts.
-class Diary : public DeviceWatcher {
+// What passes between the device and its applications, as short texts.
+class Diary : public Observer {
  public:
-  void came(AppNumber application) override { note(application, "came"); }
-  void received(AppNumber application, const zeph::ZephMsg& message) override {
-    note(application, "received " + message.id());
+  void happened(const Event& event) override {
+    std::visit([this](const auto& what) { add(what); }, event.what);
   }
-  void sent(AppNumber application, const zeph::ZephMsg& message) override {
-    note(application, "sent " + message.correlationid());
-  }
-  void trouble(AppNumber application, const std::string& what) override {
-    note(application, "trouble: " + what);
-  }
-  void happened(const std::string& what) override { entries.push_back(what); }
-  void left(AppNumber application) override { note(application, "left"); }
 
   bool has(const std::string& entry) const {
     return std::find(entries.begin(), entries.end(), entry) != entries.end();
@@ -53,6 +45,17 @@ class Diary : public DeviceWatcher {
   std::vector<std::string> entries;
 
  private:
+  void add(const Came& came) { note(came.application, "came"); }
+  void add(const Left& left) { note(left.application, "left"); }
+  void add(const Received& received) {
+    note(received.application, "received " + received.message->id());
+  }
+  void add(const Sent& sent) { note(sent.application, "sent " + sent.message->correlationid()); }
+  void add(const Trouble& trouble) { note(*trouble.application, "trouble: " + trouble.text); }
+  void add(const Noted& noted) { entries.push_back(noted.text); }
+  template <class Other>
+  void add(const Other& /*other*/) {}
+
   void note(AppNumber application, const std::string& what) {
     entries.push_back(std::to_string(application) + ' ' + what);
   }
@@ -60,7 +63,8 @@ class Diary : public DeviceWatcher {
 
 class DeviceServerTest : public ::testing::Test {
  protected:
-  DeviceServerTest() : server_(std::make_unique<DeviceServer>(diary_)) {
+  DeviceServerTest() : server_(std::make_unique<DeviceServer>()) {
+    server_->device().events().add(diary_);
     EXPECT_EQ(server_->listen(0, text_), std::nullopt) << text_;
   }
 
@@ -74,6 +78,8 @@ class DeviceServerTest : public ::testing::Test {
   std::unique_ptr<AppClient> connect() {
     return std::make_unique<AppClient>(loop_, server_->port());
   }
+
+  Outcome stimulate(std::string_view line) { return devkit::stimulate(server_->device(), line); }
 
   bool happens(const std::string& entry) {
     return loop_.runUntil([&] { return diary_.has(entry); });
@@ -95,7 +101,7 @@ class DeviceServerTest : public ::testing::Test {
 TEST_F(DeviceServerTest, takesAFreePort) { EXPECT_NE(server_->port(), 0); }
 
 TEST_F(DeviceServerTest, saysThatAPortIsBusy) {
-  DeviceServer second(diary_);
+  DeviceServer second;
   EXPECT_EQ(second.listen(server_->port(), text_), DeviceServer::Failure::kPortBusy);
   EXPECT_FALSE(text_.empty());
 }
@@ -105,7 +111,7 @@ TEST_F(DeviceServerTest, aPortIsFreeAgainAfterTheServerEnds) {
   const std::uint16_t port = server_->port();
   server_.reset();
   loop_.runReady();
-  DeviceServer second(diary_);
+  DeviceServer second;
   EXPECT_EQ(second.listen(port, text_), std::nullopt) << text_;
 }
 
@@ -120,7 +126,7 @@ TEST_F(DeviceServerTest, servesAConversation) {
             zeph::InteractiveMode::STOP);
 }
 
-TEST_F(DeviceServerTest, tellsTheWatcherInTheOrderOfEvents) {
+TEST_F(DeviceServerTest, tellsItsObserversInTheOrderOfEvents) {
   auto client = connect();
   zeph::ZephMsg request = startRequest("mine");
   request.set_id("first");
@@ -177,11 +183,11 @@ TEST_F(DeviceServerTest, aFrameLeavesInOneWrite) {
 
 TEST_F(DeviceServerTest, aFrameLeavesInThePiecesThatWereAskedFor) {
   const auto client = interactive("mine");
-  EXPECT_TRUE(server_->stimulate("pieces 5 1").done);
+  EXPECT_TRUE(stimulate("pieces 5 1").done);
   std::vector<std::string> sends;
   recordedSends = &sends;
-  EXPECT_TRUE(server_->stimulate("button SIMPLE").done);
-  EXPECT_TRUE(server_->stimulate("button DOUBLE").done);
+  EXPECT_TRUE(stimulate("button SIMPLE").done);
+  EXPECT_TRUE(stimulate("button DOUBLE").done);
   const zeph::ZephMsg first = client->receive();
   const zeph::ZephMsg second = client->receive();
   recordedSends = nullptr;
@@ -195,18 +201,18 @@ TEST_F(DeviceServerTest, aFrameLeavesInThePiecesThatWereAskedFor) {
 
 TEST_F(DeviceServerTest, aConnectionMayEndInsideAFrame) {
   const auto client = interactive("mine");
-  server_->stimulate("pieces 5 60000");
-  server_->stimulate("button SIMPLE");
-  EXPECT_TRUE(server_->stimulate("drop").done);
+  stimulate("pieces 5 60000");
+  stimulate("button SIMPLE");
+  EXPECT_TRUE(stimulate("drop").done);
   EXPECT_TRUE(client->sawEnd());
   EXPECT_EQ(diary_.entries.back(), "1 left");
-  EXPECT_EQ(server_->stimulate("button SIMPLE").text, "no application is connected\n");
+  EXPECT_EQ(stimulate("button SIMPLE").text, "no application is connected\n");
 }
 
 TEST_F(DeviceServerTest, dropsOneConnectionAlone) {
   const auto stays = interactive("stays");
   const auto leaves = interactive("leaves");
-  server_->stimulate("app 2 drop");
+  stimulate("app 2 drop");
   EXPECT_TRUE(leaves->sawEnd());
   EXPECT_EQ(stays->ask(pingRequest("stays")).response().code(), zeph::OK);
 }
@@ -224,7 +230,7 @@ TEST_F(DeviceServerTest, twoApplicationsCallEachOther) {
 }
 
 TEST_F(DeviceServerTest, tellsWhatNoMessageTells) {
-  EXPECT_TRUE(server_->stimulate("accept").done);
+  EXPECT_TRUE(stimulate("accept").done);
   EXPECT_THAT(diary_.entries, ElementsAre("refuses nothing"));
 }
 
@@ -306,10 +312,10 @@ TEST_F(DeviceServerTest, isNotUpsetByOneThatMustBeClosedWhileAllAreTold) {
   const auto silent = interactive("silent");
   const auto good = interactive("good");
   for (const std::size_t size : {kMaxUnsent / 2, kMaxUnsent / 2 - 1000}) {
-    EXPECT_TRUE(server_->stimulate("app 1 serial p " + std::string(size, 'x')).done);
+    EXPECT_TRUE(stimulate("app 1 serial p " + std::string(size, 'x')).done);
   }
   constexpr int kUpdates = 100;
-  for (int i = 0; i < kUpdates; ++i) EXPECT_TRUE(server_->stimulate("library SONG").done);
+  for (int i = 0; i < kUpdates; ++i) EXPECT_TRUE(stimulate("library SONG").done);
   EXPECT_TRUE(happens("1 trouble: does not read what it is sent"));
   for (int i = 0; i < kUpdates; ++i) EXPECT_TRUE(good->receive().has_multimediacallback());
   EXPECT_EQ(good->ask(pingRequest("good")).response().code(), zeph::OK);

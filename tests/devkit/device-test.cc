@@ -24,7 +24,7 @@ class DeviceTest : public ::testing::Test {
   // The one message that answers; an empty one when there are none or more.
   zeph::ZephMsg ask(AppNumber from, const zeph::ZephMsg& request) {
     outlet_.sent.clear();
-    device_.receive(from, request);
+    receive(device_, from, request);
     EXPECT_THAT(outlet_.sent, SizeIs(1));
     if (outlet_.sent.size() != 1) return {};
     EXPECT_EQ(outlet_.sent[0].to, from);
@@ -114,20 +114,20 @@ TEST_F(DeviceTest, answersTheInfoQueryWithItsInfosAlone) {
 TEST_F(DeviceTest, lightsTheLed) {
   expectResponse(lightRequest("granted", "red"), zeph::OK);
   EXPECT_EQ(device_.state().led.color, "red");
-  EXPECT_EQ(device_.state().led.effect, Led::Effect::kLight);
+  EXPECT_EQ(device_.state().led.effect, "light");
   EXPECT_THAT(scheduler_.held, IsEmpty());
 }
 
 TEST_F(DeviceTest, aFadeEndsAfterItsPeriod) {
   expectEffect(fadeRequest("granted", "blue", 700), milliseconds(700));
   EXPECT_EQ(device_.state().led.color, "blue");
-  EXPECT_EQ(device_.state().led.effect, Led::Effect::kFade);
+  EXPECT_EQ(device_.state().led.effect, "fade");
 }
 
 TEST_F(DeviceTest, aPulseEndsAfterAllItsPeriods) {
   expectEffect(pulseRequest("granted", "green", 300, 4), milliseconds(1200));
   EXPECT_EQ(device_.state().led.color, "green");
-  EXPECT_EQ(device_.state().led.effect, Led::Effect::kPulse);
+  EXPECT_EQ(device_.state().led.effect, "pulse");
 }
 
 TEST_F(DeviceTest, numbersBelowZeroCountAsZero) {
@@ -193,7 +193,7 @@ TEST_F(DeviceTest, forgetsAnApplicationThatLeft) {
 }
 
 TEST_F(DeviceTest, hearsNothingFromAnApplicationThatNeverCame) {
-  device_.receive(7, pingRequest("granted"));
+  receive(device_, 7, pingRequest("granted"));
   EXPECT_THAT(outlet_.sent, IsEmpty());
 }
 

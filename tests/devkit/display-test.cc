@@ -5,6 +5,7 @@
 
 #include "app-client.h"
 #include "device/describe.h"
+#include "device/text.h"
 
 namespace morvik::devkit::testing {
 namespace {
@@ -89,16 +90,21 @@ TEST(Listed, namesAllOrNone) {
 
 class DisplayTest : public ::testing::Test {
  protected:
+  static PassedMessage passed(const zeph::ZephMsg& message) {
+    return std::make_shared<zeph::ZephMsg>(message);
+  }
+  void show(const Event::What& what) { display_.happened({1, {}, what}); }
+
   std::vector<std::string> lines_;
   Display display_{[this](const std::string& line) { lines_.push_back(line); },
                    Display::Colors::kOff};
 };
 
 TEST_F(DisplayTest, aLineTellsTimeApplicationAndDirection) {
-  display_.came(1);
-  display_.received(1, withId(lightRequest("abc", "red"), "12345678"));
-  display_.trouble(1, "oh\nno");
-  display_.left(1);
+  show(Came{1});
+  show(Received{1, passed(withId(lightRequest("abc", "red"), "12345678"))});
+  show(Trouble{1, "oh\nno"});
+  show(Left{1});
   const std::string start = "[0-9][0-9]:[0-9][0-9]:[0-9][0-9]\\.[0-9][0-9][0-9] app 1 ";
   EXPECT_THAT(lines_,
               ElementsAre(MatchesRegex(start + "--  connected"),
@@ -110,32 +116,45 @@ TEST_F(DisplayTest, anAnswerCarriesTheMarkOfItsRequest) {
   zeph::ZephMsg answer = withId(zeph::ZephMsg(), "own id");
   answer.set_correlationid("12345678");
   answer.mutable_response()->set_code(zeph::OK);
-  display_.sent(2, answer);
+  show(Sent{2, passed(answer)});
   EXPECT_THAT(lines_, ElementsAre(EndsWith(" app 2 <-  response OK  #1234")));
 }
 
 TEST_F(DisplayTest, aNoticeCarriesNoMark) {
   zeph::ZephMsg notice = withId(zeph::ZephMsg(), "own id");
   notice.mutable_interactivemode()->set_action(zeph::InteractiveMode::STOP);
-  display_.sent(2, notice);
+  show(Sent{2, passed(notice)});
   EXPECT_THAT(lines_, ElementsAre(EndsWith(" app 2 <-  interactive mode STOP")));
 }
 
 TEST_F(DisplayTest, showsWhatHappensToTheDevice) {
-  display_.happened("wrote\na file");
+  show(Noted{"wrote\na file"});
   EXPECT_THAT(lines_, ElementsAre(EndsWith(" device --  wrote?a file")));
 }
 
 TEST_F(DisplayTest, cutsWhatIsTooLongToRead) {
-  display_.happened(std::string(5000, 'x'));
+  show(Noted{std::string(5000, 'x')});
   EXPECT_THAT(lines_, ElementsAre(EndsWith(" device --  " + std::string(200, 'x') + " ...")));
 }
 
+TEST_F(DisplayTest, saysNothingOfWhatMessagesAndNotesTell) {
+  show(Changed{"led"});
+  show(Began{});
+  show(Ended{});
+  show(Stimulated{"button", {}, {}});
+  EXPECT_THAT(lines_, ::testing::IsEmpty());
+}
+
+TEST_F(DisplayTest, showsTroubleThatIsNoApplications) {
+  show(Trouble{std::nullopt, "an observer failed"});
+  EXPECT_THAT(lines_, ElementsAre(EndsWith(" device !!  an observer failed")));
+}
+
 TEST_F(DisplayTest, showsColoursOnlyWhenTheyAreOn) {
-  display_.came(1);
+  show(Came{1});
   Display colored([this](const std::string& line) { lines_.push_back(line); },
                   Display::Colors::kOn);
-  colored.came(1);
+  colored.happened({1, {}, Came{1}});
   EXPECT_THAT(lines_, ElementsAre(Not(HasSubstr("\033")), HasSubstr("\033[")));
 }
 

@@ -277,7 +277,7 @@ TEST_F(MultimediaTest, recordsIntoAFile) {
   EXPECT_THAT(bench_.command("multimedia { record { url: '' } }"), ElementsAre(kOk));
   EXPECT_THAT(bench_.pass(seconds(3)), ElementsAre(kTerminated));
   EXPECT_EQ(startOf(kRecordingPath, 4), "fLaC");
-  EXPECT_THAT(bench_.outlet.notes, ElementsAre("wrote /tmp/record.flac"));
+  EXPECT_THAT(bench_.events.notes(), ElementsAre("wrote /tmp/record.flac"));
 }
 
 using WebcamTest = Feature;
@@ -287,14 +287,14 @@ TEST_F(WebcamTest, takesAPhoto) {
   EXPECT_EQ(state_.photo, "here");
   EXPECT_THAT(bench_.pass(milliseconds(500)), ElementsAre(kTerminated));
   EXPECT_EQ(startOf(kPicturePath, 3), "\xff\xd8\xff");
-  EXPECT_THAT(bench_.outlet.notes, ElementsAre("wrote /tmp/picture.jpg"));
+  EXPECT_THAT(bench_.events.notes(), ElementsAre("wrote /tmp/picture.jpg"));
 }
 
 TEST_F(WebcamTest, failsAsTold) {
   bench_.command("webcam { photo: '' }");
   EXPECT_THAT(bench_.stimulus("finish photo ERROR 'no light'"),
               ElementsAre("1: re event { code: ERROR description: \"no light\" }"));
-  EXPECT_THAT(bench_.outlet.notes, ElementsAre("ends photo with ERROR")) << "no file";
+  EXPECT_THAT(bench_.events.notes(), ElementsAre("ends photo with ERROR")) << "no file";
   EXPECT_THAT(bench_.refused("finish photo"), HasSubstr("nothing goes on there"));
 }
 
@@ -406,7 +406,7 @@ TEST_F(SerialTest, portsAreOpenedWrittenToAndClosed) {
   EXPECT_EQ(state_.ports.at("p").baud, 9600);
   EXPECT_THAT(bench_.command("serial { write { port: 'p' data: 'd' base: 'h' } }"),
               ElementsAre(kOk));
-  EXPECT_EQ(state_.ports.at("p").written, "d");
+  EXPECT_EQ(state_.ports.at("p").lines.back().text, "d");
   EXPECT_THAT(bench_.command("serial { close {} }"), ElementsAre(kOk));
   expectRefused("serial { write { port: 'p' data: 'd' } }", "p is not open");
   expectRefused("serial {}", "a serial port can be opened, written to and closed");

@@ -7,7 +7,10 @@
 #include <filesystem>
 #include <fstream>
 
+#include <nlohmann/json.hpp>
+
 #include "app-client.h"
+#include "device/json.h"
 #include "program.h"
 #include "support/temporary-folder.h"
 
@@ -63,6 +66,7 @@ TEST(MorvikDev, refusesWhatMakesNoSense) {
       {{"device", "--port=many"}, "morvik-dev device: Cannot parse integer value"},
       {{"device", "--port=65536"}, "morvik-dev device: a port is a number from 0 to 65535"},
       {{"device", "--port=-1"}, "morvik-dev device: a port is a number from 0 to 65535"},
+      {{"device", "--events=xml"}, "morvik-dev device: events are shown as text or as json"},
       {{"log", "--loud"}, "morvik-dev log: Unknown option --loud"},
   };
   for (const auto& [arguments, words] : cases) {
@@ -159,6 +163,155 @@ TEST_F(DeviceVerb, keepsItsStateWhereTheUsersProgramsDo) {
                          "device", "--port=0"});
   device.waitFor("listening on");
   EXPECT_TRUE(std::filesystem::exists(home / "morvik-dev/device.sqlite"));
+}
+
+// The device as programs use it: every line in and out is JSON.
+class EventsForm : public ::testing::Test {
+ protected:
+  EventsForm() {
+    const Json first = next();
+    EXPECT_EQ(first["event"], "listening");
+    EXPECT_EQ(first["version"], 1);
+    EXPECT_EQ(first["host"], "127.0.0.1");
+    client_ = std::make_unique<AppClient>(loop_, first["port"].get<std::uint16_t>());
+  }
+
+  std::vector<std::string> command() const {
+    return {MORVIK_DEV, "device", "--port=0", "--events=json",
+            "--state=" + folder_.path().string()};
+  }
+
+  // The next line that it prints.
+  Json next() {
+    EXPECT_TRUE(loop_.runUntil(
+        [this] { return program_.output().find('\n', read_) != std::string::npos; }));
+    const std::size_t end = program_.output().find('\n', read_);
+    const std::string line = program_.output().substr(read_, end - read_);
+    read_ = end + 1;
+    Json json = Json::parse(line, nullptr, false);
+    EXPECT_TRUE(json.is_object()) << line;
+    return json;
+  }
+
+  // The next line without what differs from run to run.
+  std::string told() {
+    Json json = next();
+    EXPECT_TRUE(json["time"].is_number()) << json;
+    for (const char* member : {"time", "number", "begun"}) json.erase(member);
+    if (json.contains("message")) {
+      json["message"].erase("id");
+      json["message"].erase("correlationId");
+    }
+    return json.dump();
+  }
+
+  void expectTold(const std::vector<std::string>& lines) {
+    for (const std::string& line : lines) EXPECT_EQ(told(), line);
+  }
+
+  void start() {
+    EXPECT_EQ(client_->ask(startRequest("mine")).response().code(), zeph::OK);
+    expectTold({R"({"event":"came","application":1})",
+                R"({"event":"changed","part":"applications"})",
+                R"({"event":"received","application":1,"message":{"interactiveMode":)"
+                R"({"action":"START","interactiveId":"mine"}}})",
+                R"({"event":"changed","part":"applications"})",
+                R"({"event":"sent","application":1,"message":{"response":{"code":"OK"}}})"});
+  }
+
+  Loop loop_;
+  test::TemporaryFolder folder_;
+  Program program_{loop_, command()};
+  std::size_t read_ = 0;
+  std::unique_ptr<AppClient> client_;
+};
+
+TEST_F(EventsForm, tellsAConversationLineByLine) {
+  start();
+  zeph::ZephMsg fade = fadeRequest("mine", "blue", 5);
+  fade.set_id("3f2a");
+  client_->send(fade);
+  expectTold({R"({"event":"received","application":1,"message":{"interactiveId":"mine",)"
+              R"("led":{"fade":{"color":"blue","period":5}}}})",
+              R"({"event":"changed","part":"led"})",
+              R"({"event":"began","work":"led","application":1,"request":"3f2a","length":5})",
+              R"({"event":"sent","application":1,"message":{"response":{"code":"OK"}}})",
+              R"({"event":"ended","work":"led","application":1,"request":"3f2a","length":5,)"
+              R"("code":"TERMINATED"})",
+              R"({"event":"sent","application":1,"message":{"event":{"code":"TERMINATED"}}})"});
+  client_->sendBytes("\xff\xff\xff\xff");
+  expectTold(
+      {R"({"event":"changed","part":"applications"})",
+       R"({"event":"trouble","application":1,"text":"announced a frame of 4294967295 bytes, )"
+       R"(more than 67108864"})",
+       R"({"event":"left","application":1})"});
+}
+
+TEST_F(EventsForm, countsItsEventsWithoutAGap) {
+  start();
+  program_.say("button SIMPLE\n");
+  client_->receive();
+  const Json stimulus = next();
+  EXPECT_EQ(stimulus["number"], 6);
+  EXPECT_EQ(next()["number"], 7);
+}
+
+TEST_F(EventsForm, takesWordsAndNames) {
+  start();
+  program_.say("button SIMPLE\n");
+  EXPECT_EQ(client_->receive().buttoncallback().type(), zeph::ButtonCallback::SIMPLE);
+  program_.say(R"({"stimulus": "button", "app": 1, "arguments": {"type": "DOUBLE"}})"
+               "\n");
+  EXPECT_EQ(client_->receive().buttoncallback().type(), zeph::ButtonCallback::DOUBLE);
+  program_.say("fly\n{\n{\"stimulus\": \"fly\"}\n\n");
+  expectTold({R"({"event":"stimulus","name":"button","arguments":{"type":["SIMPLE"]}})",
+              R"({"event":"sent","application":1,"message":{"buttonCallback":{"type":"SIMPLE"}}})",
+              R"({"event":"outcome","done":true,"text":""})",
+              R"({"event":"stimulus","name":"button","application":1,)"
+              R"("arguments":{"type":["DOUBLE"]}})",
+              R"({"event":"sent","application":1,"message":{"buttonCallback":{"type":"DOUBLE"}}})",
+              R"({"event":"outcome","done":true,"text":""})",
+              R"({"event":"outcome","done":false,)"
+              R"("text":"there is no stimulus fly. help lists them.\n"})",
+              R"({"event":"outcome","done":false,"text":"the line is no JSON\n"})",
+              R"({"event":"outcome","done":false,)"
+              R"("text":"there is no stimulus fly. help lists them.\n"})",
+              R"({"event":"outcome","done":true,"text":""})"});
+}
+
+TEST_F(EventsForm, givesTheViewAndTheTable) {
+  start();
+  program_.say("{\"view\": true}\n{\"stimuli\": true}\n{\"view\": false}\n");
+  const Json view = next();
+  EXPECT_EQ(view["event"], "view");
+  EXPECT_EQ(view["view"]["version"], 1);
+  EXPECT_EQ(view["view"]["applications"][0]["interactiveId"], "mine");
+  const Json table = next();
+  EXPECT_EQ(table["event"], "stimuli");
+  EXPECT_EQ(table["stimuli"][0]["name"], "button");
+  EXPECT_EQ(next()["done"], false);
+}
+
+TEST_F(EventsForm, holdsNoSecret) {
+  start();
+  program_.say("credentials facebookToken=SECRET\ncredentials\n{\"view\": true}\n");
+  zeph::ZephMsg query = pingRequest("mine");
+  query.clear_ping();
+  query.mutable_socialquery();
+  EXPECT_EQ(client_->ask(query).social().facebooktoken(), "SECRET") << "the application gets it";
+  zeph::ZephMsg account = pingRequest("mine");
+  account.clear_ping();
+  auto* given = account.mutable_m2m()->mutable_account();
+  given->set_sipid("ann");
+  given->set_sipdomain("home");
+  given->set_sippassword("SECRET");
+  given->set_stunserver("s");
+  EXPECT_EQ(client_->ask(account).response().code(), zeph::OK);
+  program_.say("help\n");
+  program_.waitFor("show this");
+  EXPECT_THAT(program_.output(), HasSubstr("facebookToken"));
+  EXPECT_THAT(program_.output(), HasSubstr("sipPassword"));
+  EXPECT_THAT(program_.output(), Not(HasSubstr("SECRET")));
 }
 
 class LogVerb : public ::testing::Test {

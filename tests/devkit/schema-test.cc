@@ -126,7 +126,7 @@ TEST(Schema, theDeviceHasNoAnswerToStrangers) {
     zeph::ZephMsg request;
     request.set_id("x");
     request.GetReflection()->MutableMessage(&request, field);
-    bench.device.receive(1, request);
+    receive(bench.device, 1, request);
     EXPECT_THAT(bench.said(), ::testing::ElementsAre(HasSubstr("this device has no answer to " +
                                                                std::string(payload))));
   }

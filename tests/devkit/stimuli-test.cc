@@ -35,13 +35,12 @@ class StimuliTest : public ::testing::Test {
 TEST_F(StimuliTest, everyWordStandsOnceAndHasHelp) {
   const std::string all = stimulate(bench_.device, "help").text;
   std::set<std::string> words;
-  for (const Stimulus& stimulus : stimuli()) {
-    EXPECT_TRUE(words.insert(stimulus.word).second) << stimulus.word;
-    const StimulusOutcome help = stimulate(bench_.device, std::string("help ") + stimulus.word);
+  ASSERT_THAT(stimuli(), SizeIs(::testing::Gt(20U)));
+  for (const Stimulus* stimulus : stimuli()) {
+    EXPECT_TRUE(words.insert(stimulus->name).second) << stimulus->name;
+    const Outcome help = stimulate(bench_.device, std::string("help ") + stimulus->name);
     EXPECT_TRUE(help.done);
-    EXPECT_THAT(help.text, StartsWith(std::string("  ") + stimulus.word));
-    EXPECT_THAT(help.text, HasSubstr(stimulus.usage));
-    EXPECT_THAT(help.text, HasSubstr(stimulus.help));
+    EXPECT_EQ(help.text, "  " + usageOf(*stimulus) + "\n      " + stimulus->help + '\n');
     EXPECT_THAT(all, HasSubstr(help.text));
   }
 }
@@ -107,14 +106,14 @@ TEST_F(StimuliTest, sayWhatIsWrongAndChangeNothing) {
     EXPECT_THAT(bench_.refused(line), StartsWith(words)) << line;
   }
   EXPECT_EQ(bench_.device.state().ears.left, 0);
-  EXPECT_THAT(bench_.device.state().refusals, IsEmpty());
-  EXPECT_THAT(bench_.device.state().delays, IsEmpty());
+  EXPECT_THAT(bench_.device.faults().refusals(), IsEmpty());
+  EXPECT_THAT(bench_.device.faults().delays(), IsEmpty());
 }
 
 TEST_F(StimuliTest, aRefusalNamesEveryCommandThatTheDeviceAnswers) {
   const std::string refusal = bench_.refused("refuse ERROR message");
-  ASSERT_THAT(Device::commands(), SizeIs(::testing::Gt(10U)));
-  for (const auto* command : Device::commands()) {
+  ASSERT_THAT(commands(), SizeIs(::testing::Gt(10U)));
+  for (const auto* command : commands()) {
     EXPECT_THAT(refusal, HasSubstr(command->name()));
     EXPECT_EQ(bench_.noted("refuse ERROR " + command->name()).size(), 1U) << command->name();
   }
@@ -144,7 +143,7 @@ TEST_F(StimuliTest, sayThatNobodyIsThere) {
   bench_.device.applicationLeft(1);
   bench_.device.applicationLeft(2);
   for (const char* line : {"button SIMPLE", "drop", "pieces 3", "stop", "call INCOMING you"}) {
-    const StimulusOutcome outcome = stimulate(bench_.device, line);
+    const Outcome outcome = stimulate(bench_.device, line);
     EXPECT_TRUE(outcome.done);
     EXPECT_EQ(outcome.text, "no application is connected\n") << line;
   }
@@ -196,14 +195,14 @@ TEST_F(StimuliTest, everyWordShowsSomethingAlsoWhenNobodyIsThere) {
   bench_.command("asr { dictionary: 'a' }");
   bench_.device.applicationLeft(1);
   bench_.device.applicationLeft(2);
-  for (const Stimulus& stimulus : stimuli()) {
-    const auto words = behind.find(stimulus.word);
-    bench_.outlet.notes.clear();
-    const StimulusOutcome outcome =
+  for (const Stimulus* stimulus : stimuli()) {
+    const auto words = behind.find(stimulus->name);
+    bench_.events.all.clear();
+    const Outcome outcome =
         stimulate(bench_.device,
-                  std::string(stimulus.word) + ' ' + (words != behind.end() ? words->second : ""));
+                  std::string(stimulus->name) + ' ' + (words != behind.end() ? words->second : ""));
     EXPECT_THAT(outcome.text, Not(HasSubstr("missing")));
-    EXPECT_TRUE(!outcome.text.empty() || !bench_.outlet.notes.empty()) << stimulus.word;
+    EXPECT_TRUE(!outcome.text.empty() || !bench_.events.notes().empty()) << stimulus->name;
   }
 }
 
@@ -314,7 +313,7 @@ TEST_F(StimuliTest, piecesAreForTheNextMessageOnly) {
   stimulate(bench_.device, "button SIMPLE");
   stimulate(bench_.device, "button SIMPLE");
   std::vector<std::size_t> sizes;
-  for (const Sent& sent : bench_.outlet.sent) sizes.push_back(sent.delivery.pieceSize);
+  for (const Outgoing& sent : bench_.outlet.sent) sizes.push_back(sent.delivery.pieceSize);
   EXPECT_THAT(sizes, ElementsAre(3, 0, 0, 0));
   EXPECT_EQ(bench_.outlet.sent[0].delivery.pause, milliseconds(50));
 }

@@ -43,7 +43,7 @@ class UserDataTest : public ::testing::Test {
     EXPECT_TRUE(
         google::protobuf::TextFormat::ParseFromString(query, request.mutable_morvikmessagequery()));
     bench_.outlet.sent.clear();
-    bench_.device.receive(1, request);
+    receive(bench_.device, 1, request);
     EXPECT_THAT(bench_.outlet.sent, SizeIs(1));
     if (bench_.outlet.sent.size() != 1) return {};
     const zeph::ZephMsg& answer = bench_.outlet.sent[0].message;
@@ -62,7 +62,7 @@ class UserDataTest : public ::testing::Test {
 
   // A line of the command input that tells its writer something.
   std::string told(const std::string& line) {
-    const StimulusOutcome outcome = stimulate(bench_.device, line);
+    const Outcome outcome = stimulate(bench_.device, line);
     EXPECT_TRUE(outcome.done) << outcome.text;
     return outcome.text;
   }
@@ -228,13 +228,18 @@ TEST_F(CredentialsTest, areNeverShown) {
   answer.mutable_social()->set_facebooktoken("SECRET");
   answer.mutable_social()->set_twittertokensecret("SECRET");
   EXPECT_EQ(describe(answer), "credentials twitterTokenSecret facebookToken");
-  display.sent(1, answer);
-  display.received(1, answer);
+  const auto show = [&](auto event) {
+    event.application = 1;
+    event.message = std::make_shared<zeph::ZephMsg>(answer);
+    display.happened({1, {}, event});
+  };
+  show(Sent());
+  show(Received());
   answer.mutable_config()->mutable_social()->set_facebooktoken("SECRET");
   answer.mutable_detection();
-  display.received(1, answer);
+  show(Received());
   answer.clear_config();
-  display.received(1, answer);
+  show(Received());
   EXPECT_THAT(lines, ::testing::Each(Not(HasSubstr("SECRET"))));
   EXPECT_THAT(lines, SizeIs(4));
 }
@@ -257,7 +262,7 @@ TEST(UserDataOnDisk, aStoreThatFailsIsAnErrorAndNoLoss) {
   HeldScheduler scheduler;
   Device device(outlet, scheduler, Store::open(folder.path(), trouble));
   device.applicationCame(1);
-  device.receive(1, startRequest("granted"));
+  receive(device, 1, startRequest("granted"));
   ASSERT_TRUE(stimulate(device, "message anna hi").done);
   forbidWriting(folder / "device.sqlite");
   for (const char* line : {"message anna no", "contact anna", "credentials facebookToken=x"}) {
@@ -267,7 +272,7 @@ TEST(UserDataOnDisk, aStoreThatFailsIsAnErrorAndNoLoss) {
   request.set_interactiveid("granted");
   request.mutable_morvikmessagequery()->set_action(zeph::MorvikMessageQuery::NEW);
   request.mutable_morvikmessagequery()->mutable_message()->mutable_header()->mutable_to();
-  device.receive(1, request);
+  receive(device, 1, request);
   EXPECT_EQ(outlet.sent.back().message.response().ShortDebugString(),
             R"(code: ERROR description: "full")");
   EXPECT_THAT(*device.store().messages(), SizeIs(1));

@@ -23,7 +23,6 @@ extern const Feature kSerialFeature;
 extern const Feature kSocialFeature;
 extern const Feature kTtsFeature;
 extern const Feature kWebcamFeature;
-extern const Feature kWorksFeature;
 
 /// All of them. Commands are asked and named in this order.
 std::span<const Feature* const> features();

@@ -1,9 +1,25 @@
 // Interactive mode: any number of applications may hold it at once, each under the id that it
 // chose.
-#include "device/handlers.h"
+#include "device/exchange.h"
+#include "device/features/features.h"
+#include "device/json.h"
+#include "device/stimulation.h"
+#include "device/text.h"
 
 namespace morvik::devkit {
 namespace {
+
+void grant(Device& device, AppNumber application, const std::string& id) {
+  device.changeApplication(application, [&](Application& app) { app.interactiveId = id; });
+}
+
+// The stop notice is no reply: a device may send it at any time, without being asked.
+void takeBack(Device& device, AppNumber application) {
+  grant(device, application, "");
+  zeph::ZephMsg notice;
+  notice.mutable_interactivemode()->set_action(zeph::InteractiveMode::STOP);
+  device.send(application, notice);
+}
 
 void start(const Exchange& exchange) {
   const std::string& id = exchange.request().interactivemode().interactiveid();
@@ -11,16 +27,8 @@ void start(const Exchange& exchange) {
     exchange.respond(zeph::ERROR, "interactive mode needs an interactive id");
     return;
   }
-  exchange.application().interactiveId = id;
+  grant(exchange.device(), exchange.application().number, id);
   exchange.respond(zeph::OK);
-}
-
-// The stop notice is no reply: a device may send it at any time, without being asked.
-void takeBack(Device& device, Application& application) {
-  application.interactiveId.clear();
-  zeph::ZephMsg notice;
-  notice.mutable_interactivemode()->set_action(zeph::InteractiveMode::STOP);
-  device.send(application.number, notice);
 }
 
 void stop(const Exchange& exchange) {
@@ -28,12 +36,10 @@ void stop(const Exchange& exchange) {
     exchange.respond(zeph::BAD_INTERACTIVEID, "not the interactive id that was granted");
     return;
   }
-  takeBack(exchange.device(), exchange.application());
+  takeBack(exchange.device(), exchange.application().number);
 }
 
-}  // namespace
-
-void answerInteractiveMode(const Exchange& exchange) {
+void answer(const Exchange& exchange) {
   const zeph::InteractiveMode& mode = exchange.request().interactivemode();
   if (!mode.has_action()) {
     exchange.respond(zeph::ERROR, "interactive mode needs an action");
@@ -44,13 +50,40 @@ void answerInteractiveMode(const Exchange& exchange) {
   }
 }
 
-void stopInteractiveMode(Stimulation& stimulation) {
+void stopFromOutside(Stimulation& stimulation) {
   if (!stimulation.understood()) return;
   const std::vector<AppNumber> targets = stimulation.targets();
-  for (const AppNumber number : targets) {
-    takeBack(stimulation.device(), *stimulation.device().application(number));
-  }
+  for (const AppNumber number : targets) takeBack(stimulation.device(), number);
   if (targets.empty()) stimulation.tellNobodyHears();
 }
+
+std::string inWords(const zeph::ZephMsg& message) {
+  const auto& mode = message.interactivemode();
+  const std::string action =
+      mode.has_action() ? zeph::InteractiveMode::Action_Name(mode.action()) : "without an action";
+  return "interactive mode " + action +
+         (mode.has_interactiveid() ? ' ' + printable(mode.interactiveid()) : "");
+}
+
+void showApplication(const Application& application, JsonObject& shown) {
+  if (!application.interactiveId.empty()) shown.text("interactiveId", application.interactiveId);
+}
+
+constexpr Command kCommands[] = {
+    {zeph::ZephMsg::kInteractiveModeFieldNumber, Command::Needs::kNothing, answer}};
+constexpr Stimulus kStimuli[] = {{"stop",
+                                  Stimulus::Group::kFault,
+                                  Stimulus::For::kApplications,
+                                  {},
+                                  "stop interactive mode",
+                                  stopFromOutside}};
+constexpr Words kWords[] = {{zeph::ZephMsg::kInteractiveModeFieldNumber, inWords}};
+
+}  // namespace
+
+constinit const Feature kInteractiveModeFeature = {.commands = kCommands,
+                                                   .stimuli = kStimuli,
+                                                   .words = kWords,
+                                                   .showApplication = showApplication};
 
 }  // namespace morvik::devkit

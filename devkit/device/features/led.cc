@@ -1,9 +1,13 @@
 // The LED, and that of the dock: light at once, fade and pulse with an event when they are over.
-#include <algorithm>
-#include <chrono>
-#include <cstdint>
+#include "device/features/led.h"
 
-#include "device/handlers.h"
+#include <algorithm>
+#include <cstdint>
+#include <optional>
+
+#include "device/features/features.h"
+#include "device/text.h"
+#include "device/view.h"
 
 namespace morvik::devkit {
 namespace {
@@ -12,34 +16,84 @@ using std::chrono::milliseconds;
 
 // Periods and counts below zero come from scripts that passed a negative number; they count as
 // none.
-std::int64_t atLeastZero(std::int32_t number) { return std::max(number, 0); }
+int atLeastZero(std::int32_t number) { return std::max(number, 0); }
 
-void showFor(const Exchange& exchange, Work work, milliseconds duration) {
-  exchange.undertake(work, duration);
-  exchange.respond(zeph::OK);
+// What the LED does next; nothing when the command does not say.
+std::optional<Led> wantedBy(const zeph::Led& command) {
+  if (command.has_pulse()) {
+    const auto& pulse = command.pulse();
+    return Led{pulse.color(), "pulse", "", milliseconds(atLeastZero(pulse.period())),
+               atLeastZero(pulse.pulse())};
+  }
+  if (command.has_fade()) {
+    const auto& fade = command.fade();
+    return Led{fade.color(), "fade", "", milliseconds(atLeastZero(fade.period())), 1};
+  }
+  if (command.has_light() && command.light().has_color()) {
+    return Led{command.light().color(), "light", "", {}, 0};
+  }
+  return std::nullopt;
 }
 
 }  // namespace
 
-void answerLedCommand(const Exchange& exchange, const zeph::Led& led, Led& state, Work work) {
-  if (led.has_pulse()) {
-    const auto& pulse = led.pulse();
-    state = {pulse.color(), Led::Effect::kPulse};
-    showFor(exchange, work, milliseconds(atLeastZero(pulse.period()) * atLeastZero(pulse.pulse())));
-  } else if (led.has_fade()) {
-    state = {led.fade().color(), Led::Effect::kFade};
-    showFor(exchange, work, milliseconds(atLeastZero(led.fade().period())));
-  } else if (led.has_light() && led.light().has_color()) {
-    state = {led.light().color(), Led::Effect::kLight};
-    exchange.device().end(work, zeph::CANCELLED);
-    exchange.respond(zeph::OK);
-  } else {
+// A light is done at once; everything else takes its periods.
+void answerLedCommand(const Exchange& exchange, const zeph::Led& command, Work work,
+                      const char* part, Led& (*place)(DeviceState& state)) {
+  std::optional<Led> wanted = wantedBy(command);
+  if (!wanted) {
     exchange.respond(zeph::ERROR, "the LED needs a colour to light, fade or pulse");
+    return;
   }
+  exchange.device().change(part, [&](DeviceState& state) {
+    wanted->from = place(state).color;
+    place(state) = *wanted;
+  });
+  if (wanted->effect == "light") {
+    exchange.device().end(work, zeph::CANCELLED);
+  } else {
+    exchange.undertake(work, wanted->period * std::int64_t{wanted->count});
+  }
+  exchange.respond(zeph::OK);
 }
 
-void answerLed(const Exchange& exchange) {
-  answerLedCommand(exchange, exchange.request().led(), exchange.state().led, Work::kLed);
+std::string ledInWords(const zeph::Led& command) {
+  if (command.has_pulse()) {
+    return "led pulse " + printable(command.pulse().color()) + ' ' +
+           inMilliseconds(command.pulse().period()) + " x " +
+           std::to_string(command.pulse().pulse());
+  }
+  if (command.has_fade()) {
+    return "led fade " + printable(command.fade().color()) + ' ' +
+           inMilliseconds(command.fade().period());
+  }
+  return "led light " + printable(command.light().color());
 }
+
+void showLed(const Led& led, JsonObject shown) {
+  shown.text("color", led.color).text("effect", led.effect);
+  if (led.effect == "light") return;
+  shown.text("from", led.from).number("period", led.period.count()).number("count", led.count);
+}
+
+namespace {
+
+void answer(const Exchange& exchange) {
+  answerLedCommand(exchange, exchange.request().led(), Work::kLed, "led",
+                   [](DeviceState& state) -> Led& { return state.led; });
+}
+
+std::string inWords(const zeph::ZephMsg& message) { return ledInWords(message.led()); }
+
+void show(const DeviceView& view, JsonObject& whole) {
+  showLed(view.state.led, whole.object("led"));
+}
+
+constexpr Command kCommands[] = {{zeph::ZephMsg::kLedFieldNumber, Command::Needs::kGrant, answer}};
+constexpr Words kWords[] = {{zeph::ZephMsg::kLedFieldNumber, inWords}};
+
+}  // namespace
+
+constinit const Feature kLedFeature = {.commands = kCommands, .words = kWords, .show = show};
 
 }  // namespace morvik::devkit

@@ -1,9 +1,12 @@
 // Calls. Applications of this device can call each other: one that gave an account has the address
 // sipId@sipDomain, and answers to sipId alone as well; application 2 is always app2 too. Any other
-// address is somebody outside, and the command input says what that one does.
+// address is somebody outside, and the world says what that one does.
 #include <chrono>
 
-#include "device/handlers.h"
+#include "device/exchange.h"
+#include "device/features/features.h"
+#include "device/json.h"
+#include "device/stimulation.h"
 
 namespace morvik::devkit {
 namespace {
@@ -12,6 +15,8 @@ using State = Call::State;
 using Type = zeph::M2mCallback;
 
 constexpr std::chrono::seconds kLongestRinging{30};
+
+// Who is who, and who is in a call with whom.
 
 std::string nameOf(AppNumber number) { return "app" + std::to_string(number); }
 
@@ -28,12 +33,21 @@ bool answersTo(const Application& application, const std::string& address) {
          (!application.sipId.empty() && address == application.sipId);
 }
 
-Application* whoAnswersTo(Device& device, const std::string& address) {
+const Application* whoAnswersTo(const Device& device, const std::string& address) {
   for (const auto& [number, application] : device.applications()) {
-    if (answersTo(application, address)) return device.application(number);
+    if (answersTo(application, address)) return &application;
   }
   return nullptr;
 }
+
+void enter(Device& device, AppNumber number, State state, const std::string& correspondant,
+           AppNumber peer) {
+  device.changeApplication(number, [&](Application& application) {
+    application.call = {state, correspondant, peer, application.call.turn + 1};
+  });
+}
+
+// What is told of it.
 
 void tell(Device& device, AppNumber to, zeph::M2mCallback::Type type,
           const std::string& correspondant) {
@@ -43,15 +57,20 @@ void tell(Device& device, AppNumber to, zeph::M2mCallback::Type type,
   device.send(to, message);
 }
 
-void enter(Application& application, State state, const std::string& correspondant,
-           AppNumber peer) {
-  application.call = {state, correspondant, peer, application.call.turn + 1};
+// Ends the call of an application, if it has one, for both ends.
+void endCall(Device& device, AppNumber number) {
+  const Application* application = device.application(number);
+  if (application == nullptr || application->call.state == State::kNone) return;
+  const Call ended = application->call;
+  enter(device, number, State::kNone, "", 0);
+  tell(device, number, Type::TERMINATED, ended.correspondant);
+  endCall(device, ended.peer);
 }
 
-void ringNoLongerThan(Device& device, const Application& application,
-                      std::chrono::milliseconds length) {
-  const AppNumber number = application.number;
-  const unsigned turn = application.call.turn;
+void applicationLeft(Device& device, const Application& gone) { endCall(device, gone.call.peer); }
+
+void ringNoLongerThan(Device& device, AppNumber number, std::chrono::milliseconds length) {
+  const unsigned turn = device.application(number)->call.turn;
   device.after(length, [&device, number, turn] {
     const Application* found = device.application(number);
     if (found != nullptr && found->call.turn == turn) endCall(device, number);
@@ -59,12 +78,15 @@ void ringNoLongerThan(Device& device, const Application& application,
 }
 
 // Both ends hear it, each with the other's address.
-void beginTalk(Device& device, Application& application) {
-  enter(application, State::kTalking, application.call.correspondant, application.call.peer);
-  tell(device, application.number, Type::BEGINNING, application.call.correspondant);
-  Application* peer = device.application(application.call.peer);
-  if (peer != nullptr && peer->call.state != State::kTalking) beginTalk(device, *peer);
+void beginTalk(Device& device, AppNumber number) {
+  const Call call = device.application(number)->call;
+  enter(device, number, State::kTalking, call.correspondant, call.peer);
+  tell(device, number, Type::BEGINNING, call.correspondant);
+  const Application* peer = device.application(call.peer);
+  if (peer != nullptr && peer->call.state != State::kTalking) beginTalk(device, peer->number);
 }
+
+// What applications ask for.
 
 // Commands of this kind carry no function of the script's, so a call that comes to nothing is told
 // as one that ended.
@@ -74,34 +96,38 @@ void refuseCall(const Exchange& exchange, const std::string& why) {
        exchange.request().m2m().call().address());
 }
 
+// The caller hears nothing but that it rings; one of ours hears who calls.
+void ring(Device& device, const Application& caller, const Application* callee,
+          const std::string& address) {
+  enter(device, caller.number, State::kCalling, address, callee != nullptr ? callee->number : 0);
+  ringNoLongerThan(device, caller.number, kLongestRinging);
+  if (callee == nullptr) return;
+  enter(device, callee->number, State::kRinging, addressOf(caller), caller.number);
+  tell(device, callee->number, Type::INCOMING, callee->call.correspondant);
+}
+
 void call(const Exchange& exchange, const std::string& address) {
-  Application& caller = exchange.application();
-  Application* callee = whoAnswersTo(exchange.device(), address);
+  const Application& caller = exchange.application();
+  const Application* callee = whoAnswersTo(exchange.device(), address);
   if (caller.call.state != State::kNone) {
     exchange.respond(zeph::BUSY, "in a call already");
-    return;
-  }
-  if (callee != nullptr && (callee == &caller || callee->call.state != State::kNone)) {
+  } else if (callee != nullptr && (callee == &caller || callee->call.state != State::kNone)) {
     refuseCall(exchange, address + " is in a call");
-    return;
+  } else {
+    exchange.respond(zeph::OK);
+    ring(exchange.device(), caller, callee, address);
   }
-  exchange.respond(zeph::OK);
-  enter(caller, State::kCalling, address, callee != nullptr ? callee->number : 0);
-  ringNoLongerThan(exchange.device(), caller, kLongestRinging);
-  if (callee == nullptr) return;
-  enter(*callee, State::kRinging, addressOf(caller), caller.number);
-  tell(exchange.device(), callee->number, Type::INCOMING, callee->call.correspondant);
 }
 
 void answerCall(const Exchange& exchange, bool accept) {
-  Application& application = exchange.application();
+  const Application& application = exchange.application();
   if (application.call.state != State::kRinging) {
     exchange.respond(zeph::ERROR, "nobody calls");
     return;
   }
   exchange.respond(zeph::OK);
   if (accept) {
-    beginTalk(exchange.device(), application);
+    beginTalk(exchange.device(), application.number);
   } else {
     endCall(exchange.device(), application.number);
   }
@@ -123,23 +149,14 @@ void takeAccount(const Exchange& exchange, const zeph::M2m::Account& account) {
     exchange.respond(zeph::ERROR, "the address \"" + account.sipid() + "\" is not free");
     return;
   }
-  exchange.application().sipId = account.sipid();
-  exchange.application().sipDomain = account.sipdomain();
+  exchange.device().changeApplication(exchange.application().number, [&](Application& application) {
+    application.sipId = account.sipid();
+    application.sipDomain = account.sipdomain();
+  });
   exchange.respond(zeph::OK);
 }
 
-}  // namespace
-
-void endCall(Device& device, AppNumber number) {
-  Application* application = device.application(number);
-  if (application == nullptr || application->call.state == State::kNone) return;
-  const Call ended = application->call;
-  enter(*application, State::kNone, "", 0);
-  tell(device, number, Type::TERMINATED, ended.correspondant);
-  endCall(device, ended.peer);
-}
-
-void answerM2m(const Exchange& exchange) {
+void answer(const Exchange& exchange) {
   const zeph::M2m& m2m = exchange.request().m2m();
   if (m2m.has_call()) {
     call(exchange, m2m.call().address());
@@ -154,45 +171,79 @@ void answerM2m(const Exchange& exchange) {
   }
 }
 
-namespace {
+// What somebody outside does.
 
-// What somebody outside does, for one application.
-void doFromOutside(Device& device, Application& application, zeph::M2mCallback::Type type,
+void doFromOutside(Device& device, AppNumber number, zeph::M2mCallback::Type type,
                    const std::string& who) {
-  const bool idle = application.call.state == State::kNone;
+  const Call now = device.application(number)->call;
+  const bool idle = now.state == State::kNone;
   if (type == Type::INCOMING) {
-    enter(application, State::kRinging, who, 0);
-    ringNoLongerThan(device, application, kLongestRinging);
-    tell(device, application.number, type, who);
+    enter(device, number, State::kRinging, who, 0);
+    ringNoLongerThan(device, number, kLongestRinging);
+    tell(device, number, type, who);
   } else if (type == Type::BEGINNING) {
-    if (idle || !who.empty()) enter(application, State::kCalling, who, application.call.peer);
-    beginTalk(device, application);
+    if (idle || !who.empty()) enter(device, number, State::kCalling, who, now.peer);
+    beginTalk(device, number);
   } else if (idle) {
-    tell(device, application.number, type, who);
+    tell(device, number, type, who);
   } else {
-    endCall(device, application.number);
+    endCall(device, number);
   }
 }
 
-}  // namespace
-
-void callFromOutside(Stimulation& stimulation) {
-  const auto type = stimulation.choice<zeph::M2mCallback::Type>("what happened");
-  const bool mayLackName = type != Type::INCOMING && !stimulation.hasMore();
-  const std::string who = mayLackName ? "" : stimulation.text("WHO");
-  const std::vector<AppNumber> targets = stimulation.targets();
-  for (const AppNumber number : targets) {
+void refuseWhatMakesNoSense(Stimulation& stimulation, zeph::M2mCallback::Type type,
+                            const std::string& who) {
+  const bool named = stimulation.has("who");
+  if (type == Type::INCOMING && !named) stimulation.refuse("WHO is missing");
+  for (const AppNumber number : stimulation.targets()) {
     const bool idle = stimulation.device().application(number)->call.state == State::kNone;
     if (type == Type::INCOMING && !idle)
       stimulation.refuse(nameOf(number) + " is in a call, which call TERMINATED ends");
     if (idle && who.empty())
       stimulation.refuse(nameOf(number) + " is in no call, so WHO is missing");
   }
+}
+
+void callFromOutside(Stimulation& stimulation) {
+  const auto type = stimulation.choice<zeph::M2mCallback::Type>("type");
+  const std::string who = stimulation.text("who");
+  refuseWhatMakesNoSense(stimulation, type, who);
   if (!stimulation.understood()) return;
-  for (const AppNumber number : targets) {
-    doFromOutside(stimulation.device(), *stimulation.device().application(number), type, who);
-  }
+  const std::vector<AppNumber> targets = stimulation.targets();
+  for (const AppNumber number : targets) doFromOutside(stimulation.device(), number, type, who);
   if (targets.empty()) stimulation.tellNobodyHears();
 }
+
+void showApplication(const Application& application, JsonObject& shown) {
+  constexpr const char* kStates[] = {"none", "calling", "ringing", "talking"};
+  shown.text("address", addressOf(application));
+  const Call& call = application.call;
+  if (call.state == State::kNone) return;
+  JsonObject told = shown.object("call");
+  told.text("state", kStates[static_cast<std::size_t>(call.state)])
+      .text("with", call.correspondant);
+  if (call.peer != 0) told.number("peer", call.peer);
+}
+
+constexpr Argument kCall[] = {
+    {.name = "type",
+     .what = "what happened",
+     .kind = Argument::Kind::kChoice,
+     .choices = namesOf<zeph::M2mCallback::Type_descriptor>},
+    {.name = "who", .usage = "WHO", .needed = false},
+};
+
+constexpr Command kCommands[] = {{zeph::ZephMsg::kM2MFieldNumber, Command::Needs::kGrant, answer}};
+constexpr Stimulus kStimuli[] = {
+    {"call", Stimulus::Group::kAround, Stimulus::For::kApplications, kCall,
+     "call from outside, take a call up, or end it; WHO may be left out in a call", callFromOutside,
+     "INCOMING WHO|BEGINNING [WHO]|TERMINATED [WHO]"}};
+
+}  // namespace
+
+constinit const Feature kM2mFeature = {.commands = kCommands,
+                                       .stimuli = kStimuli,
+                                       .showApplication = showApplication,
+                                       .applicationLeft = applicationLeft};
 
 }  // namespace morvik::devkit

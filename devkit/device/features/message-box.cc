@@ -3,10 +3,13 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "device/describe.h"
-#include "device/handlers.h"
+#include "device/exchange.h"
+#include "device/features/contact-json.h"
+#include "device/features/features.h"
 #include "device/owned.h"
-#include "device/store.h"
+#include "device/stimulation.h"
+#include "device/text.h"
+#include "device/view.h"
 
 namespace morvik::devkit {
 namespace {
@@ -86,11 +89,9 @@ bool addReceived(Store& store, const std::string& from, zeph::MorvikMessageConte
   return add(store, std::move(message)).has_value();
 }
 
-}  // namespace
-
 // The messages that the query is about stand in every answer, as they are afterwards, those that
 // were deleted as they were: a response alone would not reach the script.
-void answerMessageQuery(const Exchange& exchange) {
+void answer(const Exchange& exchange) {
   const Query& query = exchange.request().morvikmessagequery();
   if (query.action() == Query::NEW && !query.has_message()) {
     return exchange.respond(zeph::ERROR, "a new message needs a message");
@@ -98,6 +99,9 @@ void answerMessageQuery(const Exchange& exchange) {
   Store& store = exchange.device().store();
   const auto messages = carryOut(store, query);
   if (!messages) return exchange.respond(zeph::ERROR, store.trouble());
+  if (query.action() != Query::LIST && query.action() != Query::GET) {
+    exchange.device().changed("messages");
+  }
   zeph::ZephMsg answer;
   answer.mutable_response()->set_code(zeph::OK);
   answer.mutable_morvikmessageresponse()->mutable_morvikmessagelist()->Assign(messages->begin(),
@@ -107,17 +111,79 @@ void answerMessageQuery(const Exchange& exchange) {
 
 void bringMessage(Stimulation& stimulation) {
   zeph::MorvikMessageContent content;
-  const auto type = stimulation.named("type");
-  content.set_type(type ? stimulation.choiceFrom<zeph::MorvikMessageContent::Type>(*type)
-                        : zeph::MorvikMessageContent::TEXT);
-  if (const auto header = stimulation.named("header")) content.set_header(*header);
-  const std::string from = stimulation.id("the sender's UUID");
-  content.set_content(stimulation.text("the TEXT"));
-  stimulation.mustBeForAll();
+  content.set_type(stimulation.choice<zeph::MorvikMessageContent::Type>("type"));
+  if (stimulation.has("header")) content.set_header(stimulation.text("header"));
+  content.set_content(stimulation.text("text"));
+  const std::string from = stimulation.text("uuid");
   if (!stimulation.understood()) return;
-  Store& store = stimulation.device().store();
-  if (!addReceived(store, from, std::move(content))) return stimulation.refuse(store.trouble());
-  stimulation.device().note("a message of " + cited(from) + " came");
+  Device& device = stimulation.device();
+  if (!addReceived(device.store(), from, std::move(content))) {
+    return stimulation.refuse(device.store().trouble());
+  }
+  device.changed("messages");
+  device.note("a message of " + cited(from) + " came");
 }
+
+std::string query(const zeph::ZephMsg& message) {
+  const auto& query = message.morvikmessagequery();
+  std::string text = "messages " + Query::TypeAction_Name(query.action());
+  for (const std::string& id : query.id()) text += ' ' + printable(id);
+  if (!query.has_message()) return text;
+  return text + " to " + printable(query.message().header().to().uuid()) +
+         quotedIfAny(query.message().content().content());
+}
+
+std::string response(const zeph::ZephMsg& message) {
+  const int count = message.morvikmessageresponse().morvikmessagelist_size();
+  return std::to_string(count) + (count == 1 ? " message" : " messages");
+}
+
+void showMessage(const zeph::MorvikMessage& message, JsonObject shown) {
+  const Header& header = message.header();
+  shown.text("id", header.id()).number("date", header.date());
+  shown.text("status", Header::Status_Name(header.status()));
+  showContact(header.from(), shown.object("from"));
+  showContact(header.to(), shown.object("to"));
+  if (!message.has_content()) return;
+  const zeph::MorvikMessageContent& content = message.content();
+  shown.text("type", zeph::MorvikMessageContent::Type_Name(content.type()));
+  if (content.has_header()) shown.text("header", content.header());
+  shown.text("content", content.content());
+}
+
+void show(const DeviceView& view, JsonObject& whole) {
+  whole.list("messages");
+  for (const zeph::MorvikMessage& message : view.messages) {
+    showMessage(message, whole.added("messages"));
+  }
+}
+
+constexpr Argument kMessage[] = {
+    {.name = "uuid", .usage = "UUID", .what = "the sender's UUID", .kind = Argument::Kind::kId},
+    {.name = "text", .usage = "TEXT", .what = "the TEXT"},
+    {.name = "type",
+     .what = "the type",
+     .kind = Argument::Kind::kChoice,
+     .form = Argument::Form::kNamed,
+     .needed = false,
+     .byDefault = "TEXT",
+     .choices = namesOf<zeph::MorvikMessageContent::Type_descriptor>},
+    {.name = "header", .usage = "TEXT", .form = Argument::Form::kNamed, .needed = false},
+};
+
+constexpr Command kCommands[] = {
+    {zeph::ZephMsg::kMorvikMessageQueryFieldNumber, Command::Needs::kGrant, answer}};
+constexpr Stimulus kStimuli[] = {{"message", Stimulus::Group::kUser, Stimulus::For::kDevice,
+                                  kMessage, "put a message of this sender into the box",
+                                  bringMessage}};
+constexpr Words kWords[] = {
+    {zeph::ZephMsg::kMorvikMessageQueryFieldNumber, query},
+    {zeph::ZephMsg::kMorvikMessageResponseFieldNumber, response},
+};
+
+}  // namespace
+
+constinit const Feature kMessageBoxFeature = {
+    .commands = kCommands, .stimuli = kStimuli, .words = kWords, .show = show};
 
 }  // namespace morvik::devkit

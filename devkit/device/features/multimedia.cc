@@ -3,18 +3,62 @@
 #include <algorithm>
 #include <chrono>
 
-#include "device/describe.h"
-#include "device/handlers.h"
+#include "device/exchange.h"
+#include "device/features/features.h"
+#include "device/features/left-file.h"
 #include "device/media-files.h"
+#include "device/stimulation.h"
+#include "device/text.h"
+#include "device/view.h"
 
 namespace morvik::devkit {
 namespace {
 
 using std::chrono::milliseconds;
 using Action = zeph::MultimediaCallback;
+using Mode = Player::Mode;
 
 constexpr milliseconds kLengthOfASound{3000};
 constexpr milliseconds kLengthOfARecording{3000};
+
+// What each list is called where; the one table of them.
+struct List {
+  const char* stimulus;
+  const char* view;
+  std::vector<std::string> Library::*names;
+  bool (zeph::Multimedia::*asked)() const;
+  void (zeph::Multimedia::*add)(const std::string& name);
+};
+constexpr List kLists[] = {
+    {"ARTIST", "artists", &Library::artists, &zeph::Multimedia::has_getartist,
+     &zeph::Multimedia::add_artistlist},
+    {"FOLDER", "folders", &Library::folders, &zeph::Multimedia::has_getfolder,
+     &zeph::Multimedia::add_folderlist},
+    {"PLAYLIST", "playlists", &Library::playlists, &zeph::Multimedia::has_getplaylist,
+     &zeph::Multimedia::add_playlistlist},
+    {"GENRE", "genres", &Library::genres, &zeph::Multimedia::has_getgenre,
+     &zeph::Multimedia::add_genrelist},
+    {"SONG", "songs", &Library::songs, &zeph::Multimedia::has_getsong,
+     &zeph::Multimedia::add_songlist},
+};
+
+void setMode(Device& device, Mode mode) {
+  device.change("player", [&](DeviceState& state) { state.player.mode = mode; });
+}
+
+// The song before or after the one that was played last, in a circle; nothing without songs.
+std::optional<std::string> neighbour(const DeviceState& state, bool forward) {
+  const std::vector<std::string>& songs = state.library.songs;
+  if (songs.empty()) return std::nullopt;
+  const auto found = std::find(songs.begin(), songs.end(), state.player.url);
+  const auto at = static_cast<std::size_t>(found - songs.begin());
+  const std::size_t last = songs.size() - 1;
+  const std::size_t next = at < last ? at + 1 : 0;
+  const std::size_t previous = at > 0 ? at - 1 : last;
+  return songs[forward ? next : previous];
+}
+
+// What applications ask for, and what everybody is told of it.
 
 zeph::ZephMsg playerMessage(zeph::MultimediaCallback::TypeAction action) {
   zeph::ZephMsg message;
@@ -25,22 +69,21 @@ zeph::ZephMsg playerMessage(zeph::MultimediaCallback::TypeAction action) {
 void play(const Exchange& exchange, const std::string& url) {
   Device& device = exchange.device();
   device.end(Work::kSound, zeph::CANCELLED);
-  device.state().player = {Player::Mode::kPlaying, url};
+  device.change("player", [&](DeviceState& state) { state.player = {Mode::kPlaying, url}; });
   exchange.respond(zeph::OK);
   device.sendToAll(playerMessage(Action::PLAY));
   exchange.undertake(Work::kSound, kLengthOfASound, [&device](zeph::ZephMsg& /*event*/) {
-    device.state().player.mode = Player::Mode::kStopped;
+    setMode(device, Mode::kStopped);
     device.sendToAll(playerMessage(Action::STOP));
   });
 }
 
 void pause(const Exchange& exchange) {
-  Player& player = exchange.state().player;
-  if (player.mode != Player::Mode::kPlaying) {
+  if (exchange.state().player.mode != Mode::kPlaying) {
     exchange.respond(zeph::ERROR, "nothing plays");
     return;
   }
-  player.mode = Player::Mode::kPaused;
+  setMode(exchange.device(), Mode::kPaused);
   exchange.device().suspend(Work::kSound);
   exchange.respond(zeph::OK);
   exchange.device().sendToAll(playerMessage(Action::PAUSE));
@@ -48,12 +91,11 @@ void pause(const Exchange& exchange) {
 
 // A sound that goes on lasts its whole length once more: nobody listens that closely.
 void resume(const Exchange& exchange) {
-  Player& player = exchange.state().player;
-  if (player.mode != Player::Mode::kPaused) {
+  if (exchange.state().player.mode != Mode::kPaused) {
     exchange.respond(zeph::ERROR, "nothing is paused");
     return;
   }
-  player.mode = Player::Mode::kPlaying;
+  setMode(exchange.device(), Mode::kPlaying);
   exchange.device().prolong(Work::kSound, kLengthOfASound);
   exchange.respond(zeph::OK);
   exchange.device().sendToAll(playerMessage(Action::RESUME));
@@ -66,56 +108,34 @@ void stop(const Exchange& exchange) {
   exchange.device().end(Work::kRecord, zeph::TERMINATED);
 }
 
-// The library's songs go round in a circle.
 void skip(const Exchange& exchange, bool forward) {
-  const std::vector<std::string> songs = exchange.state().library.songs;
-  if (songs.empty()) {
-    exchange.respond(zeph::ERROR, "the library has no songs");
-    return;
-  }
-  const auto found = std::find(songs.begin(), songs.end(), exchange.state().player.url);
-  const auto at = static_cast<std::size_t>(found - songs.begin());
-  const std::size_t last = songs.size() - 1;
-  const std::size_t next = at < last ? at + 1 : 0;
-  const std::size_t previous = at > 0 ? at - 1 : last;
-  play(exchange, songs[forward ? next : previous]);
+  const auto song = neighbour(exchange.state(), forward);
+  if (!song) return exchange.respond(zeph::ERROR, "the library has no songs");
+  play(exchange, *song);
 }
 
 void record(const Exchange& exchange) {
   Device& device = exchange.device();
+  device.change("recorder", [&](DeviceState& state) {
+    state.recording = exchange.request().multimedia().record().url();
+  });
   exchange.undertake(Work::kRecord, kLengthOfARecording, [&device](zeph::ZephMsg& event) {
-    if (event.event().code() != zeph::TERMINATED) return;
-    tellOfFile(device, event, kRecordingPath, writeRecording());
+    leaveFile(device, event, kRecordingPath, writeRecording);
   });
   exchange.respond(zeph::OK);
 }
 
 // One message only, without a response beside it: an application takes the first answer and is done
 // with the query.
-void replyWithList(const Exchange& exchange, const std::vector<std::string>& names,
-                   void (zeph::Multimedia::*add)(const std::string& name)) {
-  zeph::ZephMsg answer;
-  zeph::Multimedia* lists = answer.mutable_multimedia();
-  for (const std::string& name : names) (lists->*add)(name);
-  exchange.reply(answer);
-}
-
 bool answerQuery(const Exchange& exchange) {
   const zeph::Multimedia& asked = exchange.request().multimedia();
-  const Library& library = exchange.state().library;
-  if (asked.has_getartist()) {
-    replyWithList(exchange, library.artists, &zeph::Multimedia::add_artistlist);
-  } else if (asked.has_getfolder()) {
-    replyWithList(exchange, library.folders, &zeph::Multimedia::add_folderlist);
-  } else if (asked.has_getplaylist()) {
-    replyWithList(exchange, library.playlists, &zeph::Multimedia::add_playlistlist);
-  } else if (asked.has_getgenre()) {
-    replyWithList(exchange, library.genres, &zeph::Multimedia::add_genrelist);
-  } else if (asked.has_getsong()) {
-    replyWithList(exchange, library.songs, &zeph::Multimedia::add_songlist);
-  } else {
-    return false;
-  }
+  const auto* list = std::find_if(std::begin(kLists), std::end(kLists),
+                                  [&](const List& one) { return (asked.*one.asked)(); });
+  if (list == std::end(kLists)) return false;
+  zeph::ZephMsg answer;
+  zeph::Multimedia* names = answer.mutable_multimedia();
+  for (const std::string& name : exchange.state().library.*list->names) (names->*list->add)(name);
+  exchange.reply(answer);
   return true;
 }
 
@@ -139,35 +159,70 @@ bool answerCommand(const Exchange& exchange) {
   return true;
 }
 
-}  // namespace
-
-void answerMultimedia(const Exchange& exchange) {
+void answer(const Exchange& exchange) {
   if (!answerCommand(exchange) && !answerQuery(exchange)) {
     exchange.respond(zeph::ERROR, "neither a command nor a query");
   }
 }
 
+// What the world does.
+
 void tellOfPlayer(Stimulation& stimulation) {
-  const auto action = stimulation.choice<zeph::MultimediaCallback::TypeAction>("what happened");
+  const auto action = stimulation.choice<zeph::MultimediaCallback::TypeAction>("action");
   if (stimulation.understood()) stimulation.send(playerMessage(action));
 }
 
-void changeLibrary(Stimulation& stimulation) {
-  Library& library = stimulation.state().library;
-  const std::pair<const char*, std::vector<std::string>*> lists[] = {
-      {"artists", &library.artists},
-      {"folders", &library.folders},
-      {"playlists", &library.playlists},
-      {"genres", &library.genres},
-      {"songs", &library.songs}};
-  const std::size_t chosen = stimulation.oneOf({"ARTIST", "FOLDER", "PLAYLIST", "GENRE", "SONG"});
-  std::vector<std::string> names = stimulation.rest();
-  stimulation.mustBeForAll();
-  if (!stimulation.understood()) return;
-  const auto& [what, list] = lists[chosen];
-  *list = std::move(names);
-  stimulation.device().note(std::string(what) + " of the library: " + listed(*list));
-  stimulation.device().sendToAll(playerMessage(Action::MUSIC_UPDATE));
+std::vector<std::string> listNames() {
+  std::vector<std::string> names;
+  for (const List& list : kLists) names.emplace_back(list.stimulus);
+  return names;
 }
+
+void changeLibrary(Stimulation& stimulation) {
+  if (!stimulation.understood()) return;
+  const std::string wanted = stimulation.text("list");
+  const List& list = *std::find_if(std::begin(kLists), std::end(kLists),
+                                   [&](const List& one) { return wanted == one.stimulus; });
+  const std::vector<std::string> names = stimulation.all("names");
+  Device& device = stimulation.device();
+  device.change("library", [&](DeviceState& state) { state.library.*list.names = names; });
+  device.note(std::string(list.view) + " of the library: " + listed(names));
+  device.sendToAll(playerMessage(Action::MUSIC_UPDATE));
+}
+
+void show(const DeviceView& view, JsonObject& whole) {
+  constexpr const char* kModes[] = {"stopped", "playing", "paused"};
+  const Player& player = view.state.player;
+  whole.object("player")
+      .text("mode", kModes[static_cast<std::size_t>(player.mode)])
+      .text("url", player.url);
+  whole.object("recorder").text("url", view.state.recording);
+  JsonObject library = whole.object("library");
+  for (const List& list : kLists) library.texts(list.view, view.state.library.*list.names);
+}
+
+constexpr Argument kTell[] = {
+    {.name = "action",
+     .what = "what happened",
+     .kind = Argument::Kind::kChoice,
+     .choices = namesOf<zeph::MultimediaCallback::TypeAction_descriptor>}};
+constexpr Argument kNames[] = {
+    {.name = "list", .kind = Argument::Kind::kChoice, .choices = listNames},
+    {.name = "names", .usage = "NAME", .needed = false, .many = true},
+};
+
+constexpr Command kCommands[] = {
+    {zeph::ZephMsg::kMultimediaFieldNumber, Command::Needs::kGrant, answer}};
+constexpr Stimulus kStimuli[] = {
+    {"player", Stimulus::Group::kAround, Stimulus::For::kApplications, kTell,
+     "tell one thing of the player; what plays goes on", tellOfPlayer},
+    {"library", Stimulus::Group::kAround, Stimulus::For::kDevice, kNames,
+     "put other names into a list of the music library", changeLibrary},
+};
+
+}  // namespace
+
+constinit const Feature kMultimediaFeature = {
+    .commands = kCommands, .stimuli = kStimuli, .show = show};
 
 }  // namespace morvik::devkit

@@ -1,9 +1,13 @@
 // The reader of tags. It remembers none: a tag may leave that never came.
-#include "device/handlers.h"
+#include "device/features/features.h"
 #include "device/owned.h"
+#include "device/stimulation.h"
 
 namespace morvik::devkit {
 namespace {
+
+using Kind = Argument::Kind;
+using Form = Argument::Form;
 
 // Content may be any bytes, which a line of text gives in pairs of digits.
 std::string bytesFrom(Stimulation& stimulation, const std::string& digits) {
@@ -20,36 +24,63 @@ std::string bytesFrom(Stimulation& stimulation, const std::string& digits) {
   return bytes;
 }
 
-void readFields(Stimulation& stimulation, zeph::RfidCallback& tag) {
-  if (const auto app = stimulation.named("app")) {
-    tag.set_app(stimulation.numberFrom(*app));
+zeph::RfidCallback tagFrom(Stimulation& stimulation) {
+  zeph::RfidCallback tag;
+  tag.set_id(stimulation.text("id"));
+  if (stimulation.has("direction")) {
+    tag.set_direction(stimulation.choice<zeph::RfidCallback::Dir>("direction"));
   }
-  if (const auto type = stimulation.named("type")) {
-    tag.set_type(stimulation.choiceFrom<zeph::RfidCallback::Type>(*type));
+  if (stimulation.has("app")) tag.set_app(stimulation.number("app"));
+  if (stimulation.has("type")) {
+    tag.set_type(stimulation.choice<zeph::RfidCallback::Type>("type"));
   }
-  if (const auto pict = stimulation.named("pict")) {
-    tag.set_pict(stimulation.numberFrom(*pict));
+  if (stimulation.has("pict")) tag.set_pict(stimulation.number("pict"));
+  if (stimulation.has("color")) {
+    tag.set_color(stimulation.choice<zeph::RfidCallback::Col>("color"));
   }
-  if (const auto color = stimulation.named("color")) {
-    tag.set_color(stimulation.choiceFrom<zeph::RfidCallback::Col>(*color));
-  }
-  if (const auto content = stimulation.named("content")) tag.set_content(*content);
-  if (const auto digits = stimulation.named("hex")) {
-    tag.set_content(bytesFrom(stimulation, *digits));
-  }
+  if (stimulation.has("content")) tag.set_content(stimulation.text("content"));
+  if (stimulation.has("hex")) tag.set_content(bytesFrom(stimulation, stimulation.text("hex")));
+  return tag;
 }
-
-}  // namespace
 
 void showTag(Stimulation& stimulation) {
   zeph::ZephMsg message;
-  zeph::RfidCallback& tag = *message.mutable_rfidcallback();
-  readFields(stimulation, tag);
-  tag.set_id(stimulation.text("the tag's ID"));
-  if (stimulation.hasMore()) {
-    tag.set_direction(stimulation.choice<zeph::RfidCallback::Dir>("the direction"));
-  }
+  *message.mutable_rfidcallback() = tagFrom(stimulation);
   if (stimulation.understood()) stimulation.send(message);
 }
+
+constexpr Argument kTag[] = {
+    {.name = "id", .usage = "ID", .what = "the tag's ID"},
+    {.name = "direction",
+     .what = "the direction",
+     .kind = Kind::kChoice,
+     .needed = false,
+     .choices = namesOf<zeph::RfidCallback::Dir_descriptor>},
+    {.name = "app", .usage = "N", .kind = Kind::kNumber, .form = Form::kNamed, .needed = false},
+    {.name = "type",
+     .usage = "NAME",
+     .what = "the type",
+     .kind = Kind::kChoice,
+     .form = Form::kNamed,
+     .needed = false,
+     .choices = namesOf<zeph::RfidCallback::Type_descriptor>},
+    {.name = "pict", .usage = "N", .kind = Kind::kNumber, .form = Form::kNamed, .needed = false},
+    {.name = "color",
+     .usage = "NAME",
+     .what = "the colour",
+     .kind = Kind::kChoice,
+     .form = Form::kNamed,
+     .needed = false,
+     .choices = namesOf<zeph::RfidCallback::Col_descriptor>},
+    {.name = "content", .usage = "TEXT", .form = Form::kNamed, .needed = false},
+    {.name = "hex", .usage = "BYTES", .form = Form::kNamed, .needed = false, .insteadOfLast = true},
+};
+
+constexpr Stimulus kStimuli[] = {{"rfid", Stimulus::Group::kBody, Stimulus::For::kApplications,
+                                  kTag, "bring a tag to the reader, or take it away", showTag}};
+
+}  // namespace
+
+constinit const Feature kRfidFeature = {.stimuli = kStimuli};
 
 }  // namespace morvik::devkit

@@ -1,15 +1,14 @@
 // The user's credentials for the social services. What is told of them, also of a line that is
 // wrong, never holds a value.
-#include "device/social.h"
-
-#include "device/describe.h"
-#include "device/handlers.h"
-#include "device/store.h"
+#include "device/exchange.h"
+#include "device/features/features.h"
+#include "device/payload.h"
+#include "device/stimulation.h"
+#include "device/text.h"
+#include "device/view.h"
 
 namespace morvik::devkit {
 namespace {
-
-using Words = std::vector<std::string>;
 
 std::vector<std::string> allNames() {
   const auto* credentials = zeph::Social::descriptor();
@@ -21,59 +20,15 @@ std::vector<std::string> allNames() {
   return names;
 }
 
-// NAME=VALUE, the name as the schema spells it. A value that is empty takes the credential away. A
-// name that is wrong is not repeated: it may be the piece of a value that was cut by a blank.
-void change(Stimulation& stimulation, zeph::Social& credentials, const std::string& word) {
-  const std::size_t equals = word.find('=');
-  const std::string name = word.substr(0, equals);
-  const auto* field = zeph::Social::descriptor()->FindFieldByName(name);
-  if (equals == std::string::npos) {
-    stimulation.refuse(
-        "a credential is given as NAME=VALUE, in quotes when there is a blank in it");
-  } else if (field == nullptr) {
-    stimulation.refuse(thereIsNo("credential of that name", allNames()));
-  } else if (equals + 1 == word.size()) {
-    credentials.GetReflection()->ClearField(&credentials, field);
-  } else {
-    credentials.GetReflection()->SetString(&credentials, field, word.substr(equals + 1));
-  }
-}
-
-void changeAll(Stimulation& stimulation, zeph::Social credentials, const Words& words) {
-  for (const std::string& word : words) change(stimulation, credentials, word);
-  if (!stimulation.understood()) return;
-  Store& store = stimulation.device().store();
-  if (!store.keepCredentials(credentials)) return stimulation.refuse(store.trouble());
-  stimulation.device().note("credentials kept: " + credentialNames(credentials));
-}
-
-void tellAll(Stimulation& stimulation, const zeph::Social& credentials) {
-  if (!stimulation.understood()) return;
-  const bool withheld = stimulation.state().credentialsWithheld;
-  stimulation.tell("kept: " + credentialNames(credentials) + (withheld ? ", withheld" : "") +
-                   "\nthere are: " + listed(allNames()) + '\n');
-}
-
-void withhold(Stimulation& stimulation, bool withheld) {
-  if (!stimulation.understood()) return;
-  stimulation.state().credentialsWithheld = withheld;
-  stimulation.device().note(withheld ? "the credentials are withheld"
-                                     : "the credentials are given");
-}
-
-}  // namespace
-
-std::string credentialNames(const zeph::Social& credentials) {
-  std::vector<const google::protobuf::FieldDescriptor*> fields;
-  credentials.GetReflection()->ListFields(credentials, &fields);
-  std::string names;
-  for (const auto* field : fields) names += (names.empty() ? "" : " ") + field->name();
-  return names.empty() ? "none" : names;
+// The names of those that are there, never a value: "twitterToken facebookToken", or "none".
+std::string namesIn(const zeph::Social& credentials) {
+  const std::vector<std::string> names = namesOfFields(credentials);
+  return names.empty() ? "none" : joined(names, ' ');
 }
 
 // Withheld credentials are an answer without any: an application sees the same as from a user who
 // has none.
-void answerSocialQuery(const Exchange& exchange) {
+void answer(const Exchange& exchange) {
   Store& store = exchange.device().store();
   const auto credentials = store.credentials();
   if (!credentials) return exchange.respond(zeph::ERROR, store.trouble());
@@ -83,17 +38,103 @@ void answerSocialQuery(const Exchange& exchange) {
   exchange.reply(std::move(answer));
 }
 
-void setCredentials(Stimulation& stimulation) {
-  stimulation.mustBeForAll();
-  const Words words = stimulation.rest();
-  if (words == Words{"withhold"} || words == Words{"give"}) {
-    return withhold(stimulation, words.front() == "withhold");
+// NAME=VALUE, the name as the schema spells it. A value that is empty takes the credential away.
+void change(zeph::Social& credentials, const std::string& pair) {
+  const std::size_t equals = pair.find('=');
+  const auto* field = zeph::Social::descriptor()->FindFieldByName(pair.substr(0, equals));
+  if (equals + 1 == pair.size()) {
+    credentials.GetReflection()->ClearField(&credentials, field);
+  } else {
+    credentials.GetReflection()->SetString(&credentials, field, pair.substr(equals + 1));
   }
+}
+
+void changeAll(Stimulation& stimulation, zeph::Social credentials) {
+  for (const std::string& pair : stimulation.all("values")) change(credentials, pair);
+  Device& device = stimulation.device();
+  if (!device.store().keepCredentials(credentials)) {
+    return stimulation.refuse(device.store().trouble());
+  }
+  device.changed("credentials");
+  device.note("credentials kept: " + namesIn(credentials));
+}
+
+void tellAll(Stimulation& stimulation, const zeph::Social& credentials) {
+  const bool withheld = stimulation.state().credentialsWithheld;
+  stimulation.tell("kept: " + namesIn(credentials) + (withheld ? ", withheld" : "") +
+                   "\nthere are: " + listed(allNames()) + '\n');
+}
+
+void withhold(Device& device, bool withheld) {
+  device.change("credentials", [&](DeviceState& state) { state.credentialsWithheld = withheld; });
+  device.note(withheld ? "the credentials are withheld" : "the credentials are given");
+}
+
+void setCredentials(Stimulation& stimulation) {
+  const bool hasMode = stimulation.has("mode");
+  if (hasMode && stimulation.has("values")) {
+    stimulation.refuse("credentials are kept, or withheld and given; not both at once");
+  }
+  if (!stimulation.understood()) return;
+  if (hasMode) return withhold(stimulation.device(), stimulation.text("mode") == "withhold");
   Store& store = stimulation.device().store();
   const auto credentials = store.credentials();
   if (!credentials) return stimulation.refuse(store.trouble());
-  if (words.empty()) return tellAll(stimulation, *credentials);
-  changeAll(stimulation, *credentials, words);
+  if (!stimulation.has("values")) return tellAll(stimulation, *credentials);
+  changeAll(stimulation, *credentials);
 }
+
+std::string query(const zeph::ZephMsg& /*message*/) { return "credentials?"; }
+
+std::string inWords(const zeph::ZephMsg& message) {
+  return "credentials " + namesIn(message.social());
+}
+
+void show(const DeviceView& view, JsonObject& whole) {
+  whole.object("credentials")
+      .texts("kept", view.credentials)
+      .flag("withheld", view.state.credentialsWithheld);
+}
+
+// Alone, for a credential may be called so as well.
+bool isMode(Argument::Words left) {
+  return left.size() == 1 && (left[0] == "withhold" || left[0] == "give");
+}
+
+constexpr Argument kCredentials[] = {
+    {.name = "mode",
+     .kind = Argument::Kind::kName,
+     .needed = false,
+     .choices =
+         [] {
+           return std::vector<std::string>{"withhold", "give"};
+         },
+     .called = "mode",
+     .standsIn = isMode},
+    {.name = "values",
+     .usage = "NAME=VALUE",
+     .kind = Argument::Kind::kPair,
+     .needed = false,
+     .many = true,
+     .secret = true,
+     .choices = allNames,
+     .called = "credential"},
+};
+
+constexpr Command kCommands[] = {
+    {zeph::ZephMsg::kSocialQueryFieldNumber, Command::Needs::kNothing, answer}};
+constexpr Stimulus kStimuli[] = {
+    {"credentials", Stimulus::Group::kUser, Stimulus::For::kDevice, kCredentials,
+     "keep credentials; a name with no value behind it loses its own; alone, tell the names",
+     setCredentials, "[NAME=VALUE]...|withhold|give"}};
+constexpr Words kWords[] = {
+    {zeph::ZephMsg::kSocialQueryFieldNumber, query},
+    {zeph::ZephMsg::kSocialFieldNumber, inWords},
+};
+
+}  // namespace
+
+constinit const Feature kSocialFeature = {
+    .commands = kCommands, .stimuli = kStimuli, .words = kWords, .show = show};
 
 }  // namespace morvik::devkit

@@ -2,8 +2,10 @@
 #include <algorithm>
 #include <chrono>
 
-#include "device/handlers.h"
+#include "device/exchange.h"
+#include "device/features/features.h"
 #include "device/owned.h"
+#include "device/view.h"
 
 namespace morvik::devkit {
 namespace {
@@ -20,9 +22,7 @@ milliseconds timeToSay(const std::string& text) {
                     kLongestSpeech);
 }
 
-}  // namespace
-
-void answerTts(const Exchange& exchange) {
+void answer(const Exchange& exchange) {
   const zeph::Tts& tts = exchange.request().tts();
   if (tts.action() == zeph::Tts::STOP) {
     exchange.device().end(Work::kTts, zeph::CANCELLED);
@@ -30,10 +30,23 @@ void answerTts(const Exchange& exchange) {
   } else if (tts.text().empty()) {
     exchange.respond(zeph::ERROR, "there is no text to speak");
   } else {
-    exchange.state().speech = {tts.text(), tts.lang()};
+    exchange.device().change("speech", [&](DeviceState& state) {
+      state.speech = {tts.text(), tts.lang()};
+    });
     exchange.undertake(Work::kTts, timeToSay(tts.text()));
     exchange.respond(zeph::OK);
   }
 }
+
+void show(const DeviceView& view, JsonObject& whole) {
+  const Speech& speech = view.state.speech;
+  whole.object("speech").text("text", speech.text).text("lang", speech.lang);
+}
+
+constexpr Command kCommands[] = {{zeph::ZephMsg::kTtsFieldNumber, Command::Needs::kGrant, answer}};
+
+}  // namespace
+
+constinit const Feature kTtsFeature = {.commands = kCommands, .show = show};
 
 }  // namespace morvik::devkit

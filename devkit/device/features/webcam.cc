@@ -1,34 +1,36 @@
 // The camera: every photo is the same small picture.
 #include <chrono>
 
-#include "device/handlers.h"
+#include "device/exchange.h"
+#include "device/features/features.h"
+#include "device/features/left-file.h"
 #include "device/media-files.h"
+#include "device/view.h"
 
 namespace morvik::devkit {
 namespace {
 
 constexpr std::chrono::milliseconds kTimeOfAPhoto{500};
 
-}  // namespace
-
-void tellOfFile(Device& device, zeph::ZephMsg& event, const char* path,
-                const std::optional<std::string>& problem) {
-  if (problem) {
-    event.mutable_event()->set_code(zeph::ERROR);
-    event.mutable_event()->set_description(*problem);
-  } else {
-    device.note(std::string("wrote ") + path);
-  }
-}
-
-void answerWebcam(const Exchange& exchange) {
+void answer(const Exchange& exchange) {
   Device& device = exchange.device();
-  device.state().photo = exchange.request().webcam().photo();
+  device.change("photo",
+                [&](DeviceState& state) { state.photo = exchange.request().webcam().photo(); });
   exchange.undertake(Work::kPhoto, kTimeOfAPhoto, [&device](zeph::ZephMsg& event) {
-    if (event.event().code() != zeph::TERMINATED) return;
-    tellOfFile(device, event, kPicturePath, writePicture());
+    leaveFile(device, event, kPicturePath, writePicture);
   });
   exchange.respond(zeph::OK);
 }
+
+void show(const DeviceView& view, JsonObject& whole) {
+  whole.object("photo").text("name", view.state.photo);
+}
+
+constexpr Command kCommands[] = {
+    {zeph::ZephMsg::kWebcamFieldNumber, Command::Needs::kGrant, answer}};
+
+}  // namespace
+
+constinit const Feature kWebcamFeature = {.commands = kCommands, .show = show};
 
 }  // namespace morvik::devkit

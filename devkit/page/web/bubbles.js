@@ -1,12 +1,14 @@
 // What is said, what is listened for, and who is on the telephone, above the device.
 
 import { announce } from './announce.js';
+import { callActions } from './calls.js';
 import { button, byId, el, replaceWhenNew, setFlag, setText } from './dom.js';
 import { choicesOf } from './grammar.js';
 import { perform } from './perform.js';
 import { sayPhrase } from './voice.js';
 
-const goneBy = (work, now) => (work.length > 0 ? Math.min(1, Math.max(0, (now - work.begin) / work.length)) : 0);
+const goneBy = (work, now) =>
+  work.length > 0 ? Math.min(1, Math.max(0, (now - work.begin) / work.length)) : 0;
 
 /** Fills a meter to the part of a work that is over. */
 export function showMeter(id, work, now) {
@@ -27,8 +29,11 @@ function showSpeech(speech) {
 }
 
 function choiceButtons(phrases, app) {
-  return phrases.map((phrase) => button(phrase, () => sayPhrase(phrase, app), { class: 'small', 'data-say': phrase }))
-    .concat(button('noise', () => perform('noise', [], {}, app), { class: 'small quiet', 'data-say-noise': true }));
+  return phrases
+    .map((phrase) => button(phrase, () => sayPhrase(phrase, app), { class: 'small', 'data-say': phrase }))
+    .concat(
+      button('noise', () => perform('noise', [], {}, app), { class: 'small quiet', 'data-say-noise': true }),
+    );
 }
 
 let heard = null;
@@ -39,26 +44,23 @@ function showListening(listening) {
   setText(byId('listening-text'), listening.grammar);
   const phrases = choicesOf(listening.grammar);
   replaceWhenNew(byId('listening-choices'), [listening.active, listening.app, phrases], () =>
-    listening.active ? choiceButtons(phrases, listening.app) : []);
+    listening.active ? choiceButtons(phrases, listening.app) : [],
+  );
   if (listening.active && heard !== listening.begin) announce('The device listens for words');
   heard = listening.active ? listening.begin : null;
 }
 
 const kCallWords = { ringing: 'calls', calling: 'is being called', talking: 'is on the telephone' };
 
-function callActions(call) {
-  const say = (what) => perform('call', call.who ? [what, call.who] : [what], {}, call.app);
-  return [
-    call.state === 'calling' ? button('Take it up', () => say('BEGINNING'), { class: 'small main' }) : null,
-    button('Hang up', () => say('TERMINATED'), { class: 'small' }),
-  ];
-}
-
 function callBubble(call) {
-  return el('li', { class: 'call-bubble', 'data-call': call.state },
+  return el(
+    'li',
+    { class: 'call-bubble', 'data-call': call.state },
     el('span', { class: 'call-sign', 'aria-hidden': 'true' }, '☎'),
     el('span', {}, el('b', {}, call.who || 'somebody'), ` ${kCallWords[call.state] ?? call.state}`),
-    el('span', { class: 'chip' }, call.name), ...callActions(call).filter(Boolean));
+    el('span', { class: 'chip' }, call.name),
+    ...callActions(call),
+  );
 }
 
 function showCalls(calls) {

@@ -25,8 +25,10 @@ const two = (number) => String(number).padStart(2, '0');
 export function timeOfDay(time) {
   if (!Number.isFinite(time)) return String(time ?? '');
   const date = new Date(time);
-  return `${two(date.getHours())}:${two(date.getMinutes())}:${two(date.getSeconds())}` +
-    `.${String(date.getMilliseconds()).padStart(3, '0')}`;
+  return (
+    `${two(date.getHours())}:${two(date.getMinutes())}:${two(date.getSeconds())}` +
+    `.${String(date.getMilliseconds()).padStart(3, '0')}`
+  );
 }
 
 /** A length of time, short. */

@@ -23,7 +23,11 @@ function lean(dock, now) {
 function place([x, y], much, passed) {
   turned = (turned + (x || -y * 2) * passed * 0.3) % 360;
   floor = floor.map((at, i) => (at - [x, y][i] * kSpeed * passed) % kTile[i]);
-  setFlag(byId('mover'), 'transform', `translate(${(x * kLean * much).toFixed(1)} ${(y * kLean * much).toFixed(1)})`);
+  setFlag(
+    byId('mover'),
+    'transform',
+    `translate(${(x * kLean * much).toFixed(1)} ${(y * kLean * much).toFixed(1)})`,
+  );
   setFlag(byId('floor'), 'transform', `translate(${floor[0].toFixed(1)} ${floor[1].toFixed(1)})`);
   for (const wheel of ['wheel-1', 'wheel-2']) byId(wheel).style.transform = `rotate(${turned.toFixed(1)}deg)`;
 }

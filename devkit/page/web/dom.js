@@ -50,12 +50,21 @@ export function setFlag(element, name, value) {
   }
 }
 
+// Whoever was at a button that is made anew stays there, or else stays near.
+function comeBack(element, text) {
+  const same = [...element.querySelectorAll('button')].find((one) => one.textContent === text);
+  (same ?? element.closest('[tabindex]'))?.focus();
+}
+
 /** Replaces the children only when `key` tells that they differ from the last ones. */
 export function replaceWhenNew(element, key, make) {
   const text = JSON.stringify(key);
   if (element.shownKey === text) return;
   element.shownKey = text;
+  const focused = document.activeElement;
+  const within = focused !== element && element.contains(focused);
   element.replaceChildren(...make());
+  if (within) comeBack(element, focused.textContent);
 }
 
 /** A labelled field of a form. */
@@ -63,7 +72,8 @@ export const field = (text, input, attributes = {}) => el('label', attributes, t
 
 export function choice(values, attributes = {}) {
   const options = values.map((value) =>
-    Array.isArray(value) ? el('option', { value: value[0] }, value[1]) : el('option', { value }, value));
+    Array.isArray(value) ? el('option', { value: value[0] }, value[1]) : el('option', { value }, value),
+  );
   return el('select', attributes, options);
 }
 

@@ -5,25 +5,27 @@ import { calm } from './frame.js';
 import { perform } from './perform.js';
 import { deviceNow } from './clock.js';
 
-export const kLastStep = 16;
+const kLastStep = 16;
 const kDegreesOfAStep = 10;
 const kDegreesAtFirst = 8;
 const kPivot = { x: 148, y: 204 };
 const kScale = 146; // how far the dots are from the joint
 const kFastest = 0.04; // steps in a millisecond, where the device jumps
 const kBigStep = 4;
+const kGrace = 400; // milliseconds
 
 const within = (step) => Math.min(kLastStep, Math.max(0, step));
 const degrees = (step) => kDegreesAtFirst + step * kDegreesOfAStep;
 
 /** Where an ear is at a time: {from, to, begin, stepTime}, or from = to when it rests. */
-export function stepAt(ear, now) {
+function stepAt(ear, now) {
   const way = Math.max(0, (now - ear.begin) / ear.stepTime);
   return way >= Math.abs(ear.to - ear.from) ? ear.to : ear.from + Math.sign(ear.to - ear.from) * way;
 }
 
 class Ear {
-  constructor(side) {
+  constructor(side, redraw) {
+    this.redraw = redraw;
     this.side = side;
     this.left = side === 'left';
     this.x = this.left ? kPivot.x : 480 - kPivot.x;
@@ -66,8 +68,9 @@ class Ear {
   // An ear that is gripped beside its middle stays that much beside the pointer.
   #follow(event, first = false) {
     if (!first && this.held === null) return;
-    const point = new DOMPoint(event.clientX, event.clientY)
-      .matrixTransform(this.element.ownerSVGElement.getScreenCTM().inverse());
+    const point = new DOMPoint(event.clientX, event.clientY).matrixTransform(
+      this.element.ownerSVGElement.getScreenCTM().inverse(),
+    );
     const away = (this.left ? -1 : 1) * (point.x - this.x);
     let angle = (Math.atan2(away, kPivot.y - point.y) * 180) / Math.PI;
     if (angle < -90) angle += 360;
@@ -81,14 +84,20 @@ class Ear {
   #letGo() {
     this.held = null;
     setFlag(this.element, 'data-held', false);
-    this.redraw?.();
+    this.redraw();
   }
 
   #key(event) {
     const now = this.wanted ?? this.target;
     const steps = {
-      ArrowUp: now + 1, ArrowRight: now + 1, ArrowDown: now - 1, ArrowLeft: now - 1,
-      PageUp: now + kBigStep, PageDown: now - kBigStep, Home: 0, End: kLastStep,
+      ArrowUp: now + 1,
+      ArrowRight: now + 1,
+      ArrowDown: now - 1,
+      ArrowLeft: now - 1,
+      PageUp: now + kBigStep,
+      PageDown: now - kBigStep,
+      Home: 0,
+      End: kLastStep,
     };
     if (event.key.toLowerCase() === 'b' && !event.ctrlKey && !event.metaKey) this.block();
     if (!(event.key in steps)) return;
@@ -104,15 +113,30 @@ class Ear {
   async turn(step) {
     if (step === (this.wanted ?? this.target)) return;
     this.wanted = step;
+    this.redraw();
     if (this.sending) return;
     this.sending = true;
+    const done = await this.#send();
+    this.sending = false;
+    if (!done) this.wanted = null;
+    // The view that shows it comes a moment later.
+    setTimeout(() => this.#settle(), kGrace);
+    this.redraw();
+  }
+
+  async #send() {
     let last = null;
+    let outcome = null;
     while (this.wanted !== last) {
       last = this.wanted;
-      await perform('ear', [this.side.toUpperCase(), last]);
+      outcome = await perform('ear', [this.side.toUpperCase(), last]);
     }
-    this.sending = false;
-    this.wanted = null;
+    return outcome.done;
+  }
+
+  #settle() {
+    if (!this.sending) this.wanted = null;
+    this.redraw();
   }
 
   draw(step) {
@@ -123,10 +147,15 @@ class Ear {
 
   show(ear, now, passed) {
     this.target = ear.to;
+    if (!this.sending && this.wanted === ear.to) this.wanted = null;
     const arrived = this.#approach(ear, now, passed);
-    const value = Math.round(this.held ?? stepAt(ear, now));
+    const value = Math.round(this.held ?? this.wanted ?? stepAt(ear, now));
     setFlag(this.element, 'aria-valuenow', value);
-    setFlag(this.element, 'aria-valuetext', value === ear.to ? `step ${value} of 16` : `turning to step ${ear.to}`);
+    setFlag(
+      this.element,
+      'aria-valuetext',
+      value === (this.wanted ?? ear.to) ? `step ${value} of 16` : `turning to step ${ear.to}`,
+    );
     this.dots.forEach((dot, step) => setFlag(dot, 'data-on', step === value));
     return !arrived;
   }
@@ -142,8 +171,7 @@ class Ear {
 }
 
 export function makeEars(redraw) {
-  const ears = { left: new Ear('left'), right: new Ear('right') };
-  ears.left.redraw = ears.right.redraw = redraw;
+  const ears = { left: new Ear('left', redraw), right: new Ear('right', redraw) };
   let before = deviceNow();
   const show = (device, now) => {
     const passed = Math.min(100, Math.max(0, now - before));

@@ -18,7 +18,8 @@ const first = (values) => String(Object.values(values).flat()[0] ?? '');
 // The page that did it and all others show it alike.
 function show({ name, arguments: values = {} }) {
   const what = first(values).toUpperCase();
-  if (name === 'ears' && what.startsWith('BLOCKED_')) flash(`ear-${what.slice(8).toLowerCase()}`, 'data-blocked');
+  if (name === 'ears' && what.startsWith('BLOCKED_'))
+    flash(`ear-${what.slice(8).toLowerCase()}`, 'data-blocked');
   if (name === 'button') flash('knob', 'data-pressed');
 }
 

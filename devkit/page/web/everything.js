@@ -7,15 +7,20 @@ import { state } from './store.js';
 
 export function everythingPanel() {
   const all = state.stimuli.filter((stimulus) => stimulus.name !== 'help');
-  const chosen = choice(all.map(({ name, help }) => [name, `${name}: ${help}`]), { id: 'everything' });
+  const chosen = choice(
+    all.map(({ name, help }) => [name, `${name}: ${help}`]),
+    { id: 'everything' },
+  );
   const place = el('div', { class: 'card', id: 'everything-form' });
   const draw = () => {
     const stimulus = stimulusNamed(chosen.value);
     if (!stimulus) return;
     place.replaceChildren(
-      el('p', {}, stimulus.help), el('code', {}, `${stimulus.name} ${stimulus.usage ?? ''}`),
+      el('p', {}, stimulus.help),
+      el('code', {}, `${stimulus.name} ${stimulus.usage ?? ''}`),
       formOf(stimulus.name, `Do it: ${stimulus.name}`),
-      stimulus.for === 'device' ? el('p', { class: 'hint' }, 'This is for the device as a whole.') : '');
+      stimulus.for === 'device' ? el('p', { class: 'hint' }, 'This is for the device as a whole.') : '',
+    );
   };
   chosen.addEventListener('change', draw);
   draw();

@@ -15,15 +15,19 @@ function itemsOf(grammar) {
 
 function alternativesOf(grammar) {
   const rules = [...grammar.matchAll(/=([^;]*);/g)].map((rule) => rule[1]);
-  return (rules.length > 0 ? rules : [grammar]).join('|').split('|').map((text) =>
-    text.replace(/\{[^}]*\}|<[^>]*>|[()[\]]/g, ' '));
+  return (rules.length > 0 ? rules : [grammar])
+    .join('|')
+    .split('|')
+    .map((text) => text.replace(/\{[^}]*\}|<[^>]*>|[()[\]]/g, ' '));
 }
+
+const kLongestPhrase = 60; // letters of a text without alternatives that may still be meant as it is
 
 /** The phrases that a grammar offers; none when it has no alternatives. */
 export function choicesOf(grammar) {
   const text = String(grammar ?? '').trim();
   const found = text.startsWith('<') ? itemsOf(text) : alternativesOf(text);
   const phrases = found.map((phrase) => phrase.replace(/\s+/g, ' ').trim()).filter((phrase) => phrase !== '');
-  if (phrases.length < 2 && !text.startsWith('<')) return phrases.length === 1 && phrases[0] === text && text.length < 60 ? phrases : [];
+  if (phrases.length === 1 && phrases[0].length > kLongestPhrase) return [];
   return [...new Set(phrases)].slice(0, kMostChoices);
 }

@@ -13,13 +13,16 @@ const swell = (part) => Math.sin(Math.PI * (part % 1)) ** 2;
  * What an LED shows at a time: `led` has color, effect and, while it changes, from, begin, length,
  * period. Gives {rgb, moves}.
  */
-export function ledAt(led, now) {
+function ledAt(led, now) {
   const to = colorOf(led.color) ?? kDark;
   const part = led.length > 0 ? (now - led.begin) / led.length : 1;
   if (part >= 1 || led.effect === 'light') return { rgb: to, moves: false };
   if (calm()) return { rgb: to, moves: true };
   if (led.effect === 'pulse') {
-    return { rgb: between(kDark, to, swell(Math.max(0, now - led.begin) / Math.max(1, led.period))), moves: true };
+    return {
+      rgb: between(kDark, to, swell(Math.max(0, now - led.begin) / Math.max(1, led.period))),
+      moves: true,
+    };
   }
   return { rgb: between(colorOf(led.from) ?? kDark, to, Math.max(0, part)), moves: true };
 }
@@ -43,11 +46,19 @@ function show(led, now, { element, fill, variable, glows }) {
 
 export function makeLeds() {
   const belly = {
-    element: byId('led'), fill: byId('led-disc'), variable: '--led',
-    glows: [[byId('halo'), 0.9], [byId('ambient'), 0.42]],
+    element: byId('led'),
+    fill: byId('led-disc'),
+    variable: '--led',
+    glows: [
+      [byId('halo'), 0.9],
+      [byId('ambient'), 0.42],
+    ],
   };
   const dock = {
-    element: byId('dock-led'), fill: byId('dock-led'), variable: '--dock-led', glows: [[byId('dock-glow'), 0.95]],
+    element: byId('dock-led'),
+    fill: byId('dock-led'),
+    variable: '--dock-led',
+    glows: [[byId('dock-glow'), 0.95]],
   };
   return (device, now) => {
     const bellyMoves = show(device.led, now, belly);

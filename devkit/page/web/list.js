@@ -3,12 +3,16 @@
 
 import { button, byId, el, setText } from './dom.js';
 import { redraw } from './frame.js';
-import { kMostRows } from './store.js';
 
+const kMostDrawn = 1000; // rows; the others are kept, and found by a search
 const kNearTheEnd = 24; // pixels from the bottom that still count as being there
+const kShare = 4; // a list that took a while to draw waits this many times as long
 
 function save(name, text) {
-  const link = el('a', { download: name, href: URL.createObjectURL(new Blob([text], { type: 'text/plain' })) });
+  const link = el('a', {
+    download: name,
+    href: URL.createObjectURL(new Blob([text], { type: 'text/plain' })),
+  });
   link.click();
   setTimeout(() => URL.revokeObjectURL(link.href), 1000);
 }
@@ -22,27 +26,57 @@ export class List {
   #shown = 0; // the serial of the last row that was looked at
   #paused = false;
   #frozen = 0; // the last serial when it was paused
+  #rest = 0; // when it may be drawn again
+  #later = 0;
 
   constructor(options) {
     this.#options = options;
-    this.search = el('input', { type: 'search', placeholder: 'Search', 'aria-label': `Search ${options.label}` });
+    this.search = el('input', {
+      type: 'search',
+      placeholder: 'Search',
+      'aria-label': `Search ${options.label}`,
+    });
     this.search.addEventListener('input', () => this.rebuild());
     this.pause = button('Pause', () => this.#togglePause(), { 'aria-pressed': 'false', class: 'small' });
     this.rows = el('div', {
-      class: 'list', id: options.name, role: 'log', 'aria-live': 'off', 'aria-label': options.label, tabindex: 0,
+      class: 'list',
+      id: options.name,
+      role: 'log',
+      'aria-live': 'off',
+      'aria-label': options.label,
+      tabindex: 0,
     });
     this.leftOut = el('p', { class: 'left-out', hidden: true });
-    this.panel = el('div', { class: 'list-panel' },
-      el('div', { class: 'tools' }, this.search, options.tools ?? [], this.pause,
+    this.panel = el(
+      'div',
+      { class: 'list-panel' },
+      el(
+        'div',
+        { class: 'tools' },
+        this.search,
+        options.tools ?? [],
+        this.pause,
         button('Clear', () => this.#clear(), { class: 'small' }),
-        button('Download', () => this.#download(), { class: 'small' })),
-      this.leftOut, this.rows);
+        button('Download', () => this.#download(), { class: 'small' }),
+      ),
+      this.leftOut,
+      this.rows,
+    );
     this.draw = () => this.#draw();
   }
 
-  /** Something was added to the rows. */
+  /** Something was added to the rows. Much at once is drawn less often, so that the page stays quick. */
   grown() {
-    redraw(this.draw);
+    const wait = this.#rest - performance.now();
+    if (this.#later !== 0) return;
+    if (wait <= 0) {
+      redraw(this.draw);
+      return;
+    }
+    this.#later = setTimeout(() => {
+      this.#later = 0;
+      redraw(this.draw);
+    }, wait);
   }
 
   /** The filter is another one, or rows have changed. */
@@ -68,28 +102,37 @@ export class List {
     const wanted = this.wanted();
     const found = rows.slice(first).filter((row) => row.serial <= last && this.#fits(row, wanted));
     if (rows.length > 0) this.#shown = Math.min(rows.at(-1).serial, last);
-    return found.slice(-kMostRows);
+    return found.slice(-kMostDrawn);
   }
 
   #draw() {
+    const begin = performance.now();
+    this.#drawRows();
+    this.#rest = performance.now() + kShare * (performance.now() - begin);
+  }
+
+  #drawRows() {
     const box = this.rows;
     setText(byId(`count-${this.#options.name}`), this.#options.count?.() ?? '');
-    this.#tellLeftOut();
     if (this.panel.hidden) return; // drawn when its tab is chosen
     const atEnd = box.scrollHeight - box.scrollTop - box.clientHeight < kNearTheEnd;
     const fragment = document.createDocumentFragment();
     for (const row of this.#newRows()) fragment.append(this.#options.make(row));
     box.append(fragment);
-    while (box.childElementCount > kMostRows) box.firstElementChild.remove();
+    for (let over = box.childElementCount - kMostDrawn; over > 0; over -= 1) box.firstElementChild.remove();
     if (atEnd) box.scrollTop = box.scrollHeight;
+    this.#tellLeftOut();
   }
 
   #tellLeftOut() {
     const { kept } = this.#options;
     const parts = [];
+    if (this.rows.childElementCount === kMostDrawn)
+      parts.push(`the last ${kMostDrawn} are shown, a search finds older ones`);
     if (kept.gone > 0) parts.push(`${kept.gone} older ones are no longer kept`);
     if (kept.missed > 0) parts.push(`${kept.missed} were left out, for this page did not keep up`);
-    if (this.#paused && kept.total > this.#frozen) parts.push(`${kept.total - this.#frozen} came during the pause`);
+    if (this.#paused && kept.total > this.#frozen)
+      parts.push(`${kept.total - this.#frozen} came during the pause`);
     setText(this.leftOut, parts.join('; '));
     this.leftOut.hidden = parts.length === 0;
   }

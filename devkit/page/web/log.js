@@ -7,7 +7,12 @@ import { hueOf } from './names.js';
 import { Kept, state, watch } from './store.js';
 
 const kRanks = { DEBUG: 0, INFO: 1, MESSAGE: 2, WARNING: 3, CRITICAL: 4, ERROR: 4, FATAL: 4 };
-const kLevels = [['0', 'All levels'], ['2', 'Messages and worse'], ['3', 'Warnings and worse'], ['4', 'Errors']];
+const kLevels = [
+  ['0', 'All levels'],
+  ['2', 'Messages and worse'],
+  ['3', 'Warnings and worse'],
+  ['4', 'Errors'],
+];
 
 const kept = new Kept();
 let list = null;
@@ -33,9 +38,13 @@ function fits(row) {
 }
 
 function make(row) {
-  return el('div', { class: 'line', 'data-kind': row.kind, 'data-level': row.level },
+  return el(
+    'div',
+    { class: 'line', 'data-kind': row.kind, 'data-level': row.level },
     el('span', { class: 'time', title: `${row.level} ${row.kind}` }, timeOfDay(row.time)),
-    el('span', { class: 'who', 'data-hue': hueOf(row.app) }, row.app), el('span', { class: 'what' }, row.text));
+    el('span', { class: 'who', 'data-hue': hueOf(row.app) }, row.app),
+    el('span', { class: 'what' }, row.text),
+  );
 }
 
 export function clearLog() {
@@ -44,8 +53,14 @@ export function clearLog() {
   list.rebuild();
 }
 
-export function missLines(number) {
-  kept.missed = number;
+export function missLines(number, time) {
+  kept.missed += number;
+  addLines([{ time, level: 'WARNING', kind: 'gap', text: `${number} lines were left out here` }]);
+}
+
+/** So many were there before the first. */
+export function forgetLines(number) {
+  kept.gone += number;
   list.grown();
 }
 
@@ -61,24 +76,38 @@ function check(label, name) {
 }
 
 function apps() {
-  const select = choice([['', 'All applications']], { 'aria-label': 'Application', onchange: () => narrow({ app: select.value }) });
+  const select = choice([['', 'All applications']], {
+    'aria-label': 'Application',
+    onchange: () => narrow({ app: select.value }),
+  });
   watch(['applications'], () => {
     const names = [...new Set(state.applications.map((app) => app.name ?? `app ${app.number}`))];
     for (const name of names) {
-      if (![...select.options].some((option) => option.value === name)) select.append(el('option', { value: name }, name));
+      if (![...select.options].some((option) => option.value === name))
+        select.append(el('option', { value: name }, name));
     }
   });
   return select;
 }
 
 export function logTab() {
-  const levels = choice(kLevels, { 'aria-label': 'Level', onchange: () => narrow({ least: Number(levels.value) }) });
+  const levels = choice(kLevels, {
+    'aria-label': 'Level',
+    onchange: () => narrow({ least: Number(levels.value) }),
+  });
   const noise = check('Say-nothing lines', 'noise');
   const script = check('Script only', 'scriptOnly');
   list = new List({
-    name: 'log', label: 'log', kept, make, fits, tools: [levels, apps(), script.element, noise.element],
+    name: 'log',
+    label: 'log',
+    kept,
+    make,
+    fits,
+    tools: [levels, apps(), script.element, noise.element],
     text: (row) => `${timeOfDay(row.time)} ${row.app} ${row.level} ${row.text}`,
-    cleared: () => { folded = 0; },
+    cleared: () => {
+      folded = 0;
+    },
     count: () => {
       setText(noise.text, `${folded} that say nothing`);
       return '';

@@ -6,15 +6,24 @@ import { perform } from './perform.js';
 import { state, watch } from './store.js';
 
 const kCodes = ['TERMINATED', 'ERROR', 'CANCELLED', 'TIMEOUT', 'BUSY'];
-const kActions = [['PLAY', '▶ Play'], ['PAUSE', '❚❚ Pause'], ['RESUME', '▶ Resume'], ['STOP', '■ Stop'],
-  ['MUSIC_UPDATE', 'Library changed']];
+const kActions = [
+  ['PLAY', '▶ Play'],
+  ['PAUSE', '❚❚ Pause'],
+  ['RESUME', '▶ Resume'],
+  ['STOP', '■ Stop'],
+  ['MUSIC_UPDATE', 'Library changed'],
+];
 
 function ending(work, label) {
-  return form([
-    field('How it ends', choice(kCodes, { name: 'code' })),
-    field('With this text (optional)', el('input', { name: 'text', autocomplete: 'off' })),
-    el('button', {}, label),
-  ], ({ code, text }) => perform('finish', text ? [work, code, text] : [work, code]), { 'aria-label': label, class: 'fields tight' });
+  return form(
+    [
+      field('How it ends', choice(kCodes, { name: 'code' })),
+      field('With this text (optional)', el('input', { name: 'text', autocomplete: 'off' })),
+      el('button', {}, label),
+    ],
+    ({ code, text }) => perform('finish', text ? [work, code, text] : [work, code]),
+    { 'aria-label': label, class: 'fields tight' },
+  );
 }
 
 function status(work, words) {
@@ -30,26 +39,57 @@ function library() {
   const list = el('dl', { class: 'kept', tabindex: 0, 'aria-label': 'Music library' });
   watch(['view'], () => {
     const lists = state.view?.library ?? {};
-    replaceWhenNew(list, lists, () => Object.entries(lists).flatMap(([name, names]) =>
-      [el('dt', { class: 'meta' }, name), el('dd', {}, names.join(', ') || 'none')]));
+    replaceWhenNew(list, lists, () =>
+      Object.entries(lists).flatMap(([name, names]) => [
+        el('dt', { class: 'meta' }, name),
+        el('dd', {}, names.join(', ') || 'none'),
+      ]),
+    );
   });
   return list;
 }
 
-export const mediaPanel = () => panelOf(
-  card('The player', status('sound', (active, { player }) => (player?.url ? `${player.mode}: ${player.url}` : 'Nothing was played yet.')),
+function player() {
+  const words = (active, { player: { mode, url } = {} }) =>
+    url ? `${mode}: ${url}` : 'Nothing was played yet.';
+  const buttons = kActions.map(([what, text]) =>
+    button(text, () => perform('player', [what]), { 'data-player': what, class: 'small' }),
+  );
+  return card(
+    'The player',
+    status('sound', words),
     el('p', {}, 'Tell applications what somebody does at the player:'),
-    el('div', { class: 'row' }, kActions.map(([what, text]) =>
-      button(text, () => perform('player', [what]), { 'data-player': what, class: 'small' }))),
-    ending('sound', 'End the sound')),
-  card('Camera', status('photo', (active, { photo }) =>
-    (active ? `Takes the photo "${photo?.name ?? ''}".` : photo?.name ? `The last photo was "${photo.name}".` : 'No photo was asked for yet.')),
-  ending('photo', 'End the photo')),
-  cardOf('picture', 'Which picture it takes'),
-  card('Recorder', status('record', (active, { recorder }) =>
-    (active ? `Records "${recorder?.url ?? ''}".` : 'Does not record.')), ending('record', 'End the recording')),
-  cardOf('recording', 'What it records'),
-  card('Speech', status('tts', (active, { speech }) => (active ? `Says "${speech?.text ?? ''}".` : 'Says nothing.')),
-    ending('tts', 'End what is said')),
-  card('Music library', library()),
-  cardOf('library', 'Put other names into the library'));
+    el('div', { class: 'row' }, buttons),
+    ending('sound', 'End the sound'),
+  );
+}
+
+function camera() {
+  const words = (active, { photo }) => {
+    if (!photo?.name) return 'No photo was asked for yet.';
+    return active ? `Takes the photo "${photo.name}".` : `The last photo was "${photo.name}".`;
+  };
+  return card('Camera', status('photo', words), ending('photo', 'End the photo'));
+}
+
+function recorder() {
+  const words = (active, view) => (active ? `Records "${view.recorder?.url ?? ''}".` : 'Does not record.');
+  return card('Recorder', status('record', words), ending('record', 'End the recording'));
+}
+
+function speech() {
+  const words = (active, view) => (active ? `Says "${view.speech?.text ?? ''}".` : 'Says nothing.');
+  return card('Speech', status('tts', words), ending('tts', 'End what is said'));
+}
+
+export const mediaPanel = () =>
+  panelOf(
+    player(),
+    camera(),
+    cardOf('picture', 'Which picture it takes'),
+    recorder(),
+    cardOf('recording', 'What it records'),
+    speech(),
+    card('Music library', library()),
+    cardOf('library', 'Put other names into the library'),
+  );

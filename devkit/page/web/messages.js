@@ -1,7 +1,7 @@
 // Every message as it passes; requests and answers are joined by their ids, with the time between.
 
 import { lengthOf, timeOfDay } from './clock.js';
-import { button, choice, el, setText } from './dom.js';
+import { button, choice, el } from './dom.js';
 import { redraw } from './frame.js';
 import { List } from './list.js';
 import { hueOf, nameOf } from './names.js';
@@ -17,10 +17,14 @@ const touched = new Set(); // rows that are drawn already and have changed
 let list = null;
 let only = '';
 
+const kMostAnswers = 10; // that are shown at a request; more are counted
+
 const keyOf = (app, id) => `${app} ${id}`;
 
 function forget(row) {
-  if (row) requests.delete(keyOf(row.app, row.message.id));
+  if (row === null) return;
+  const key = keyOf(row.app, row.message.id);
+  if (requests.get(key) === row) requests.delete(key);
 }
 
 // An answer is shown at its request as well.
@@ -29,32 +33,55 @@ function join(row) {
   if (!request || request === row) return;
   row.request = request;
   row.took = row.time - request.time;
-  request.answers.push(row);
+  request.count += 1;
+  if (request.count <= kMostAnswers) request.answers.push(row);
+  if (!request.element) return;
   touched.add(request);
   redraw(refresh);
 }
 
 /** A message that passed: an event "received" or "sent". */
 export function addMessage({ time, event, application, message = {} }) {
-  const row = { time, way: event, app: application, message, words: inFewWords(message), answers: [] };
+  const row = {
+    time,
+    way: event,
+    app: application,
+    message,
+    words: inFewWords(message),
+    answers: [],
+    count: 0,
+  };
   if (event === 'received' && message.id) requests.set(keyOf(application, message.id), row);
   if (message.correlationId) join(row);
   forget(kept.add(row));
   list.grown();
 }
 
+// A request tells when its first answer came, and how many more there were; an answer, how long it took.
 function took(row) {
-  if (row.took !== undefined) return `after ${lengthOf(row.took)}`;
+  if (row.took !== undefined) return ['came after ', lengthOf(row.took), ''];
   const first = row.answers[0];
-  if (!first) return '';
-  const more = row.answers.length - 1;
-  return `answered in ${lengthOf(first.took)}${more > 0 ? `, ${more} more` : ''}`;
+  if (!first) return ['', '', ''];
+  const more = row.count - 1;
+  return ['answered in ', lengthOf(first.took), more > 0 ? ` +${more}` : ''];
+}
+
+const tookInWords = (row) => took(row).join('');
+
+function tookOf(row) {
+  const [words, length, more] = took(row);
+  return el(
+    'span',
+    { class: 'took', title: tookInWords(row) },
+    el('span', { class: 'hidden' }, words),
+    length + more,
+  );
 }
 
 function goTo(row) {
   const { element } = row;
   if (!element?.isConnected) return;
-  element.open = true;
+  open(row, true);
   element.classList.add('found');
   setTimeout(() => element.classList.remove('found'), 2000);
   element.firstElementChild.focus();
@@ -68,33 +95,57 @@ function inside(row) {
     row.request ? link(`Answers, ${lengthOf(row.took)} later, the request`, row.request) : null,
     ...row.answers.map((answer) => link(`Answered after ${lengthOf(answer.took)}`, answer)),
   ].filter(Boolean);
-  return [el('div', { class: 'row joined' }, joined), el('pre', {}, JSON.stringify(row.message, null, 2))];
+  return el(
+    'div',
+    { class: 'inside' },
+    el('div', { class: 'row joined' }, joined),
+    el('pre', {}, JSON.stringify(row.message, null, 2)),
+  );
 }
 
-function fill(row) {
-  const { element } = row;
-  if (element.open) element.lastElementChild.replaceChildren(...inside(row));
+// The whole message stands below its line while it is open.
+function open(row, wanted) {
+  const [line, below] = row.element.children;
+  below?.remove();
+  line.setAttribute('aria-expanded', String(wanted));
+  if (wanted) row.element.append(inside(row));
 }
+
+const isOpen = (row) => row.element.children.length > 1;
 
 function make(row) {
-  const element = el('details', {
-    class: 'message', 'data-way': row.way, 'data-id': row.message.id, 'data-correlation': row.message.correlationId,
-    'data-code': isBad(row.message) ? 'bad' : null, ontoggle: () => fill(row),
-  }, el('summary', { tabindex: -1 },
-    el('span', { class: 'time' }, timeOfDay(row.time)),
-    el('span', { class: 'way', title: kWays[row.way] }, el('span', { 'aria-hidden': 'true' }, kSigns[row.way]),
-      el('span', { class: 'hidden' }, kWays[row.way])),
-    el('span', { class: 'who', 'data-hue': hueOf(nameOf(row.app)) }, nameOf(row.app)),
-    el('span', { class: 'what' }, row.words), el('span', { class: 'took' }, took(row))), el('div', { class: 'inside' }));
-  row.element = element;
-  return element;
+  const name = nameOf(row.app);
+  row.element = el(
+    'div',
+    {
+      class: 'message',
+      'data-way': row.way,
+      'data-id': row.message.id,
+      'data-correlation': row.message.correlationId,
+      'data-code': isBad(row.message) ? 'bad' : null,
+    },
+    el(
+      'button',
+      { type: 'button', tabindex: -1, 'aria-expanded': 'false', onclick: () => open(row, !isOpen(row)) },
+      el('span', { class: 'time' }, timeOfDay(row.time)),
+      el(
+        'span',
+        { class: 'way', title: kWays[row.way], role: 'img', 'aria-label': kWays[row.way] },
+        kSigns[row.way],
+      ),
+      el('span', { class: 'who', 'data-hue': hueOf(name) }, name),
+      el('span', { class: 'what' }, row.words),
+      tookOf(row),
+    ),
+  );
+  return row.element;
 }
 
 function refresh() {
   for (const row of touched) {
     if (!row.element) continue;
-    setText(row.element.querySelector('.took'), took(row));
-    fill(row);
+    row.element.querySelector('.took').replaceWith(tookOf(row));
+    if (isOpen(row)) open(row, true);
   }
   touched.clear();
 }
@@ -103,8 +154,10 @@ function refresh() {
 function walk(event) {
   const steps = { ArrowDown: 'nextElementSibling', ArrowUp: 'previousElementSibling' };
   if (!(event.key in steps)) return;
-  const at = event.target.closest?.('details');
-  const next = at ? at[steps[event.key]] : list.rows[event.key === 'ArrowDown' ? 'firstElementChild' : 'lastElementChild'];
+  const at = event.target.closest('.message');
+  const next = at
+    ? at[steps[event.key]]
+    : list.rows[event.key === 'ArrowDown' ? 'firstElementChild' : 'lastElementChild'];
   if (!next) return;
   event.preventDefault();
   next.firstElementChild.focus();
@@ -118,17 +171,34 @@ export function clearMessages() {
 }
 
 export function missMessages(number) {
-  kept.missed = number;
+  kept.missed += number;
+  list.grown();
+}
+
+/** So many were there before the first. */
+export function forgetMessages(number) {
+  kept.gone += number;
   list.grown();
 }
 
 export function messagesTab() {
-  const ways = choice([['', 'Both ways'], ['received', 'From applications'], ['sent', 'To applications']],
-    { 'aria-label': 'Which way' });
+  const ways = choice(
+    [
+      ['', 'Both ways'],
+      ['received', 'From applications'],
+      ['sent', 'To applications'],
+    ],
+    { 'aria-label': 'Which way' },
+  );
   list = new List({
-    name: 'messages', label: 'messages', kept, make, tools: [ways],
+    name: 'messages',
+    label: 'messages',
+    kept,
+    make,
+    tools: [ways],
     fits: (row) => only === '' || row.way === only,
-    text: (row) => `${timeOfDay(row.time)} ${kSigns[row.way]} ${nameOf(row.app)} ${row.words} ${took(row)} ${JSON.stringify(row.message)}`,
+    text: (row) =>
+      `${timeOfDay(row.time)} ${kSigns[row.way]} ${nameOf(row.app)} ${row.words} ${tookInWords(row)} ${JSON.stringify(row.message)}`,
     cleared: () => requests.clear(),
   });
   ways.addEventListener('change', () => {

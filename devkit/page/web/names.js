@@ -6,7 +6,7 @@ const kHues = 6;
 const hues = new Map();
 
 /** The application with this number, as far as the server tells of it. */
-export const applicationOf = (number) => state.applications.find((app) => app.number === number);
+const applicationOf = (number) => state.applications.find((app) => app.number === number);
 
 export const nameOf = (number) => applicationOf(number)?.name ?? `app ${number}`;
 

@@ -12,8 +12,12 @@ let list = null;
 let works = false;
 
 function argumentsOf(values = {}) {
-  return Object.values(values).flat().map((value) =>
-    (typeof value === 'object' ? JSON.stringify(value) : /\s/.test(value) ? `"${value}"` : String(value))).join(' ');
+  return Object.values(values)
+    .flat()
+    .map((value) =>
+      typeof value === 'object' ? JSON.stringify(value) : /\s/.test(value) ? `"${value}"` : String(value),
+    )
+    .join(' ');
 }
 
 const kWords = {
@@ -36,10 +40,18 @@ const kSigns = { came: '+', left: '−', stimulus: '»', began: '▸', ended: '�
 const whoOf = (row) => (row.app === undefined ? '' : nameOf(row.app));
 
 function make(row) {
-  return el('div', { class: 'line', 'data-kind': row.kind },
+  return el(
+    'div',
+    { class: 'line', 'data-kind': row.kind },
     el('span', { class: 'time' }, timeOfDay(row.time)),
     el('span', { class: 'who', 'data-hue': hueOf(whoOf(row)) }, whoOf(row)),
-    el('span', { class: 'what' }, el('span', { 'aria-hidden': 'true' }, `${kSigns[row.kind] ?? '–'} `), row.text));
+    el(
+      'span',
+      { class: 'what' },
+      el('span', { 'aria-hidden': 'true' }, `${kSigns[row.kind] ?? '–'} `),
+      row.text,
+    ),
+  );
 }
 
 export function clearNotes() {
@@ -49,9 +61,19 @@ export function clearNotes() {
 }
 
 export function notesTab() {
-  const box = el('input', { type: 'checkbox', onchange: () => { works = box.checked; list.rebuild(); } });
+  const box = el('input', {
+    type: 'checkbox',
+    onchange: () => {
+      works = box.checked;
+      list.rebuild();
+    },
+  });
   list = new List({
-    name: 'notes', label: 'notes', kept, make, tools: [el('label', {}, box, 'What begins and ends')],
+    name: 'notes',
+    label: 'notes',
+    kept,
+    make,
+    tools: [el('label', {}, box, 'What begins and ends')],
     fits: (row) => works || (row.kind !== 'began' && row.kind !== 'ended'),
     text: (row) => `${timeOfDay(row.time)} ${whoOf(row)} ${row.kind} ${row.text}`,
   });

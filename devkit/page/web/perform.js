@@ -4,15 +4,18 @@ import { byId, setFlag } from './dom.js';
 import { request } from './socket.js';
 import { state } from './store.js';
 
+const kSeen = new Set(['ear']); // what the picture alone tells, many times a second
+
 function show(outcome, name) {
   const place = byId('outcome');
   const text = (outcome.text ?? '').trim();
+  if (outcome.done && text === '' && kSeen.has(name)) return;
   place.textContent = text || (outcome.done ? `${name}: done` : `${name}: not done`);
   setFlag(place, 'data-done', outcome.done ? 'yes' : 'no');
 }
 
 /** The application that stimuli are for: its number, or null for every one. */
-export function forWhom() {
+function forWhom() {
   const chosen = byId('for-app').value;
   return chosen === '' ? null : Number(chosen);
 }

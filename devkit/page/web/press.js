@@ -10,54 +10,69 @@ const kByCount = [null, 'SIMPLE', 'DOUBLE', 'TRIPLE'];
 
 export const press = (how) => perform('button', [how]);
 
-export function makeButton() {
-  const button = byId('button');
-  let presses = 0;
-  let long = false;
-  let timer = 0;
+class Button {
+  #element = byId('button');
+  #presses = 0;
+  #long = false;
+  #timer = 0;
 
-  function down() {
-    if (button.dataset.down !== undefined) return;
-    setFlag(button, 'data-down', true);
-    clearTimeout(timer);
-    timer = setTimeout(() => {
-      long = true;
-      presses = 0;
-      press('LONG_START');
-    }, kLong);
+  get #isDown() {
+    return this.#element.dataset.down !== undefined;
   }
 
-  function counted() {
-    press(kByCount[presses] ?? 'MULTIPLE');
-    presses = 0;
+  down() {
+    if (this.#isDown) return;
+    setFlag(this.#element, 'data-down', true);
+    clearTimeout(this.#timer);
+    this.#timer = setTimeout(() => this.#hold(), kLong);
   }
 
-  function up() {
-    if (button.dataset.down === undefined) return;
-    setFlag(button, 'data-down', false);
-    clearTimeout(timer);
-    if (long) {
-      long = false;
+  #hold() {
+    this.#long = true;
+    this.#presses = 0;
+    press('LONG_START');
+  }
+
+  #tell() {
+    press(kByCount[this.#presses] ?? 'MULTIPLE');
+    this.#presses = 0;
+  }
+
+  up() {
+    if (!this.#isDown) return;
+    setFlag(this.#element, 'data-down', false);
+    clearTimeout(this.#timer);
+    if (this.#long) {
+      this.#long = false;
       press('LONG_STOP');
       return;
     }
-    presses += 1;
-    timer = setTimeout(counted, kBetweenPresses);
+    this.#presses += 1;
+    this.#timer = setTimeout(() => this.#tell(), kBetweenPresses);
   }
+}
 
-  const isKey = (event) => event.key === 'Enter' || event.key === ' ';
-  button.addEventListener('pointerdown', (event) => {
-    if (event.button !== 0) return;
-    button.setPointerCapture(event.pointerId);
-    down();
-  });
-  for (const end of ['pointerup', 'pointercancel', 'blur']) button.addEventListener(end, up);
-  button.addEventListener('keydown', (event) => {
+const isKey = (event) => event.key === 'Enter' || event.key === ' ';
+
+function listenToKeys(element, button) {
+  element.addEventListener('keydown', (event) => {
     if (!isKey(event)) return;
     event.preventDefault();
-    if (!event.repeat) down();
+    if (!event.repeat) button.down();
   });
-  button.addEventListener('keyup', (event) => isKey(event) && up());
+  element.addEventListener('keyup', (event) => isKey(event) && button.up());
+}
+
+export function makeButton() {
+  const element = byId('button');
+  const button = new Button();
+  element.addEventListener('pointerdown', (event) => {
+    if (event.button !== 0) return;
+    element.setPointerCapture(event.pointerId);
+    button.down();
+  });
+  for (const end of ['pointerup', 'pointercancel', 'blur']) element.addEventListener(end, () => button.up());
+  listenToKeys(element, button);
   // A click that no pointer made, as assistive technology does.
-  button.addEventListener('click', (event) => event.detail === 0 && press('SIMPLE'));
+  element.addEventListener('click', (event) => event.detail === 0 && press('SIMPLE'));
 }

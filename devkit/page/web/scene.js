@@ -13,11 +13,19 @@ import { showSeen } from './seen.js';
 import { state, watch } from './store.js';
 import { deviceOf } from './view.js';
 
-const kCaption = 11; // letters below a photo
+const kCaption = 10; // letters below a photo, and the units that they take at most
+const kCaptionWidth = 68;
 
 let device = null;
 let ears = null;
 let leds = null;
+
+function showCaption(name) {
+  const caption = byId('photo-text');
+  setText(caption, name.slice(0, kCaption));
+  setFlag(caption, 'textLength', name.length >= kCaption ? kCaptionWidth : null);
+  setFlag(caption, 'lengthAdjust', name.length >= kCaption ? 'spacingAndGlyphs' : null);
+}
 
 function showMarks() {
   const drawing = byId('device');
@@ -31,9 +39,13 @@ function showMarks() {
   setFlag(byId('led'), 'data-effect', device.led.asked);
   setFlag(byId('dock-led'), 'data-color', device.dockLed.color);
   setFlag(byId('dock'), 'data-moving', device.dock.active ? device.dock.moving : 'STOP');
-  setFlag(byId('cable'), 'data-open', device.ports.some((port) => port.open));
+  setFlag(
+    byId('cable'),
+    'data-open',
+    device.ports.some((port) => port.open),
+  );
   setFlag(byId('photo'), 'data-on', device.photo.name !== '');
-  setText(byId('photo-text'), device.photo.name.slice(0, kCaption));
+  showCaption(device.photo.name);
   setFlag(byId('mail'), 'data-on', device.unread > 0);
   setText(byId('mail-text'), Math.min(99, device.unread));
 }
@@ -42,8 +54,13 @@ function showMarks() {
 function step() {
   if (device === null) return false;
   const now = deviceNow();
-  const moving = [leds(device, now), ears.show(device, now), showDock(device, now),
-    runBubbles(device, now), runPlayer(device, now)];
+  const moving = [
+    leds(device, now),
+    ears.show(device, now),
+    showDock(device, now),
+    runBubbles(device, now),
+    runPlayer(device, now),
+  ];
   return moving.includes(true);
 }
 

@@ -5,10 +5,12 @@ import { byId, el, setFlag, setText } from './dom.js';
 
 const kLonger = 60; // characters of a text that takes a whole row
 
-function light(led) {
-  if (led.color === '') return 'not lit yet';
-  const words = { fade: `fading to ${led.color} in ${led.period} ms`, pulse: `${led.count} pulses of ${led.period} ms, ${led.color}` };
-  return (led.active && words[led.asked]) || led.color;
+function light({ color, asked, active, period, count }) {
+  if (color === '') return 'not lit yet';
+  const name = colorOf(color) ? color : `${color}, which is no known colour`;
+  if (active && asked === 'fade') return `fading to ${name} in ${period} ms`;
+  if (active && asked === 'pulse') return `${count} pulses of ${period} ms, ${name}`;
+  return name;
 }
 
 function ear({ from, to }) {
@@ -31,7 +33,9 @@ function mailbox({ messages, unread }) {
 
 function serial(ports) {
   const open = ports.filter((port) => port.open);
-  return open.map(({ name, baud, lines }) => `${name}, ${baud} baud${lines?.length ? `: ${lines.at(-1).text}` : ''}`).join('; ');
+  return open
+    .map(({ name, baud, lines }) => `${name}, ${baud} baud${lines?.length ? `: ${lines.at(-1).text}` : ''}`)
+    .join('; ');
 }
 
 function things(device) {
@@ -45,7 +49,6 @@ function things(device) {
     call: ['Telephone', call(device.calls) || 'no call'],
     mailbox: ['Mailbox', mailbox(device)],
     serial: ['Serial ports', serial(device.ports) || 'none is open'],
-    player: ['Player', device.player.url ? `${device.player.mode}: ${device.player.url}` : 'nothing plays'],
   };
 }
 
@@ -53,8 +56,12 @@ function place(name, label) {
   const list = byId('seen');
   let row = list.querySelector(`[data-show="${name}"]`);
   if (!row) {
-    row = el('div', { 'data-show': name }, el('dt', {}, label),
-      el('dd', {}, el('span', { class: 'swatch', hidden: true, 'aria-hidden': 'true' }), el('span')));
+    row = el(
+      'div',
+      { 'data-show': name },
+      el('dt', {}, label),
+      el('dd', {}, el('span', { class: 'swatch', hidden: true, 'aria-hidden': 'true' }), el('span')),
+    );
     list.append(row);
   }
   return row;

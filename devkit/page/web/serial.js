@@ -9,18 +9,29 @@ const kSigns = { written: '→', read: '←' };
 const kWords = { written: 'the application wrote', read: 'came in' };
 
 function line({ direction, text }) {
-  return el('li', {}, el('span', { 'aria-hidden': 'true' }, `${kSigns[direction] ?? ''} `),
-    el('span', { class: 'hidden' }, `${kWords[direction] ?? direction}: `), el('code', {}, text));
+  return el(
+    'li',
+    {},
+    el('span', { 'aria-hidden': 'true' }, `${kSigns[direction] ?? ''} `),
+    el('span', { class: 'hidden' }, `${kWords[direction] ?? direction}: `),
+    el('code', {}, text),
+  );
 }
 
 function typing(port) {
-  return form([
-    field(`A line for ${port.name}`, el('input', { name: 'text', autocomplete: 'off', required: true }), { class: 'wide' }),
-    el('button', { class: 'main' }, 'Let it come in'),
-  ], ({ text }, element) => {
-    perform('serial', [port.name, text]);
-    element.reset();
-  }, { 'data-port': port.name });
+  return form(
+    [
+      field(`A line for ${port.name}`, el('input', { name: 'text', autocomplete: 'off', required: true }), {
+        class: 'wide',
+      }),
+      el('button', { class: 'main' }, 'Let it come in'),
+    ],
+    ({ text }, element) => {
+      perform('serial', [port.name, text]);
+      element.reset();
+    },
+    { 'data-port': port.name },
+  );
 }
 
 // The lines are drawn anew, and the form beside them is not: somebody may be typing.
@@ -51,11 +62,15 @@ export function serialPanel() {
     }
     none.hidden = now.length > 0;
   });
-  const any = form([
-    field('Port', el('input', { name: 'port', required: true, autocomplete: 'off', value: '/dev/ttyS1' })),
-    field('Base (optional)', el('input', { name: 'base', autocomplete: 'off' })),
-    field('Line', el('input', { name: 'text', required: true, autocomplete: 'off' }), { class: 'wide' }),
-    el('button', { class: 'main' }, 'Let it come in'),
-  ], ({ port, text, base }) => perform('serial', base ? [port, text, base] : [port, text]), { 'data-stimulus': 'serial' });
+  const any = form(
+    [
+      field('Port', el('input', { name: 'port', required: true, autocomplete: 'off', value: '/dev/ttyS1' })),
+      field('Base (optional)', el('input', { name: 'base', autocomplete: 'off' })),
+      field('Line', el('input', { name: 'text', required: true, autocomplete: 'off' }), { class: 'wide' }),
+      el('button', { class: 'main' }, 'Let it come in'),
+    ],
+    ({ port, text, base }) => perform('serial', base ? [port, text, base] : [port, text]),
+    { 'data-stimulus': 'serial' },
+  );
   return panelOf(none, ports, card('A line on any port', any));
 }

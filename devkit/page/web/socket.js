@@ -66,13 +66,15 @@ function receive(event) {
   count(frame.seq);
 }
 
-function lost() {
+const kTooMany = 4000; // pages that are open, as the server closes one
+
+function lost({ code }) {
   socket = null;
   clearTimeout(tellLater);
   tellLater = 0;
   for (const id of [...open.keys()]) settle(id, { done: false, text: 'the connection was lost' });
   failures += 1;
-  hearers.state('lost', failures);
+  hearers.lost(code === kTooMany ? 'Too many pages are open, trying again' : '', failures);
   retry = setTimeout(connect, pause);
   pause = Math.min(pause * 1.7, kLongestPause);
 }
@@ -91,7 +93,8 @@ function hurry() {
   if (document.visibilityState === 'visible' && socket === null) connect();
 }
 
-/** `hearers.frame` gets each frame, `hearers.state` hears "lost" with the number of attempts. */
+/** `hearers.frame` gets each frame, `hearers.lost` the reason, if one is
+ * known, and the number of attempts. */
 export function startSocket(theHearers) {
   hearers = theHearers;
   document.addEventListener('visibilitychange', hurry);

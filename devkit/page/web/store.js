@@ -2,7 +2,7 @@
 
 import { redraw } from './frame.js';
 
-export const kMostRows = 2000;
+const kMostRows = 2000;
 
 /** The newest rows of a list. Rows are numbered from 1; `total` is the number of the last. */
 export class Kept {

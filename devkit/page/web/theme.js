@@ -1,6 +1,7 @@
 // Light, dark, or as the system has it. Remembered by the browser.
 
 import { byId } from './dom.js';
+import { keep, recall } from './memory.js';
 
 const kThemes = ['system', 'light', 'dark'];
 const kWords = { system: 'as the system', light: 'light', dark: 'dark' };
@@ -16,11 +17,11 @@ function show(theme) {
 }
 
 export function startTheme() {
-  let theme = kThemes.includes(localStorage.getItem(kPlace)) ? localStorage.getItem(kPlace) : 'system';
+  let theme = kThemes.includes(recall(kPlace)) ? recall(kPlace) : 'system';
   show(theme);
   byId('theme').addEventListener('click', () => {
     theme = kThemes[(kThemes.indexOf(theme) + 1) % kThemes.length];
-    localStorage.setItem(kPlace, theme);
+    keep(kPlace, theme);
     show(theme);
   });
 }

@@ -7,7 +7,12 @@ const kRest = { active: false, begin: 0, length: 0, app: null };
 function worksOf(view) {
   const works = new Map();
   for (const work of view.work ?? []) {
-    works.set(work.work, { active: true, begin: work.begun ?? 0, length: work.length ?? 0, app: work.application });
+    works.set(work.work, {
+      active: true,
+      begin: work.begun ?? 0,
+      length: work.length ?? 0,
+      app: work.application,
+    });
   }
   return (name) => works.get(name) ?? kRest;
 }
@@ -19,14 +24,25 @@ function led(light, work) {
 
 function ears(view, work) {
   const { left = 0, right = 0, towards = {}, step = 100 } = view.ears ?? {};
-  const ear = (from, to) => ({ from, to: work.active ? to ?? from : from, begin: work.begin, stepTime: step || 1 });
+  const ear = (from, to) => ({
+    from,
+    to: work.active ? (to ?? from) : from,
+    begin: work.begin,
+    stepTime: step || 1,
+  });
   return { left: ear(left, towards.left), right: ear(right, towards.right) };
 }
 
 function calls(view) {
-  return (view.applications ?? []).filter((app) => app.call?.state).map((app) => ({
-    app: app.number, name: nameOf(app.number), state: app.call.state, who: app.call.with ?? '', peer: app.call.peer,
-  }));
+  return (view.applications ?? [])
+    .filter((app) => app.call?.state)
+    .map((app) => ({
+      app: app.number,
+      name: nameOf(app.number),
+      state: app.call.state,
+      who: app.call.with ?? '',
+      peer: app.call.peer,
+    }));
 }
 
 /** What the drawing needs to know. */

@@ -2,6 +2,7 @@
 
 import { button, byId, el, field, form, setText } from './dom.js';
 import { card, panelOf } from './forms.js';
+import { keep, recall } from './memory.js';
 import { perform } from './perform.js';
 import { state, watch } from './store.js';
 
@@ -11,7 +12,7 @@ const kSure = 90;
 
 function meanings() {
   try {
-    return new Map(JSON.parse(localStorage.getItem(kPlace) ?? '[]'));
+    return new Map(JSON.parse(recall(kPlace) ?? '[]'));
   } catch {
     return new Map();
   }
@@ -21,7 +22,7 @@ function remember(phrase, semantic) {
   const all = meanings();
   all.delete(phrase);
   if (semantic) all.set(phrase, semantic);
-  localStorage.setItem(kPlace, JSON.stringify([...all].slice(-kMostMeanings)));
+  keep(kPlace, JSON.stringify([...all].slice(-kMostMeanings)));
 }
 
 /** Says a phrase with the meaning that it had last. */
@@ -33,18 +34,28 @@ export function sayPhrase(phrase, app) {
 function words() {
   const text = el('input', { name: 'text', required: true, autocomplete: 'off' });
   const sure = el('input', { name: 'confident', type: 'number', value: kSure, required: true });
-  const semantic = el('textarea', { name: 'semantic', rows: 2, placeholder: '<menu><choice>on</choice></menu>', class: 'code' });
+  const semantic = el('textarea', {
+    name: 'semantic',
+    rows: 2,
+    placeholder: '<menu><choice>on</choice></menu>',
+    class: 'code',
+  });
   text.addEventListener('change', () => {
     semantic.value = meanings().get(text.value) ?? semantic.value;
   });
-  return form([
-    field('Words', text), field('Confident (0 to 100)', sure),
-    field('Meaning, in XML (optional)', semantic, { class: 'wide' }),
-    el('button', { class: 'main' }, 'Say it'),
-  ], (data) => {
-    remember(data.text, data.semantic);
-    perform('recognition', [data.text, Number(data.confident), ...(data.semantic ? [data.semantic] : [])]);
-  }, { 'aria-label': 'Say something', 'data-stimulus': 'recognition' });
+  return form(
+    [
+      field('Words', text),
+      field('Confident (0 to 100)', sure),
+      field('Meaning, in XML (optional)', semantic, { class: 'wide' }),
+      el('button', { class: 'main' }, 'Say it'),
+    ],
+    (data) => {
+      remember(data.text, data.semantic);
+      perform('recognition', [data.text, Number(data.confident), ...(data.semantic ? [data.semantic] : [])]);
+    },
+    { 'aria-label': 'Say something', 'data-stimulus': 'recognition' },
+  );
 }
 
 export function voicePanel() {
@@ -58,6 +69,14 @@ export function voicePanel() {
   });
   return panelOf(
     card('What it listens for', pending, grammar),
-    card('Say something', words(), el('div', { class: 'row' },
-      button('Make noise instead', () => perform('noise'), { 'data-stimulus': 'noise' }))));
+    card(
+      'Say something',
+      words(),
+      el(
+        'div',
+        { class: 'row' },
+        button('Make noise instead', () => perform('noise'), { 'data-stimulus': 'noise' }),
+      ),
+    ),
+  );
 }

@@ -26,18 +26,23 @@ const kWords = {
   tts: ({ action, text, lang }) => `${action === 'START' ? '' : action}${quoted(text)} ${lang ?? ''}`,
   asr: ({ dictionary = [], lang }) => `${dictionary.join(' ')} ${lang ?? ''}`,
   buttonCallback: ({ type }) => type,
-  earsCallback: ({ type, step, length }) => [type, step, length].filter((part) => part !== undefined).join(' '),
+  earsCallback: ({ type, step, length }) =>
+    [type, step, length].filter((part) => part !== undefined).join(' '),
   rfidCallback: ({ direction = '', id, type = '', color = '' }) => `${direction} ${id} ${type} ${color}`,
   multimediaCallback: ({ action }) => action,
   m2mCallback: ({ type, correspondant }) => `${type} ${correspondant}`,
   serialCallback: ({ readline }) => `${readline?.port ?? ''} ${readline?.data ?? ''}`,
   webcam: ({ photo }) => `photo ${photo}`,
   dock: ({ led, move: way, status, change }) =>
-    (led ? light(led) : way ? `move ${way.cmd} ${way.time ?? ''}` : `status ${status ?? ''} ${change ?? ''}`),
+    led ? light(led) : way ? `move ${way.cmd} ${way.time ?? ''}` : `status ${status ?? ''} ${change ?? ''}`,
 };
 
 // Braces and quotes say little in one line.
-const bare = (value) => JSON.stringify(value).replace(/["{}[\]]/g, ' ').replace(/\s+/g, ' ').trim();
+const bare = (value) =>
+  JSON.stringify(value)
+    .replace(/["{}[\]]/g, ' ')
+    .replace(/\s+/g, ' ')
+    .trim();
 
 const cut = (text) => (text.length > kLongest ? `${text.slice(0, kLongest)} …` : text);
 
