@@ -271,7 +271,8 @@ constexpr Explanation kExplanations[] = {
      "Keep the application as it is, and report it with its last lines."},
     {EndKind::kPathTooLong, "path-too-long",
      [](Known known) {
-       return descriptorFailed(known) && !known.descriptorPath.ends_with("/descriptor.xml");
+       return descriptorFailed(known) && !known.descriptorPath.empty() &&
+              !known.descriptorPath.ends_with("/descriptor.xml");
      },
      "The path of its folder is too long: the host cuts what is longer than 254 characters.",
      "Move the folder to a shorter path."},

@@ -1,7 +1,10 @@
 // Lines and messages to evidence.
 #include "run/evidence.h"
 
+#include <algorithm>
 #include <array>
+#include <cerrno>
+#include <cstring>
 #include <string_view>
 
 #include "run/log-text.h"
@@ -62,12 +65,21 @@ void EvidenceCollector::hearConnecting(std::string_view text) {
 
 void EvidenceCollector::hearHost(const LogLine& line) {
   if (line.level == LogLevel::kForeign) return hearForeign(line.text);
-  if (line.level == LogLevel::kFatal) hearFatal(line.text);
+  if (line.level == LogLevel::kFatal || isReadFailure(line.text)) hearFatal(line.text);
   hearSteps(line.text);
   hearEnds(line.text);
   evidence_.lastText = firstLine(line.text);
   if (messages_ == Messages::kTold) return;
   if (const auto message = factsOfDump(line.text)) hearMessage(*message);
+}
+
+// The system log does not set apart what ends an application: a system's text behind the name of a
+// script file does.
+bool EvidenceCollector::isReadFailure(const std::string& text) const {
+  constexpr std::array kErrors = {ENOENT, EACCES, EISDIR,       ENOTDIR,
+                                  ELOOP,  EIO,    ENAMETOOLONG, EMFILE};
+  return evidence_.lastText.starts_with("loading source: ") &&
+         std::ranges::any_of(kErrors, [&text](int error) { return text == std::strerror(error); });
 }
 
 void EvidenceCollector::hearForeign(const std::string& text) {

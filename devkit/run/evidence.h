@@ -111,6 +111,7 @@ class EvidenceCollector {
  private:
   void reach(AppState state);
   void hearHost(const LogLine& line);
+  bool isReadFailure(const std::string& text) const;
   void hearForeign(const std::string& text);
   void hearFatal(const std::string& text);
   void hearSteps(const std::string& text);

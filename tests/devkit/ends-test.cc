@@ -4,9 +4,11 @@
 #include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
 
 #include <filesystem>
 #include <fstream>
+#include <set>
 
 #include "fake-server.h"
 #include "launched.h"
@@ -338,6 +340,101 @@ TEST_P(EndOnTheHost, isExplained) {
 
 INSTANTIATE_TEST_SUITE_P(Each, EndOnTheHost, ::testing::ValuesIn(kRows),
                          [](const auto& row) { return row.param.name; });
+
+// What a test cannot bring about on a real host, or what only a log is left of.
+Evidence evidenceOf(std::initializer_list<const char*> records, std::optional<int> status = {}) {
+  EvidenceCollector collector;
+  for (const char* record : records) collector.hear(lineOfStandardError(record));
+  collector.evidence().app = "app";
+  collector.evidence().pid = 12;
+  collector.evidence().waitStatus = status;
+  return collector.evidence();
+}
+
+TEST(Explanation, isGivenForEndsThatAreHardToBringAbout) {
+  const struct {
+    Evidence evidence;
+    EndKind kind;
+    const char* sentence;
+  } rows[] = {
+      {evidenceOf({"DEBUG: loading descriptor"}), EndKind::kDescriptorUnread, "not well-formed"},
+      {evidenceOf({": script engine out of memory: its memory has reached its limit"}),
+       EndKind::kMemoryLimit, "beside its heap"},
+      {evidenceOf({": script engine failed: v8::ToLocalChecked: Empty MaybeLocal"}),
+       EndKind::kEngineFailed, "Empty MaybeLocal"},
+      {evidenceOf({"Memoire insuffisante"}, W_EXITCODE(1, 0)), EndKind::kPlayMemory, "play"},
+      {evidenceOf({"DEBUG: malloc fail"}, W_EXITCODE(1, 0)), EndKind::kWebMemory, "web response"},
+      {evidenceOf({": something new"}), EndKind::kFatal, "something new"},
+      {evidenceOf({"MESSAGE: JSLOG: x"}, W_EXITCODE(7, 0)), EndKind::kUnknown, "nothing tells why"},
+      {evidenceOf({}, W_EXITCODE(0, SIGTRAP)), EndKind::kCrashed, "SIGTRAP"},
+      {evidenceOf({}, W_EXITCODE(0, 40)), EndKind::kCrashed, "signal 40"},
+  };
+  for (const auto& row : rows) {
+    const End end = explain(row.evidence);
+    EXPECT_EQ(nameOf(end.kind), std::string(nameOf(row.kind)));
+    EXPECT_THAT(end.sentence, HasSubstr(row.sentence));
+  }
+}
+
+TEST(Explanation, takesNothingFromWhatAScriptLogs) {
+  const End end =
+      explain(evidenceOf({"MESSAGE: JSLOG: EXIT", "MESSAGE: JSLOG: /!\\ AUTOKILL, no"}));
+  EXPECT_EQ(end.kind, EndKind::kUnknown);
+}
+
+TEST(Explanation, tellsHowTheServerLeftWhenThatIsKnown) {
+  Evidence evidence = evidenceOf({": Failed to receive bytes length from server"});
+  evidence.serverLeft = "it was told to drop the connection";
+  EXPECT_EQ(explain(evidence).sentence,
+            "The device server ended the connection: it was told to drop the connection, and no "
+            "application outlives that.");
+}
+
+TEST(Explanation, leavesBracesInWhatAnApplicationSaidAlone) {
+  const End end = explain(evidenceOf({"WARNING: main.js:1: {place} {", "WARNING: x", "WARNING: ^",
+                                      "WARNING: /!\\ AUTOKILL, application"}));
+  EXPECT_THAT(end.sentence, HasSubstr("main.js:1 threw {place} {."));
+}
+
+TEST(Explanation, doesNotTakeAnEndOfItsOwnForOurs) {
+  Evidence evidence = evidenceOf({"DEBUG: EXIT"}, W_EXITCODE(0, 0));
+  evidence.endedBy = EndedBy::kRestart;
+  EXPECT_EQ(explain(evidence).kind, EndKind::kScriptExit);
+}
+
+TEST(Explanation, showsTheLastLinesWithoutNoiseAndDebug) {
+  Evidence evidence = evidenceOf({"DEBUG: EXIT", "MESSAGE: JSLOG: one",
+                                  "WARNING: NO CORRELATION FOUND", "WARNING: curl error code: 7"});
+  EXPECT_THAT(explain(evidence).lastLines,
+              ::testing::ElementsAre("log: one", "WARNING: curl error code: 7"));
+}
+
+TEST(Explanation, hasATestForEveryKind) {
+  std::set<EndKind> tested{EndKind::kLauncherFull, EndKind::kDescriptorUnread,
+                           EndKind::kMemoryLimit,  EndKind::kEngineFailed,
+                           EndKind::kPlayMemory,   EndKind::kFatal,
+                           EndKind::kUnknown};
+  for (const Row& row : kRows) tested.insert(row.kind);
+  EXPECT_EQ(tested.size(), endKinds().size());
+}
+
+TEST(Headline, tellsTheTimeInWords) {
+  const std::pair<std::chrono::milliseconds, const char*> rows[] = {
+      {std::chrono::milliseconds(3), "3 ms"},
+      {std::chrono::milliseconds(10040), "10.0 s"},
+      {std::chrono::milliseconds(302000), "5 min 2 s"},
+      {std::chrono::hours(3) + std::chrono::minutes(20), "3 h 20 min"}};
+  for (const auto& [after, words] : rows) {
+    End end;
+    end.app = "app";
+    end.pid = 12;
+    end.state = "not connected";
+    end.status = "status 0";
+    end.endedAt = end.launchedAt + after;
+    EXPECT_EQ(headlineOf(end),
+              std::string("app ended after ") + words + ", not connected, status 0");
+  }
+}
 
 }  // namespace
 }  // namespace morvik::devkit::testing
