@@ -12,6 +12,7 @@
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <utility>
 
 namespace morvik::devkit {
 namespace {
@@ -212,6 +213,7 @@ void FolderWatch::takeInFolder(const Place& place, unsigned what, const std::str
     if ((what & IN_MOVED_FROM) != 0) forgetTree(path);
     if ((what & (IN_CREATE | IN_MOVED_TO)) != 0) watchTree(path);
   } else if ((what & IN_CREATE) != 0) {
+    if (!files_.contains(nameHere(path))) fresh_.insert(nameHere(path));
     if (!isLink(path)) return;  // its writer has not closed it yet
     watchLink(path);
   }
@@ -232,12 +234,21 @@ void FolderWatch::note(const std::string& file) {
   g_source_attach(rest_.get(), g_main_context_get_thread_default());
 }
 
+// What came and went within the change was only there to write another file.
+std::set<std::string> FolderWatch::takeChange() {
+  std::set<std::string> files = std::exchange(files_, {});
+  for (const std::string& name : std::exchange(fresh_, {})) {
+    std::error_code error;
+    if (!fs::exists(folder_ / name, error)) files.erase(name);
+  }
+  return files;
+}
+
 // Told last: whoever hears it may end the watch.
 gboolean FolderWatch::onRest(gpointer watch) {
   auto* self = static_cast<FolderWatch*>(watch);
-  const auto files = std::move(self->files_);
-  self->files_.clear();
-  self->changed_(files);
+  const auto files = self->takeChange();
+  if (!files.empty()) self->changed_(files);
   return G_SOURCE_REMOVE;
 }
 

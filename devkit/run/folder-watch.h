@@ -61,6 +61,7 @@ class FolderWatch {
   void look();
   std::string nameHere(const std::filesystem::path& path) const;
   void note(const std::string& file);
+  std::set<std::string> takeChange();
 
   std::filesystem::path folder_;
   Changed changed_;
@@ -71,6 +72,7 @@ class FolderWatch {
   GSourceOwned rest_;
   gint64 firstSave_ = 0;
   std::set<std::string> files_;
+  std::set<std::string> fresh_;  // were not there before this change
 };
 
 /// Whether a name is one of those that editors and tools use for files of their own: swap and

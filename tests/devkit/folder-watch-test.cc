@@ -44,8 +44,8 @@ class FolderWatchTest : public ::testing::Test {
 
   // As editors do that never leave half a file behind.
   void saveByRename(const std::string& name, const std::string& text) {
-    write(folder_ / (name + ".tmp"), text);
-    fs::rename(folder_ / (name + ".tmp"), folder_ / name);
+    write(folder_ / (name + ".new"), text);
+    fs::rename(folder_ / (name + ".new"), folder_ / name);
   }
 
   Loop loop_;
