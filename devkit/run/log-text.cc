@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "device/describe.h"
+#include "device/text.h"
 #include "device/owned.h"
 
 namespace morvik::devkit {
