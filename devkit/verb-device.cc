@@ -13,6 +13,7 @@
 #include "device/stimuli.h"
 #include "options.h"
 #include "server/device-server.h"
+#include "state-folder.h"
 #include "terminal/display.h"
 #include "terminal/event-lines.h"
 #include "terminal/line-reader.h"
@@ -67,13 +68,6 @@ int tellStoreFailure(const std::string& trouble) {
                "Nothing was changed. Choose another folder: --state=FOLDER.\n",
                trouble.c_str());
   return EXIT_FAILURE;
-}
-
-// The folder that was asked for, or the one where programs of this user keep such things.
-std::string stateFolder(const char* asked) {
-  return asked != nullptr
-             ? asked
-             : GText(g_build_filename(g_get_user_state_dir(), "morvik-dev", nullptr)).get();
 }
 
 // How the device speaks on standard output, and what it answers a line of standard input.
@@ -144,7 +138,8 @@ int runDevice(int argc, char** argv) {
   if (form != "text" && form != "json") {
     return refuseUsage(kHelp.name, "events are shown as text or as json");
   }
-  return serve(port, stateFolder(asked.get()), form == "json" ? forPrograms() : forPeople());
+  return serve(port, asked ? asked.get() : usualStateFolder(),
+               form == "json" ? forPrograms() : forPeople());
 }
 
 }  // namespace morvik::devkit
