@@ -11,8 +11,6 @@
 namespace morvik::devkit {
 namespace {
 
-using nlohmann::json;
-
 constexpr std::size_t kLongestName = 200;  // bytes of a name that a page tells
 constexpr std::size_t kLongestLaunchType = 1000;
 constexpr std::size_t kMostTags = 200;
@@ -24,13 +22,13 @@ class Refused : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-const json* memberOf(const json& object, const char* name) {
+const Json* memberOf(const Json& object, const char* name) {
   const auto found = object.find(name);
   return found != object.end() && !found->is_null() ? &*found : nullptr;
 }
 
-std::string textOf(const json& request, const char* name, std::size_t longest) {
-  const json* member = memberOf(request, name);
+std::string textIn(const Json& request, const char* name, std::size_t longest) {
+  const Json* member = memberOf(request, name);
   if (member == nullptr || !member->is_string()) {
     throw Refused(std::string("\"") + name + "\" must be a text");
   }
@@ -39,21 +37,29 @@ std::string textOf(const json& request, const char* name, std::size_t longest) {
   return text;
 }
 
-bool isScalar(const json& value) {
-  return value.is_string() || value.is_number() || value.is_boolean();
+// The device itself looks at names and values; here it only matters that they are few and flat.
+bool isFlat(const Json& value, int levels) {
+  if (!value.is_structured()) return !value.is_null();
+  return levels > 0 && std::all_of(value.begin(), value.end(), [levels](const Json& inner) {
+           return isFlat(inner, levels - 1);
+         });
 }
 
-json argumentsOf(const json& request) {
-  const json* arguments = memberOf(request, "arguments");
-  if (arguments == nullptr) return json::object();
-  if (!arguments->is_object() || !std::all_of(arguments->begin(), arguments->end(), isScalar)) {
-    throw Refused("\"arguments\" must be an object of texts, numbers and truth values");
+Json argumentsOf(const Json& request) {
+  constexpr int kLevels = 2;  // a list of pairs
+  const Json* arguments = memberOf(request, "arguments");
+  if (arguments == nullptr) return Json::object();
+  const auto isArgument = [](const Json& value) {
+    return value.is_null() || isFlat(value, kLevels);
+  };
+  if (!arguments->is_object() || !std::all_of(arguments->begin(), arguments->end(), isArgument)) {
+    throw Refused("\"arguments\" must be an object of texts, numbers and lists");
   }
   return *arguments;
 }
 
-std::optional<unsigned> applicationOf(const json& request) {
-  const json* app = memberOf(request, "app");
+std::optional<unsigned> applicationOf(const Json& request) {
+  const Json* app = memberOf(request, "app");
   if (app == nullptr) return std::nullopt;
   if (!app->is_number_unsigned() || app->get<std::uint64_t>() > UINT32_MAX) {
     throw Refused("\"app\" must be the number of an application, or null");
@@ -61,8 +67,8 @@ std::optional<unsigned> applicationOf(const json& request) {
   return app->get<unsigned>();
 }
 
-PageOutcome takeStimulus(const json& request, PageRequestTaker& taker) {
-  const std::string name = textOf(request, "name", kLongestName);
+Outcome takeStimulus(const Json& request, PageRequestTaker& taker) {
+  const std::string name = textIn(request, "name", kLongestName);
   return taker.stimulate(name, argumentsOf(request), applicationOf(request));
 }
 
@@ -76,14 +82,14 @@ bool isLaunchType(const std::string& text) {
   return text == "plain" || text.starts_with("RFID;") || text.starts_with("ASR;");
 }
 
-PageOutcome takeAct(const json& request, PageRequestTaker& taker) {
+Outcome takeAct(const Json& request, PageRequestTaker& taker) {
   constexpr std::array<std::string_view, 3> kActions = {"restart", "launch", "stop"};
-  PageAct act{textOf(request, "action", kLongestName), textOf(request, "app", kLongestName), ""};
+  PageAct act{textIn(request, "action", kLongestName), textIn(request, "app", kLongestName), ""};
   if (std::find(kActions.begin(), kActions.end(), act.action) == kActions.end()) {
     throw Refused("\"action\" must be restart, launch or stop");
   }
   if (act.action == "launch") {
-    act.launchType = textOf(request, "launchType", kLongestLaunchType);
+    act.launchType = textIn(request, "launchType", kLongestLaunchType);
     if (!isLaunchType(act.launchType)) {
       throw Refused("\"launchType\" must be plain, RFID;... or ASR;...");
     }
@@ -92,15 +98,15 @@ PageOutcome takeAct(const json& request, PageRequestTaker& taker) {
   return taker.act(act);
 }
 
-bool isTag(const json& tag) {
-  const auto isShortText = [](const json& value) {
+bool isTag(const Json& tag) {
+  const auto isShortText = [](const Json& value) {
     return value.is_string() && value.get_ref<const std::string&>().size() <= kLongestTagText;
   };
   return tag.is_object() && tag.size() <= 8 && std::all_of(tag.begin(), tag.end(), isShortText);
 }
 
-PageOutcome takeTags(const json& request, PageRequestTaker& taker) {
-  const json* tags = memberOf(request, "tags");
+Outcome takeTags(const Json& request, PageRequestTaker& taker) {
+  const Json* tags = memberOf(request, "tags");
   if (tags == nullptr || !tags->is_array() || tags->size() > kMostTags ||
       !std::all_of(tags->begin(), tags->end(), isTag)) {
     throw Refused("\"tags\" must be at most 200 objects of short texts");
@@ -108,19 +114,19 @@ PageOutcome takeTags(const json& request, PageRequestTaker& taker) {
   return taker.saveTags(*tags);
 }
 
-void takeSeen(const json& request, PageRequestTaker& taker) {
-  const json* number = memberOf(request, "seq");
+void takeSeen(const Json& request, PageRequestTaker& taker) {
+  const Json* number = memberOf(request, "seq");
   if (number == nullptr || !number->is_number_unsigned() ||
       !taker.seen(number->get<std::uint64_t>())) {
     throw Refused("\"seq\" must be the number of a frame that was sent");
   }
 }
 
-constexpr std::pair<std::string_view, PageOutcome (*)(const json&, PageRequestTaker&)> kRequests[] =
-    {{"stimulus", takeStimulus}, {"act", takeAct}, {"save-tags", takeTags}};
+constexpr std::pair<std::string_view, Outcome (*)(const Json&, PageRequestTaker&)> kRequests[] = {
+    {"stimulus", takeStimulus}, {"act", takeAct}, {"save-tags", takeTags}};
 
-PageOutcome take(const json& request, PageRequestTaker& taker) {
-  const std::string type = textOf(request, "type", kLongestName);
+Outcome take(const Json& request, PageRequestTaker& taker) {
+  const std::string type = textIn(request, "type", kLongestName);
   for (const auto& [name, takeIt] : kRequests) {
     if (name == type) return takeIt(request, taker);
   }
@@ -128,27 +134,27 @@ PageOutcome take(const json& request, PageRequestTaker& taker) {
 }
 
 // How the page knows its request again: a number or a short text, as it came.
-json idOf(const json& request) {
-  const json* id = memberOf(request, "id");
+Json idOf(const Json& request) {
+  const Json* id = memberOf(request, "id");
   const bool known =
       id != nullptr &&
       (id->is_number_integer() ||
        (id->is_string() && id->get_ref<const std::string&>().size() <= kLongestName));
-  return known ? *id : json();
+  return known ? *id : Json();
 }
 
-json outcomeOf(json id, const PageOutcome& outcome) {
+Json outcomeOf(Json id, const Outcome& outcome) {
   return {
       {"type", "outcome"}, {"id", std::move(id)}, {"done", outcome.done}, {"text", outcome.text}};
 }
 
 }  // namespace
 
-std::optional<json> takeRequest(std::string_view frame, PageRequestTaker& taker) {
-  const json request = json::parse(frame, nullptr, /*allow_exceptions=*/false);
+std::optional<Json> takeRequest(std::string_view frame, PageRequestTaker& taker) {
+  const Json request = Json::parse(frame, nullptr, /*allow_exceptions=*/false);
   if (!request.is_object()) return outcomeOf({}, {false, "a frame must be one JSON object"});
   try {
-    const json* type = memberOf(request, "type");
+    const Json* type = memberOf(request, "type");
     if (type != nullptr && *type == "seen") {
       takeSeen(request, taker);
       return std::nullopt;

@@ -6,8 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include <nlohmann/json_fwd.hpp>
-
+#include "device/json.h"
 #include "page/page-source.h"
 
 namespace morvik::devkit {
@@ -18,16 +17,16 @@ class PageRequestTaker {
   virtual ~PageRequestTaker() = default;
   /// The page has seen everything up to this number. False when that was never sent.
   [[nodiscard]] virtual bool seen(std::uint64_t number) = 0;
-  virtual PageOutcome stimulate(const std::string& name, const nlohmann::json& arguments,
-                                std::optional<unsigned> app) = 0;
-  virtual PageOutcome act(const PageAct& act) = 0;
+  virtual Outcome stimulate(const std::string& name, const Json& arguments,
+                            std::optional<unsigned> app) = 0;
+  virtual Outcome act(const PageAct& act) = 0;
   /// An array of objects whose values are texts.
-  virtual PageOutcome saveTags(const nlohmann::json& tags) = 0;
+  virtual Outcome saveTags(const Json& tags) = 0;
 };
 
 /// Takes one frame. Gives what it is to be answered with: an object of type "outcome"; nothing for
 /// a good acknowledgement. A frame that makes no sense is answered with the reason, and does
 /// nothing.
-std::optional<nlohmann::json> takeRequest(std::string_view frame, PageRequestTaker& taker);
+std::optional<Json> takeRequest(std::string_view frame, PageRequestTaker& taker);
 
 }  // namespace morvik::devkit

@@ -47,6 +47,16 @@ void refuse(SoupServerMessage* message, guint status) {
   soup_server_message_set_status(message, status, nullptr);
 }
 
+void give(SoupServerMessage* message, std::string_view name) {
+  const auto file = pageFile(name);
+  if (!file) return refuse(message, SOUP_STATUS_NOT_FOUND);
+  soup_message_headers_set_content_type(soup_server_message_get_response_headers(message),
+                                        file->type, nullptr);
+  soup_message_body_append_bytes(soup_server_message_get_response_body(message),
+                                 file->content.get());
+  soup_server_message_set_status(message, SOUP_STATUS_OK, nullptr);
+}
+
 }  // namespace
 
 PageServer::PageServer(OnSocket onSocket)
@@ -76,12 +86,13 @@ std::optional<PageServer::Failure> PageServer::listen(std::uint16_t port, std::s
   return std::nullopt;
 }
 
+// libsoup finds handlers by how a path begins, so the one of the socket hears of "socket.js" as
+// well. That is why files are given before it comes to that, by a handler that all requests meet.
 void PageServer::addHandlers() {
   const std::string socket = socketPath();
   for (const char* path : {static_cast<const char*>(nullptr), socket.c_str()}) {
     soup_server_add_early_handler(server_.get(), path, onHeaders, this, nullptr);
   }
-  soup_server_add_handler(server_.get(), nullptr, onRequest, this, nullptr);
   soup_server_add_websocket_handler(server_.get(), socket.c_str(), nullptr, nullptr, onWebSocket,
                                     this, nullptr);
 }
@@ -116,19 +127,8 @@ void PageServer::onHeaders(SoupServer* /*server*/, SoupServerMessage* message, c
   const bool opensSocket = path == server->socketPath();
   const auto verdict =
       opensSocket ? server->admission_->forSocket(request) : server->admission_->forFile(request);
-  if (verdict != Admission::Verdict::kWelcome) refuse(message, statusFor(verdict));
-}
-
-void PageServer::onRequest(SoupServer* /*server*/, SoupServerMessage* message, const char* path,
-                           GHashTable* /*query*/, gpointer self) {
-  const auto name = static_cast<PageServer*>(self)->admission_->nameIn(path);
-  const auto file = name ? pageFile(*name) : std::nullopt;
-  if (!file) return refuse(message, SOUP_STATUS_NOT_FOUND);
-  soup_message_headers_set_content_type(soup_server_message_get_response_headers(message),
-                                        file->type, nullptr);
-  soup_message_body_append_bytes(soup_server_message_get_response_body(message),
-                                 file->content.get());
-  soup_server_message_set_status(message, SOUP_STATUS_OK, nullptr);
+  if (verdict != Admission::Verdict::kWelcome) return refuse(message, statusFor(verdict));
+  if (!opensSocket) give(message, *server->admission_->nameIn(path));
 }
 
 void PageServer::onWebSocket(SoupServer* /*server*/, SoupServerMessage* /*message*/,

@@ -36,8 +36,6 @@ class PageServer {
  private:
   static void onHeaders(SoupServer* server, SoupServerMessage* message, const char* path,
                         GHashTable* query, gpointer self);
-  static void onRequest(SoupServer* server, SoupServerMessage* message, const char* path,
-                        GHashTable* query, gpointer self);
   static void onWebSocket(SoupServer* server, SoupServerMessage* message, const char* path,
                           SoupWebsocketConnection* connection, gpointer self);
   void addHandlers();

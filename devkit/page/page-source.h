@@ -6,16 +6,10 @@
 #include <optional>
 #include <string>
 
-#include <nlohmann/json_fwd.hpp>
+#include "device/json.h"
+#include "device/stimuli.h"
 
 namespace morvik::devkit {
-
-/// What became of something that was asked for. `text` says why it was not done, or what there is
-/// to say; it may be empty.
-struct PageOutcome {
-  bool done = false;
-  std::string text;
-};
 
 /// What can be done to an application from the page.
 struct PageAct {
@@ -36,18 +30,18 @@ class PageSource {
   /// The device's clock, in milliseconds: the one that the view's times are told in.
   virtual std::int64_t now() const = 0;
   /// The device as it is.
-  virtual nlohmann::json view() const = 0;
+  virtual Json view() const = 0;
   /// What the world can do to the device, for the page to draw its controls. Asked for once for
   /// each page.
-  virtual nlohmann::json stimuli() const = 0;
+  virtual Json stimuli() const = 0;
   /// The applications and their states, an array.
-  virtual nlohmann::json applications() const = 0;
+  virtual Json applications() const = 0;
 
-  /// Does one of the stimuli. `arguments` is an object whose values are texts, numbers and truth
-  /// values; `app` is the one application that is meant, nothing means all.
-  virtual PageOutcome stimulate(const std::string& name, const nlohmann::json& arguments,
-                                std::optional<unsigned> app) = 0;
-  virtual PageOutcome act(const PageAct& act) = 0;
+  /// Does one of the stimuli. `arguments` is an object; `app` is the one application that is meant,
+  /// nothing means all. Everything that is wrong with them is told in the outcome.
+  virtual Outcome stimulate(const std::string& name, const Json& arguments,
+                            std::optional<unsigned> app) = 0;
+  virtual Outcome act(const PageAct& act) = 0;
 };
 
 }  // namespace morvik::devkit

@@ -8,8 +8,6 @@
 namespace morvik::devkit {
 namespace {
 
-using nlohmann::json;
-
 constexpr int kProtocolVersion = 1;
 // The page's own reason for an end, from the numbers that are free for that.
 constexpr unsigned short kTooManyPages = 4000;
@@ -21,19 +19,14 @@ constexpr std::chrono::milliseconds kViewPace{30};
 // Lines that come in one go are told in one frame, of this many at most.
 constexpr std::size_t kMostLinesInOneFrame = 200;
 
-// Texts come from scripts, and may hold bytes that are no text.
-std::string written(const json& value) {
-  return value.dump(-1, ' ', /*ensure_ascii=*/false, json::error_handler_t::replace);
-}
-
 // A frame's members without the braces around them.
-std::string bodyFrom(const json& frame) {
-  std::string text = written(frame);
+std::string bodyFrom(const Json& frame) {
+  std::string text = textOf(frame);
   return text.substr(1, text.size() - 2);
 }
 
 // The same, with a member whose value is written already.
-std::string bodyFrom(const json& frame, const char* name, const std::string& value) {
+std::string bodyFrom(const Json& frame, const char* name, const std::string& value) {
   return bodyFrom(frame) + ",\"" + name + "\":" + value;
 }
 
@@ -50,29 +43,27 @@ struct Page::Guest {
   bool isLeaving = false;  // nothing more is done for it
 };
 
-namespace {
-
 // Answers the requests of one page.
-class Desk : public PageRequestTaker {
+class Page::Desk : public PageRequestTaker {
  public:
-  Desk(PageSource& source, const TagDrawer& tags, Visitor& visitor)
-      : source_(source), tags_(tags), visitor_(visitor) {}
+  Desk(Page& page, Visitor& visitor) : page_(page), visitor_(visitor) {}
 
   bool seen(std::uint64_t number) override { return visitor_.acknowledge(number); }
-  PageOutcome stimulate(const std::string& name, const json& arguments,
-                        std::optional<unsigned> app) override {
-    return source_.stimulate(name, arguments, app);
+  Outcome stimulate(const std::string& name, const Json& arguments,
+                    std::optional<unsigned> app) override {
+    return page_.source_.stimulate(name, arguments, app);
   }
-  PageOutcome act(const PageAct& act) override { return source_.act(act); }
-  PageOutcome saveTags(const json& tags) override { return tags_.save(tags); }
+  Outcome act(const PageAct& act) override { return page_.source_.act(act); }
+  Outcome saveTags(const Json& tags) override {
+    Outcome outcome = page_.tags_.save(tags);
+    if (outcome.done) page_.owe(Visitor::Part::kTags);
+    return outcome;
+  }
 
  private:
-  PageSource& source_;
-  const TagDrawer& tags_;
+  Page& page_;
   Visitor& visitor_;
 };
-
-}  // namespace
 
 Page::Page(PageSource& source, const std::string& stateFolder)
     : source_(source),
@@ -93,8 +84,8 @@ void Page::owe(Visitor::Part part) {
   if (!guests_.empty()) soon_.ask();
 }
 
-void Page::happened(const json& event) {
-  std::string text = written(event);
+void Page::happened(const Json& event) {
+  std::string text = textOf(event);
   if (!guests_.empty()) {
     const std::string body = bodyFrom({{"type", "event"}, {"now", source_.now()}}, "event", text);
     for (const auto& [number, guest] : guests_) guest->visitor.tellEvent(body);
@@ -103,11 +94,11 @@ void Page::happened(const json& event) {
 }
 
 void Page::logged(const PageLogLine& line) {
-  std::string text = written({{"time", line.time},
-                              {"app", line.app},
-                              {"level", line.level},
-                              {"kind", line.kind},
-                              {"text", line.text}});
+  std::string text = textOf({{"time", line.time},
+                             {"app", line.app},
+                             {"level", line.level},
+                             {"kind", line.kind},
+                             {"text", line.text}});
   if (!guests_.empty()) freshLog_.push_back(text);
   log_.add(std::move(text));
   if (freshLog_.size() >= kMostLinesInOneFrame) return tellLog();
@@ -146,16 +137,24 @@ void Page::settle(Visitor& visitor, const Visitor::BodyOf& bodyOf) const {
 }
 
 std::string Page::bodyOf(Visitor::Part part) const {
-  const bool isView = part == Visitor::Part::kView;
-  const char* name = isView ? "view" : "applications";
-  return bodyFrom({{"type", name},
-                   {"now", source_.now()},
-                   {name, isView ? source_.view() : source_.applications()}});
+  const auto body = [this](const char* name, Json value) {
+    return bodyFrom({{"type", name}, {"now", source_.now()}, {name, std::move(value)}});
+  };
+  switch (part) {
+    case Visitor::Part::kView:
+      return body("view", source_.view());
+    case Visitor::Part::kApplications:
+      return body("applications", source_.applications());
+    case Visitor::Part::kTags:
+      break;
+  }
+  std::string trouble;  // told to those who open the page
+  return body("tags", tags_.tags(trouble));
 }
 
 std::string Page::greeting() {
   std::string trouble;
-  const json hello = {{"type", "hello"},
+  const Json hello = {{"type", "hello"},
                       {"version", kProtocolVersion},
                       {"now", source_.now()},
                       {"title", source_.title()},
@@ -186,9 +185,9 @@ void Page::frameArrived(PageSocket::Number page, std::string_view text) {
   const auto found = guests_.find(page);
   if (found == guests_.end() || found->second->isLeaving) return;
   Guest& guest = *found->second;
-  Desk desk(source_, tags_, guest.visitor);
+  Desk desk(*this, guest.visitor);
   if (const auto outcome = takeRequest(text, desk)) {
-    json frame = *outcome;
+    Json frame = *outcome;
     frame["now"] = source_.now();
     guest.visitor.tell(bodyFrom(frame));
   }

@@ -9,8 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include <nlohmann/json_fwd.hpp>
-
+#include "device/json.h"
 #include "page/history.h"
 #include "page/paced-call.h"
 #include "page/page-requests.h"
@@ -26,7 +25,7 @@ namespace morvik::devkit {
 struct PageLogLine {
   std::int64_t time = 0;  // milliseconds since 1970
   std::string app;
-  std::string level;  // "debug", "message", "warning" or "fatal"; empty when it is not known
+  std::string level;  // "DEBUG", "MESSAGE", "WARNING", "ERROR"; empty when it is not known
   std::string kind;   // "script", "host", "exception", "foreign" or "noise"
   std::string text;
 };
@@ -58,11 +57,12 @@ class Page : private PageSocket::Owner {
   /// The same for the applications.
   void applicationsChanged();
   /// Something happened. docs/device-json.md has the forms of events.
-  void happened(const nlohmann::json& event);
+  void happened(const Json& event);
   void logged(const PageLogLine& line);
 
  private:
   struct Guest;
+  class Desk;
 
   void welcome(SoupWebsocketConnection* connection);
   std::string greeting();

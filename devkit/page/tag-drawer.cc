@@ -10,8 +10,6 @@
 namespace morvik::devkit {
 namespace {
 
-using nlohmann::json;
-
 constexpr int kOwnerOnly = 0600;
 constexpr int kFolderForOwnerOnly = 0700;
 
@@ -19,20 +17,20 @@ constexpr int kFolderForOwnerOnly = 0700;
 
 TagDrawer::TagDrawer(const std::string& folder) : folder_(folder), file_(folder + "/tags.json") {}
 
-json TagDrawer::tags(std::string& trouble) const {
+Json TagDrawer::tags(std::string& trouble) const {
   char* content = nullptr;
   gsize size = 0;
-  if (g_file_get_contents(file_.c_str(), &content, &size, nullptr) == FALSE) return json::array();
+  if (g_file_get_contents(file_.c_str(), &content, &size, nullptr) == FALSE) return Json::array();
   const GText owned(content);
-  json tags = json::parse(content, content + size, nullptr, /*allow_exceptions=*/false);
+  Json tags = Json::parse(content, content + size, nullptr, /*allow_exceptions=*/false);
   if (tags.is_array()) return tags;
   const std::string aside = file_ + ".damaged";
   g_rename(file_.c_str(), aside.c_str());
   trouble = "the saved tags cannot be read; they are kept as " + aside;
-  return json::array();
+  return Json::array();
 }
 
-PageOutcome TagDrawer::save(const json& tags) const {
+Outcome TagDrawer::save(const Json& tags) const {
   const std::string text = tags.dump(2) + "\n";
   GErrorOwned error;
   g_mkdir_with_parents(folder_.c_str(), kFolderForOwnerOnly);

@@ -3,8 +3,7 @@
 
 #include <string>
 
-#include <nlohmann/json_fwd.hpp>
-
+#include "device/json.h"
 #include "page/page-source.h"
 
 namespace morvik::devkit {
@@ -18,10 +17,10 @@ class TagDrawer {
 
   /// The tags that were saved last, an array; empty when there are none. A file that holds anything
   /// else is put aside under another name, and `trouble` then says so.
-  nlohmann::json tags(std::string& trouble) const;
+  Json tags(std::string& trouble) const;
 
   /// In place of all that were saved.
-  PageOutcome save(const nlohmann::json& tags) const;
+  Outcome save(const Json& tags) const;
 
  private:
   std::string folder_;

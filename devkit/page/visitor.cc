@@ -26,7 +26,7 @@ void Visitor::settle(const BodyOf& bodyOf, const BodyOfMissed& bodyOfMissed) {
     if (!offer(bodyOfMissed(missed_))) return;
     missed_ = {};
   }
-  for (const Part part : {Part::kView, Part::kApplications}) {
+  for (const Part part : {Part::kView, Part::kApplications, Part::kTags}) {
     bool& owed = owed_[static_cast<int>(part)];
     owed = owed && !offer(bodyOf(part));
   }

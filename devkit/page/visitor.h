@@ -24,8 +24,8 @@ class Visitor {
   /// Gets each whole frame.
   using Send = std::function<void(const std::string& frame)>;
   /// What is shown as it is now, and need not be told for every change.
-  enum class Part { kView, kApplications };
-  static constexpr int kParts = 2;
+  enum class Part { kView, kApplications, kTags };
+  static constexpr int kParts = 3;
   /// Gives the body of a part as it is now.
   using BodyOf = std::function<std::string(Part)>;
   /// Gives the body that tells what was left out.

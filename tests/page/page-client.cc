@@ -139,17 +139,17 @@ void PageClient::onClosed(SoupWebsocketConnection* /*connection*/, gpointer clie
   static_cast<PageClient*>(client)->closed_ = true;
 }
 
-nlohmann::json PageClient::receive() {
+Json PageClient::receive() {
   const bool came = loop_.runUntil([this] { return !frames_.empty(); });
   EXPECT_TRUE(came) << "no frame came";
   if (!came) return {};
-  nlohmann::json frame = nlohmann::json::parse(frames_.front());
+  Json frame = Json::parse(frames_.front());
   frames_.pop_front();
   return frame;
 }
 
-nlohmann::json PageClient::receive(const std::string& type) {
-  nlohmann::json frame = receive();
+Json PageClient::receive(const std::string& type) {
+  Json frame = receive();
   while (frame.is_object() && frame["type"] != type) frame = receive();
   return frame;
 }
@@ -162,7 +162,7 @@ void PageClient::sendBytes(const std::string& bytes) {
   soup_websocket_connection_send_binary(connection_.get(), bytes.data(), bytes.size());
 }
 
-nlohmann::json PageClient::ask(const nlohmann::json& frame) {
+Json PageClient::ask(const Json& frame) {
   send(frame);
   return receive("outcome");
 }

@@ -9,6 +9,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "device/json.h"
 #include "devkit/loop.h"
 
 namespace morvik::devkit::testing {
@@ -66,14 +67,14 @@ class PageClient {
 
   bool isOpen() const { return connection_ != nullptr; }
   /// The next frame, in the order of arrival; null when none comes.
-  nlohmann::json receive();
+  Json receive();
   /// The next frame of that type; others before it are dropped.
-  nlohmann::json receive(const std::string& type);
-  void send(const nlohmann::json& frame) { sendText(frame.dump()); }
+  Json receive(const std::string& type);
+  void send(const Json& frame) { sendText(frame.dump()); }
   void sendText(const std::string& text);
   void sendBytes(const std::string& bytes);
   /// Sends and gives the outcome.
-  nlohmann::json ask(const nlohmann::json& frame);
+  Json ask(const Json& frame);
   /// The code with which the server has ended it, 0 for none; waits for the end.
   int closeCode();
   /// Acknowledges everything that has come, and gives how many frames that were.

@@ -10,7 +10,6 @@
 namespace morvik::devkit::testing {
 namespace {
 
-using nlohmann::json;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -20,16 +19,16 @@ class KeptRequests : public PageRequestTaker {
     calls.push_back("seen " + std::to_string(number));
     return number <= 10;
   }
-  PageOutcome stimulate(const std::string& name, const json& arguments,
-                        std::optional<unsigned> app) override {
+  Outcome stimulate(const std::string& name, const Json& arguments,
+                    std::optional<unsigned> app) override {
     calls.push_back(name + " " + arguments.dump() + " " + (app ? std::to_string(*app) : "all"));
     return {true, "well"};
   }
-  PageOutcome act(const PageAct& act) override {
+  Outcome act(const PageAct& act) override {
     calls.push_back(act.action + " " + act.app + " " + act.launchType);
     return {false, "not now"};
   }
-  PageOutcome saveTags(const json& tags) override {
+  Outcome saveTags(const Json& tags) override {
     calls.push_back("tags " + tags.dump());
     return {true, ""};
   }
@@ -39,20 +38,20 @@ class KeptRequests : public PageRequestTaker {
 
 class PageRequestsTest : public ::testing::Test {
  protected:
-  json answerTo(const std::string& frame) {
+  Json answerTo(const std::string& frame) {
     const auto outcome = takeRequest(frame, taker_);
     EXPECT_TRUE(outcome) << frame;
-    return outcome.value_or(json());
+    return outcome.value_or(Json());
   }
 
   KeptRequests taker_;
 };
 
 TEST_F(PageRequestsTest, doesAStimulus) {
-  const json outcome = answerTo(
+  const Json outcome = answerTo(
       R"({"type":"stimulus","id":7,"name":"button","arguments":{"type":"SIMPLE","n":2},"app":3})");
-  EXPECT_EQ(outcome, json::parse(R"({"type":"outcome","id":7,"done":true,"text":"well"})"));
-  EXPECT_THAT(taker_.calls, ElementsAre(R"(button {"n":2,"type":"SIMPLE"} 3)"));
+  EXPECT_EQ(outcome, Json::parse(R"({"type":"outcome","id":7,"done":true,"text":"well"})"));
+  EXPECT_THAT(taker_.calls, ElementsAre(R"(button {"type":"SIMPLE","n":2} 3)"));
 }
 
 TEST_F(PageRequestsTest, aStimulusIsForAllUnlessItSaysForWhom) {
@@ -62,9 +61,9 @@ TEST_F(PageRequestsTest, aStimulusIsForAllUnlessItSaysForWhom) {
 }
 
 TEST_F(PageRequestsTest, actsOnAnApplication) {
-  const json outcome =
+  const Json outcome =
       answerTo(R"({"type":"act","id":"x","action":"launch","app":"hello","launchType":"plain"})");
-  EXPECT_EQ(outcome, json::parse(R"({"type":"outcome","id":"x","done":false,"text":"not now"})"));
+  EXPECT_EQ(outcome, Json::parse(R"({"type":"outcome","id":"x","done":false,"text":"not now"})"));
   answerTo(R"({"type":"act","action":"restart","app":"hello"})");
   answerTo(R"({"type":"act","action":"launch","app":"hello","launchType":"RFID;04a1"})");
   EXPECT_THAT(taker_.calls,
@@ -97,9 +96,9 @@ TEST_F(PageRequestsTest, tellsWhatMakesNoSenseAndDoesNothing) {
       {R"({"type":"stimulus"})", "\"name\" must be a text"},
       {R"({"type":"stimulus","name":")" + std::string(201, 'x') + R"("})", "\"name\" is too long"},
       {R"({"type":"stimulus","name":"b","arguments":[1]})",
-       "\"arguments\" must be an object of texts, numbers and truth values"},
-      {R"({"type":"stimulus","name":"b","arguments":{"a":{}}})",
-       "\"arguments\" must be an object of texts, numbers and truth values"},
+       "\"arguments\" must be an object of texts, numbers and lists"},
+      {R"({"type":"stimulus","name":"b","arguments":{"a":[{"b":[]}]}})",
+       "\"arguments\" must be an object of texts, numbers and lists"},
       {R"({"type":"stimulus","name":"b","app":-1})",
        "\"app\" must be the number of an application, or null"},
       {R"({"type":"stimulus","name":"b","app":4294967296})",
@@ -120,7 +119,7 @@ TEST_F(PageRequestsTest, tellsWhatMakesNoSenseAndDoesNothing) {
        "\"tags\" must be at most 200 objects of short texts"},
   };
   for (const auto& [frame, text] : cases) {
-    const json outcome = answerTo(frame);
+    const Json outcome = answerTo(frame);
     EXPECT_EQ(outcome["done"], false) << frame;
     EXPECT_EQ(outcome["text"], text) << frame;
   }

@@ -58,6 +58,12 @@ TEST_F(PageServerTest, givesThePageToWhoKnowsItsAddress) {
   }
 }
 
+TEST_F(PageServerTest, givesAFileWhoseNameBeginsLikeTheSocket) {
+  ASSERT_TRUE(pageFile("socket.js"));
+  EXPECT_THAT(answerTo("GET " + pathTo("socket.js")), StartsWith("HTTP/1.1 200 OK\r\n"));
+  EXPECT_THAT(answerTo("GET " + pathTo("socket.none")), StartsWith("HTTP/1.1 404 "));
+}
+
 TEST_F(PageServerTest, tellsTheHeadAlone) {
   const std::string answer = answerTo("HEAD " + pathTo(""));
   const auto size = contentOf(*pageFile("")).size();

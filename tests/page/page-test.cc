@@ -12,7 +12,6 @@
 namespace morvik::devkit::testing {
 namespace {
 
-using nlohmann::json;
 using ::testing::ElementsAre;
 using ::testing::SizeIs;
 
@@ -21,20 +20,20 @@ class FakeSource : public PageSource {
   std::string title() const override { return "Hello"; }
   std::string mode() const override { return "run"; }
   std::int64_t now() const override { return 42; }
-  json view() const override {
+  Json view() const override {
     ++viewsWritten;
     return {{"led", led}};
   }
-  json stimuli() const override { return json::array({{{"name", "button"}}}); }
-  json applications() const override { return applications_; }
-  PageOutcome stimulate(const std::string& name, const json& /*arguments*/,
-                        std::optional<unsigned> /*app*/) override {
+  Json stimuli() const override { return Json::array({{{"name", "button"}}}); }
+  Json applications() const override { return applications_; }
+  Outcome stimulate(const std::string& name, const Json& /*arguments*/,
+                    std::optional<unsigned> /*app*/) override {
     return {name == "button", "pressed " + name};
   }
-  PageOutcome act(const PageAct& act) override { return {true, act.action + " " + act.app}; }
+  Outcome act(const PageAct& act) override { return {true, act.action + " " + act.app}; }
 
   std::string led = "red";
-  json applications_ = json::array();
+  Json applications_ = Json::array();
   mutable int viewsWritten = 0;
 };
 
@@ -45,9 +44,9 @@ class PageTest : public ::testing::Test {
     EXPECT_FALSE(page_.listen(0, text)) << text;
   }
 
-  static json event(int number) { return {{"type", "note"}, {"text", std::to_string(number)}}; }
+  static Json event(int number) { return {{"type", "note"}, {"text", std::to_string(number)}}; }
   // Runs the loop until the page behind this socket has answered everything before.
-  static json roundTrip(PageClient& client) {
+  static Json roundTrip(PageClient& client) {
     return client.ask({{"type", "stimulus"}, {"id", "trip"}, {"name", "button"}});
   }
 
@@ -61,14 +60,14 @@ TEST_F(PageTest, greetsWithEverythingThatIsKnown) {
   page_.happened(event(1));
   page_.logged({7, "hello", "message", "script", "JSLOG: hi"});
   PageClient client(loop_, page_.address());
-  const json hello = client.receive();
-  EXPECT_EQ(hello, json::parse(R"({
+  const Json hello = client.receive();
+  EXPECT_EQ(hello, Json::parse(R"({
     "seq": 1, "type": "hello", "version": 1, "now": 42, "title": "Hello", "mode": "run",
     "view": {"led": "red"}, "applications": [], "stimuli": [{"name": "button"}], "tags": [],
     "trouble": "", "missed": {"log": 0, "events": 0},
-    "messages": [{"type": "note", "text": "1"}],
     "log": [{"time": 7, "app": "hello", "level": "message", "kind": "script",
-             "text": "JSLOG: hi"}]})"));
+             "text": "JSLOG: hi"}],
+    "messages": [{"type": "note", "text": "1"}]})"));
 }
 
 TEST_F(PageTest, twoPagesSeeTheSame) {
@@ -97,16 +96,16 @@ TEST_F(PageTest, manyChangesAreOneView) {
 
 TEST_F(PageTest, tellsOfApplications) {
   PageClient client(loop_, page_.address());
-  source_.applications_ = json::array({"hello"});
+  source_.applications_ = Json::array({"hello"});
   page_.applicationsChanged();
-  EXPECT_EQ(client.receive("applications")["applications"], json::array({"hello"}));
+  EXPECT_EQ(client.receive("applications")["applications"], Json::array({"hello"}));
 }
 
 TEST_F(PageTest, linesThatComeTogetherAreOneFrame) {
   PageClient client(loop_, page_.address());
   client.receive("hello");
   for (int i = 0; i < 3; ++i) page_.logged({i, "a", "debug", "host", std::to_string(i)});
-  const json frame = client.receive();
+  const Json frame = client.receive();
   EXPECT_EQ(frame["type"], "log");
   EXPECT_THAT(frame["lines"], SizeIs(3));
   EXPECT_EQ(frame["lines"][2]["text"], "2");
@@ -128,7 +127,7 @@ TEST_F(PageTest, textThatIsNoTextComesThrough) {
 
 TEST_F(PageTest, bringsBackWhatAPageAsksFor) {
   PageClient client(loop_, page_.address());
-  json outcome = client.ask({{"type", "stimulus"}, {"id", 5}, {"name", "button"}});
+  Json outcome = client.ask({{"type", "stimulus"}, {"id", 5}, {"name", "button"}});
   EXPECT_EQ(outcome["id"], 5);
   EXPECT_EQ(outcome["done"], true);
   EXPECT_EQ(outcome["text"], "pressed button");
@@ -136,8 +135,16 @@ TEST_F(PageTest, bringsBackWhatAPageAsksFor) {
   EXPECT_EQ(outcome["text"], "restart hello");
   outcome = client.ask({{"type", "save-tags"}, {"id", 7}, {"tags", {{{"id", "04a1"}}}}});
   EXPECT_EQ(outcome["done"], true) << outcome;
-  PageClient second(loop_, page_.address());
-  EXPECT_EQ(second.receive("hello")["tags"], json::parse(R"([{"id":"04a1"}])"));
+}
+
+TEST_F(PageTest, allPagesHaveOneDrawerOfTags) {
+  PageClient one(loop_, page_.address());
+  PageClient two(loop_, page_.address());
+  const Json tags = Json::parse(R"([{"id":"04a1"}])");
+  EXPECT_EQ(one.ask({{"type", "save-tags"}, {"tags", tags}})["done"], true);
+  EXPECT_EQ(one.receive("tags")["tags"], tags);
+  EXPECT_EQ(two.receive("tags")["tags"], tags);
+  EXPECT_EQ(PageClient(loop_, page_.address()).receive("hello")["tags"], tags);
 }
 
 TEST_F(PageTest, answersWhatMakesNoSenseAndGoesOn) {
@@ -190,7 +197,7 @@ TEST_F(PageTest, aPageThatFellAsleepCatchesUp) {
   page_.viewChanged();
   EXPECT_EQ(roundTrip(client)["seq"], 1001) << "999 events, and the answer without room";
   client.send({{"type", "seen"}, {"seq", 1001}});
-  const json missed = client.receive();
+  const Json missed = client.receive();
   EXPECT_EQ(missed["type"], "missed");
   EXPECT_EQ(missed["events"], 3000 - 999);
   EXPECT_EQ(missed["log"], 0);
@@ -203,7 +210,7 @@ TEST_F(PageTest, aPageThatStopsReadingSlowsNobodyAndNothingGrows) {
   DeafPage deaf(loop_, page_.address());
   PageClient awake(loop_, page_.address());
   std::size_t frames = 0;
-  const json event = {{"type", "note"}, {"text", std::string(400, 'x')}};
+  const Json event = {{"type", "note"}, {"text", std::string(400, 'x')}};
   const auto pass = [&](int hundreds) {
     for (int i = 0; i < hundreds; ++i) {
       for (int j = 0; j < 100; ++j) page_.happened(event);

@@ -14,14 +14,13 @@
 namespace morvik::devkit::testing {
 namespace {
 
-using nlohmann::json;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
 class TagDrawerTest : public ::testing::Test {
  protected:
-  json tags() {
-    json tags = TagDrawer(folder_).tags(trouble_);
+  Json tags() {
+    Json tags = TagDrawer(folder_).tags(trouble_);
     return tags;
   }
 
@@ -31,19 +30,19 @@ class TagDrawerTest : public ::testing::Test {
 };
 
 TEST_F(TagDrawerTest, isEmptyAtFirst) {
-  EXPECT_EQ(tags(), json::array());
+  EXPECT_EQ(tags(), Json::array());
   EXPECT_EQ(trouble_, "");
 }
 
 TEST_F(TagDrawerTest, keepsWhatWasSavedLast) {
-  const json saved = json::parse(R"([{"id":"04a1","name":"Löwe"}])");
-  EXPECT_TRUE(TagDrawer(folder_).save(json::parse(R"([{"id":"1"}])")).done);
+  const Json saved = Json::parse(R"([{"id":"04a1","name":"Löwe"}])");
+  EXPECT_TRUE(TagDrawer(folder_).save(Json::parse(R"([{"id":"1"}])")).done);
   EXPECT_TRUE(TagDrawer(folder_).save(saved).done);
   EXPECT_EQ(tags(), saved);
 }
 
 TEST_F(TagDrawerTest, isForItsOwnerOnly) {
-  EXPECT_TRUE(TagDrawer(folder_).save(json::array()).done);
+  EXPECT_TRUE(TagDrawer(folder_).save(Json::array()).done);
   using std::filesystem::perms;
   EXPECT_EQ(std::filesystem::status(folder_ + "/tags.json").permissions(),
             perms::owner_read | perms::owner_write);
@@ -53,7 +52,7 @@ TEST_F(TagDrawerTest, isForItsOwnerOnly) {
 TEST_F(TagDrawerTest, putsADamagedFileAsideAndSaysSo) {
   std::filesystem::create_directories(folder_);
   std::ofstream(folder_ + "/tags.json") << "[{\"id\":";
-  EXPECT_EQ(tags(), json::array());
+  EXPECT_EQ(tags(), Json::array());
   EXPECT_EQ(trouble_,
             "the saved tags cannot be read; they are kept as " + folder_ + "/tags.json.damaged");
   EXPECT_EQ(test::contentOf(folder_ + "/tags.json.damaged"), "[{\"id\":");
@@ -61,7 +60,7 @@ TEST_F(TagDrawerTest, putsADamagedFileAsideAndSaysSo) {
 
 TEST_F(TagDrawerTest, tellsWhyItCannotSave) {
   std::ofstream(temporary_ / "made") << "a file where a folder must be";
-  const PageOutcome outcome = TagDrawer(folder_).save(json::array());
+  const Outcome outcome = TagDrawer(folder_).save(Json::array());
   EXPECT_FALSE(outcome.done);
   EXPECT_THAT(outcome.text, StartsWith("the tags are not saved: "));
   EXPECT_THAT(outcome.text, HasSubstr(folder_));

@@ -33,6 +33,7 @@ export function timeOfDay(time) {
 
 /** A length of time, short. */
 export function lengthOf(milliseconds) {
+  if (milliseconds > -1 && milliseconds < 1) return '< 1 ms';
   if (milliseconds < 1000) return `${Math.round(milliseconds)} ms`;
   if (milliseconds < 60000) return `${(milliseconds / 1000).toFixed(1)} s`;
   return `${Math.floor(milliseconds / 60000)} min ${Math.round((milliseconds % 60000) / 1000)} s`;

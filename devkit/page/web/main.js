@@ -14,6 +14,7 @@ import { startTheme } from './theme.js';
 import { makeWorld } from './world.js';
 
 let ears = null;
+let happens = null;
 let world = false;
 
 function setConnection(name, text) {
@@ -49,6 +50,7 @@ function hello(frame) {
   setText(byId('title'), title);
   document.title = title;
   if (!world) makeWorld(ears);
+  if (!world && state.mode === 'device') happens.suggest('messages'); // there is no log
   world = true;
   for (const clear of [clearLog, clearMessages, clearNotes]) clear();
   addLines(frame.log ?? []);
@@ -95,5 +97,5 @@ function lost(reason, failures) {
 startTheme();
 ears = startScene();
 startApplications();
-makeTabs('happens', [logTab(), messagesTab(), notesTab()]);
+happens = makeTabs('happens', [logTab(), messagesTab(), notesTab()]);
 startSocket({ frame: (frame) => hearers[frame.type]?.(frame), lost });

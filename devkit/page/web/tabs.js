@@ -18,7 +18,7 @@ class Tabs {
     this.buttons = new Map();
     for (const tab of tabs) this.#add(byId(`${id}-tabs`), byId(`${id}-panels`), tab);
     byId(`${id}-tabs`).addEventListener('keydown', (event) => this.#step(event));
-    this.show(remembered(this.place, this.names));
+    this.#choose(remembered(this.place, this.names));
   }
 
   #add(strip, panels, { name, label, panel }) {
@@ -44,6 +44,15 @@ class Tabs {
 
   show(name) {
     keep(this.place, name, 'sessionStorage');
+    this.#choose(name);
+  }
+
+  /** Shows one that nobody has chosen yet. */
+  suggest(name) {
+    if (recall(this.place, 'sessionStorage') === null) this.#choose(name);
+  }
+
+  #choose(name) {
     for (const tab of this.tabs) {
       const chosen = tab.name === name;
       const one = this.buttons.get(tab.name);

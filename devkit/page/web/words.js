@@ -38,11 +38,13 @@ const kWords = {
 };
 
 // Braces and quotes say little in one line.
-const bare = (value) =>
-  JSON.stringify(value)
-    .replace(/["{}[\]]/g, ' ')
-    .replace(/\s+/g, ' ')
-    .trim();
+function bare(value) {
+  if (Array.isArray(value)) return value.map(bare).join(', ');
+  if (typeof value !== 'object' || value === null) return String(value);
+  return Object.entries(value)
+    .map(([key, part]) => `${key} ${bare(part)}`)
+    .join(' ');
+}
 
 const cut = (text) => (text.length > kLongest ? `${text.slice(0, kLongest)} …` : text);
 
