@@ -32,7 +32,7 @@ class LaunchTest : public ::testing::Test {
 
   // A program in the host's place.
   std::string script(const std::string& lines) const {
-    const std::string path = apps_ / "host";
+    std::string path = apps_ / "host";
     std::ofstream(path) << "#!/bin/sh\n" << lines;
     std::filesystem::permissions(path, std::filesystem::perms::owner_all);
     return path;
