@@ -128,10 +128,7 @@ void EvidenceCollector::tell(const MessageFacts& message) {
 
 void EvidenceCollector::hearMessage(const MessageFacts& message) {
   if (message.direction == Direction::kFromApplication) {
-    if (!message.payloads.empty()) evidence_.lastSent = message.payloads.front();
-    if (message.action != "START") return;
-    ++evidence_.startRequests;
-    startId_ = message.id;
+    if (message.action == "START") startId_ = message.id;
     return;
   }
   for (const std::string& payload : message.payloads) ++evidence_.heard[payload];

@@ -46,46 +46,46 @@ enum class LaunchProblem {
 
 struct Evidence {
   std::string app;
-  pid_t pid = 0;
   TimePoint launchedAt;
   TimePoint endedAt;
-  AppState state = AppState::kLaunched;
-  /// As waitpid gives it; nothing when somebody else was told, such as a launcher that still ran.
-  std::optional<int> waitStatus;
-  EndedBy endedBy = EndedBy::kItself;
-  LaunchProblem problem = LaunchProblem::kNone;
   std::string problemText;  ///< what is wrong, for the problems that have more to tell
 
   // What its log has told.
-  bool readDescriptor = false;            ///< began to read descriptor.xml
-  bool hasDescriptor = false;             ///< has read it
-  bool calledExit = false;                ///< called exit, with whatever arguments
-  bool autokill = false;                  ///< not interactive in time
-  bool stopAutokill = false;              ///< its time after a stop notice was over
-  bool startRefused = false;              ///< the server refused interactive mode
   std::string descriptorPath;             ///< where it looked for descriptor.xml
+  std::string descriptorComplaint;        ///< the first thing that libxml2 said of it
   std::string lastSource;                 ///< the script file that it read last, as a path
   std::string fatalText;                  ///< the text that ended it
-  bool fatalWhileReading = false;         ///< that came of reading lastSource
-  std::string descriptorComplaint;        ///< the first thing that libxml2 said of descriptor.xml
-  bool playMemory = false;                ///< no memory for the name given to play
   std::string connectTrouble;             ///< why the last attempt to connect failed
   std::string lastText;                   ///< the last host line
   std::optional<ExceptionReport> report;  ///< the last exception that nobody caught
 
   // What its messages have told.
-  int startRequests = 0;
-  std::string startAnswer;           ///< the code of the last answer to a start request
-  std::string lastSent;              ///< the payload of its last message
+  std::string startAnswer;           ///< the code of the answer to the last start request
   std::map<std::string, int> heard;  ///< how many messages of each payload it got
 
   /// What is known of how the device server left it; empty when nothing is.
   std::string serverLeft;
-  /// Whether its config.bin is there and is none.
-  bool configIsBroken = false;
-
   /// The last lines of its log, noise and debug lines left out.
   std::deque<LogLine> lastLines;
+
+  pid_t pid = 0;
+  AppState state = AppState::kLaunched;
+  EndedBy endedBy = EndedBy::kItself;
+  LaunchProblem problem = LaunchProblem::kNone;
+  /// As waitpid gives it; nothing when somebody else was told, such as a launcher that still ran.
+  std::optional<int> waitStatus;
+
+  // What its log has told, as well.
+  bool readDescriptor = false;     ///< began to read descriptor.xml
+  bool hasDescriptor = false;      ///< has read it
+  bool calledExit = false;         ///< called exit, with whatever arguments
+  bool autokill = false;           ///< not interactive in time
+  bool stopAutokill = false;       ///< its time after a stop notice was over
+  bool startRefused = false;       ///< the server refused interactive mode
+  bool fatalWhileReading = false;  ///< fatalText came of reading lastSource
+  bool playMemory = false;         ///< no memory for the name given to play
+  /// Whether its config.bin is there and is none.
+  bool configIsBroken = false;
 };
 
 /// Puts the evidence together from lines and messages as they come.

@@ -21,8 +21,8 @@ using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
 // Keeps a script busy until what the server does has arrived.
-// Keeps a script busy until what the server does has arrived.
-constexpr char kSpin[] = "var end = Date.now() + 300; while (Date.now() < end);";
+// Keeps a script busy until the scene has said go.
+constexpr char kWait[] = "for (;;) { try { file.read('go').text; break; } catch (e) {} }";
 constexpr char kStart[] = "morvik.start(function() { log('ready'); }, {});";
 
 // A script that connects to the scene's server and goes on.
@@ -37,6 +37,9 @@ class Scene {
       : server([this](FakeServer& self) { came(self); },
                [this](FakeServer& self, const zeph::ZephMsg& message) { received(self, message); }),
         plan(planOf(apps, {"app plain " + std::to_string(server.port())})) {}
+
+  // What a script waits for.
+  void go() const { apps.file("app", "go", ""); }
 
   void run() {
     launch.start(plan);
@@ -91,10 +94,21 @@ void killWhenReady(Scene& scene, int signal) {
   scene.onReady = [signal](pid_t pid) { kill(pid, signal); };
 }
 
+// What a process has of memory that counts against its limit, in bytes.
+rlim_t dataOf(pid_t pid) {
+  std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.starts_with("VmData:")) return std::stoull(line.substr(line.find(':') + 1)) * 1024;
+  }
+  return 0;
+}
+
 void limitMemoryWhenReady(Scene& scene) {
-  scene.onReady = [](pid_t pid) {
-    const rlimit limit{rlim_t{200} << 20, rlim_t{200} << 20};
+  scene.onReady = [&scene](pid_t pid) {
+    const rlim_t most = dataOf(pid) + (rlim_t{200} << 20);
+    const rlimit limit{most, most};
     EXPECT_EQ(prlimit(pid, RLIMIT_DATA, &limit, nullptr), 0);
+    scene.go();
   };
 }
 
@@ -112,11 +126,12 @@ const Row kRows[] = {
     {"startAnsweredWithoutCode", EndKind::kStartAnsweredWithoutCode, "status 255", "without a code",
      "holds the code OK",
      [](Scene& scene) {
-       scene.apps.app("app", connected(kStart));
-       scene.received = [](FakeServer& server, const zeph::ZephMsg& message) {
+       scene.apps.app("app", connected(std::string(kStart) + kWait));
+       scene.received = [&scene](FakeServer& server, const zeph::ZephMsg& message) {
          zeph::ZephMsg answer = answerTo(message);
          answer.mutable_response();
          server.send(answer);
+         scene.go();
        };
      }},
     {"connectionRefused", EndKind::kConnectionRefused, "status 255",
@@ -186,14 +201,20 @@ const Row kRows[] = {
      "did not reach the device server: send failed: Connection reset by peer",
      "reset the connection",
      [](Scene& scene) {
-       scene.apps.app("app", connected(std::string(kSpin) + kStart));
-       scene.came = [](FakeServer& server) { server.reset(); };
+       scene.apps.app("app", connected(std::string(kWait) + kStart));
+       scene.came = [&scene](FakeServer& server) {
+         server.reset();
+         scene.go();
+       };
      }},
     {"sentToNobody", EndKind::kSentToNobody, "killed by SIGPIPE", "server that had gone",
      "why the server went",
      [](Scene& scene) {
-       scene.apps.app("app", connected(std::string(kSpin) + kStart + kSpin + kStart));
-       scene.came = [](FakeServer& server) { server.close(); };
+       scene.apps.app("app", connected(std::string(kWait) + "for (;;) " + kStart));
+       scene.came = [&scene](FakeServer& server) {
+         server.close();
+         scene.go();
+       };
      }},
     {"tooManyFiles", EndKind::kTooManyFiles, "killed by SIGTRAP", "1023 files", "connect once",
      [](Scene& scene) {
@@ -269,8 +290,8 @@ const Row kRows[] = {
     {"webMemory", EndKind::kWebMemory, "status 1", "no memory for a web response", "less at a time",
      [](Scene& scene) {
        scene.apps.app("app",
-                      "log('ready'); setTimeout(20, function() { http.get('file://" +
-                          (scene.apps / "huge") + "'); });",
+                      "log('ready');" + std::string(kWait) + "http.get('file://" +
+                          (scene.apps / "huge") + "');",
                       {"http"});
        std::ofstream(scene.apps / "huge");
        std::filesystem::resize_file(scene.apps / "huge", std::uintmax_t{1} << 30);
@@ -326,6 +347,8 @@ TEST_P(EndOnTheHost, isExplained) {
   const Row& row = GetParam();
   Scene scene;
   row.prepare(scene);
+  if (row.kind == EndKind::kStopNotice) shortenTimers(scene.plan, kStopAutokillMs);
+  if (std::string(row.status) == "status 255") shortenTimers(scene.plan, kAutokillMs);
   scene.run();
   ASSERT_THAT(scene.record.ends, SizeIs(1)) << scene.record.transcript();
   const End& end = scene.record.ends[0];

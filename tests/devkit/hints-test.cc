@@ -220,7 +220,6 @@ TEST_P(HintOnTheHost, isGivenWhileTheApplicationLives) {
   const Apps apps;
   apps.app("app", row.mainJs, {row.kind == HintKind::kListenerEnded ? "rfid" : "tts"});
   LaunchPlan plan = planOf(apps, {"app plain " + std::to_string(server.port())});
-  plan.environment.clear();
   LaunchRecord record;
   Launch launch(record);
   launch.start(plan);

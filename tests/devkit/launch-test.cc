@@ -27,9 +27,15 @@ class LaunchTest : public ::testing::Test {
   // An application that lives longer than the test.
   LaunchPlan patient(const std::string& line = "app") {
     apps_.app("app", kPatient);
-    LaunchPlan plan = planOf(apps_, {line});
-    plan.environment.clear();
-    return plan;
+    return planOf(apps_, {line});
+  }
+
+  // A program in the host's place.
+  std::string script(const std::string& lines) const {
+    std::string path = apps_ / "host";
+    std::ofstream(path) << "#!/bin/sh\n" << lines;
+    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+    return path;
   }
 
   void expectSaid(const std::string& text) {
@@ -82,15 +88,34 @@ TEST_F(LaunchTest, endsWhatHasNotSaidAWordYet) {
   EXPECT_THAT(children(), IsEmpty());
 }
 
-TEST_F(LaunchTest, forcesWhatDoesNotEndWhenItIsTold) {
-  std::ofstream(apps_ / "host") << "#!/bin/sh\n"
-                                   "trap '' TERM\n"
-                                   "echo MESSAGE: here >&2\n"
-                                   "read line <\"$0.input\"\n";
-  std::filesystem::permissions(apps_ / "host", std::filesystem::perms::owner_all);
-  ASSERT_EQ(mkfifo((apps_ / "host.input").c_str(), S_IRUSR | S_IWUSR), 0);
+TEST_F(LaunchTest, endsWhatHasNotSaidAWordYetWhenItIsTold) {
+  Launch launch(record_);
+  launch.start(patient());
+  launch.end(EndedBy::kRestart);
+  expectOver();
+  ASSERT_THAT(record_.ends, SizeIs(1));
+  EXPECT_EQ(record_.ends[0].kind, EndKind::kRestarted);
+}
+
+TEST_F(LaunchTest, explainsFromTheLogAloneWhatTheLauncherReaped) {
   LaunchPlan plan = patient();
-  plan.host = apps_ / "host";
+  plan.host = script("( echo \"DEBUG: running app: " + apps_.path() +
+                     "/app\" >&2; echo DEBUG: EXIT >&2 ) &\nwait\n");
+  Launch launch(record_);
+  launch.start(plan);
+  expectOver();
+  ASSERT_THAT(record_.ends, SizeIs(1));
+  EXPECT_EQ(record_.ends[0].kind, EndKind::kScriptExit);
+  EXPECT_EQ(record_.ends[0].status, "status not known");
+}
+
+TEST_F(LaunchTest, forcesWhatDoesNotEndWhenItIsTold) {
+  LaunchPlan plan = patient();
+  plan.host = script(
+      "trap '' TERM\n"
+      "echo MESSAGE: here >&2\n"
+      "read line <\"$0.input\"\n");
+  ASSERT_EQ(mkfifo((plan.host + ".input").c_str(), S_IRUSR | S_IWUSR), 0);
   Launch launch(record_);
   launch.start(plan);
   expectSaid("here");
@@ -110,7 +135,6 @@ TEST_F(LaunchTest, passesTheWholeLineOn) {
 TEST_F(LaunchTest, launchesThreeAndTellsThatAFourthIsTooMany) {
   for (const char* name : {"a", "b", "c", "d"}) apps_.app(name, kPatient);
   LaunchPlan plan = planOf(apps_, {"a", "b", "c", "d"});
-  plan.environment.clear();
   Launch launch(record_);
   launch.start(plan);
   EXPECT_TRUE(loop_.runUntil([&] {
@@ -148,15 +172,15 @@ TEST_F(LaunchTest, putsLongLinesTogether) {
 }
 
 TEST_F(LaunchTest, leavesNothingAfterManyLaunches) {
-  apps_.app("app", kPatient);
+  const LaunchPlan plan = patient();
   const auto openFiles = [] {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
   };
   const auto before = openFiles();
-  for (int i = 0; i < 50; ++i) {
+  for (int i = 0; i < 30; ++i) {
     LaunchRecord record;
     Launch launch(record);
-    launch.start(planOf(apps_, {"app"}));
+    launch.start(plan);
     EXPECT_TRUE(loop_.runUntil([&] { return record.said("here"); })) << record.transcript();
     launch.end(EndedBy::kRestart);
     EXPECT_TRUE(loop_.runUntil([&] { return record.isOver; })) << record.transcript();

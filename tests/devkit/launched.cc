@@ -50,8 +50,15 @@ LaunchPlan planOf(const Apps& apps, std::vector<std::string> lines) {
   plan.host = PROGRAMS "/morvikvm";
   plan.appFolder = apps.path();
   plan.lines = std::move(lines);
-  plan.environment = {"LD_PRELOAD=" SHORT_TIMERS, "SHORT_TIMERS_FROM=10000"};
+  plan.environment = {
+      "ASAN_OPTIONS=detect_leaks=0:verify_asan_link_order=0:allocator_may_return_null=1:"
+      "handle_segv=0"};
   return plan;
+}
+
+void shortenTimers(LaunchPlan& plan, unsigned fromMs) {
+  plan.environment.emplace_back("LD_PRELOAD=" SHORT_TIMERS);
+  plan.environment.push_back("SHORT_TIMERS_FROM=" + std::to_string(fromMs));
 }
 
 std::vector<pid_t> children() {

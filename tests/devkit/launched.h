@@ -47,8 +47,13 @@ class Apps {
   test::TemporaryFolder folder_;
 };
 
-// The plan of a launch whose timers of ten seconds and more are a hundred times as short.
+// The plan of a launch of the real host.
 LaunchPlan planOf(const Apps& apps, std::vector<std::string> lines);
+
+// Makes the host's timers a hundred times as short, from the interval upwards.
+constexpr unsigned kAutokillMs = 10000;
+constexpr unsigned kStopAutokillMs = 300000;
+void shortenTimers(LaunchPlan& plan, unsigned fromMs);
 
 // Children of this process, zombies among them.
 std::vector<pid_t> children();

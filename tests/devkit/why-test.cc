@@ -15,9 +15,7 @@
 namespace morvik::devkit::testing {
 namespace {
 
-using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using ::testing::SizeIs;
 using ::testing::StartsWith;
 
@@ -85,6 +83,7 @@ TEST_F(WhyTest, historyKeepsTheLastTen) {
 
 TEST_F(WhyTest, historyLosesNothingWhenSeveralWrite) {
   std::vector<std::thread> writers;
+  writers.reserve(8);
   for (int i = 0; i < 8; ++i) {
     writers.emplace_back([this, i] {
       EXPECT_EQ(EndHistory(folder()).add(endOf("app" + std::to_string(i))), std::nullopt);
