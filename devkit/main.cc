@@ -19,8 +19,10 @@ struct Verb {
 int help(int argc, char** argv);
 
 constexpr Verb kVerbs[] = {
+    {"run", "run applications on a device to look at, press and talk to", morvik::devkit::runRun},
     {"device", "run a virtual device that applications connect to", morvik::devkit::runDevice},
     {"log", "stand in for the system log on a machine that has none", morvik::devkit::runLog},
+    {"why", "tell why applications ended", morvik::devkit::runWhy},
     {"help", "show this, or what one of them takes", help},
 };
 

@@ -13,7 +13,7 @@ namespace {
 GOptions parserOf(const VerbHelp& help, const GOptionEntry* entries, gboolean& helpAsked) {
   const GOptionEntry helpEntry[] = {
       {"help", 'h', 0, G_OPTION_ARG_NONE, &helpAsked, "Show this", nullptr}, {}};
-  GOptions parser(g_option_context_new(nullptr));
+  GOptions parser(g_option_context_new(help.arguments));
   g_option_context_set_help_enabled(parser.get(), FALSE);
   g_option_context_set_summary(parser.get(), help.summary);
   g_option_context_set_description(parser.get(), help.description);

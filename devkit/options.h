@@ -12,10 +12,13 @@ struct VerbHelp {
   const char* name;
   const char* summary;      // what it does, in a few lines
   const char* description;  // below the options: examples
+  const char* arguments =
+      nullptr;  // what it takes besides options; null for a verb that takes none
 };
 
-/// Reads the options of a verb that takes no other arguments, and answers --help.
-/// Gives the exit status when the verb is to end at once, and nothing when it is to run.
+/// Reads the options of a verb, and answers --help. The entries of one that takes arguments end
+/// with G_OPTION_REMAINING. Gives the exit status when the verb is to end at once, and nothing when
+/// it is to run.
 [[nodiscard]] std::optional<int> readOptions(const VerbHelp& help, const GOptionEntry* entries,
                                              int argc, char** argv);
 

@@ -14,9 +14,11 @@ class UntilTold {
   UntilTold& operator=(const UntilTold&) = delete;
 
   void run() { g_main_loop_run(loop_.get()); }
+  // Ends `run`, as the signals do.
+  void quit() { g_main_loop_quit(loop_.get()); }
 
  private:
-  static gboolean quit(gpointer loop);
+  static gboolean onSignal(gpointer loop);
 
   GLoop loop_;
   guint interrupt_;

@@ -6,13 +6,17 @@
 #include <cstdlib>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "device/requests.h"
 #include "device/stimuli.h"
 #include "options.h"
+#include "page/device-source.h"
+#include "page/page.h"
 #include "server/device-server.h"
+#include "state-folder.h"
 #include "terminal/display.h"
 #include "terminal/event-lines.h"
 #include "terminal/line-reader.h"
@@ -23,7 +27,13 @@ namespace morvik::devkit {
 namespace {
 
 constexpr int kUsualPort = 7410;
+constexpr int kHighestPort = std::numeric_limits<std::uint16_t>::max();
 constexpr const char* kLoopback = "127.0.0.1";
+
+struct Ports {
+  int device = kUsualPort;
+  std::optional<int> page;  // nothing when no page is wanted
+};
 
 constexpr VerbHelp kHelp = {
     "device",
@@ -34,6 +44,7 @@ constexpr VerbHelp kHelp = {
     "-> is a message from the application, <- one to it. Equal marks (#3f2a) belong together.\n"
     "Lines on standard input tell what the world does to it, \"help\" which there are.\n"
     "The user's messages, contacts and credentials stay in the state folder.\n"
+    "With --page a browser shows it, at the address that is told; the address is a secret.\n"
     "With --events=json every line, in and out, is for programs; docs/device-json.md tells.",
     "Ctrl-C ends it. Colours are shown on a terminal, unless NO_COLOR is set.\n\n"
     "Examples:\n"
@@ -48,17 +59,27 @@ Display::Colors colorsFor(FILE* output) {
   return wanted ? Display::Colors::kOn : Display::Colors::kOff;
 }
 
-int tellFailure(DeviceServer::Failure failure, int port, const std::string& text) {
-  if (failure == DeviceServer::Failure::kPortBusy) {
+int tellFailure(bool isPortBusy, int port, const std::string& text, const char* who,
+                const char* instead) {
+  if (isPortBusy) {
     std::fprintf(stderr,
-                 "morvik-dev device: port %d is in use, perhaps by another virtual device.\n"
-                 "End that one, or choose another port: --port=0 takes any free one.\n",
-                 port);
+                 "morvik-dev device: port %d is in use, perhaps by another %s.\n"
+                 "End that one, or choose another port: %s takes any free one.\n",
+                 port, who, instead);
   } else {
-    std::fprintf(stderr, "morvik-dev device: cannot listen on 127.0.0.1:%d: %s\n", port,
+    std::fprintf(stderr, "morvik-dev device: cannot listen on %s:%d: %s\n", kLoopback, port,
                  text.c_str());
   }
   return EXIT_FAILURE;
+}
+
+int tellFailure(DeviceServer::Failure failure, int port, const std::string& text) {
+  return tellFailure(failure == DeviceServer::Failure::kPortBusy, port, text, "virtual device",
+                     "--port=0");
+}
+
+int tellFailure(PageServer::Failure failure, int port, const std::string& text) {
+  return tellFailure(failure == PageServer::Failure::kPortBusy, port, text, "page", "--page");
 }
 
 int tellStoreFailure(const std::string& trouble) {
@@ -69,17 +90,11 @@ int tellStoreFailure(const std::string& trouble) {
   return EXIT_FAILURE;
 }
 
-// The folder that was asked for, or the one where programs of this user keep such things.
-std::string stateFolder(const char* asked) {
-  return asked != nullptr
-             ? asked
-             : GText(g_build_filename(g_get_user_state_dir(), "morvik-dev", nullptr)).get();
-}
-
 // How the device speaks on standard output, and what it answers a line of standard input.
 struct Manner {
   std::unique_ptr<Observer> observer;
   void (*greet)(const Device& device, int port);
+  void (*tellPage)(const Device& device, const std::string& address);
   void (*obey)(Device& device, std::string_view line);
 };
 
@@ -87,6 +102,9 @@ Manner forPeople() {
   return {std::make_unique<Display>(printLine, colorsFor(stdout)),
           [](const Device& /*device*/, int port) {
             std::printf("listening on %s:%d\n", kLoopback, port);
+          },
+          [](const Device& /*device*/, const std::string& address) {
+            std::printf("page: %s\n", address.c_str());
           },
           [](Device& device, std::string_view line) {
             std::fputs(stimulate(device, line).text.c_str(), stdout);
@@ -96,21 +114,42 @@ Manner forPeople() {
 Manner forPrograms() {
   return {std::make_unique<EventLines>(printLine),
           [](const Device& device, int port) { printLine(greeting(device, kLoopback, port)); },
+          [](const Device& device, const std::string& address) {
+            printLine(pageGreeting(device, address));
+          },
           [](Device& device, std::string_view line) { printLine(answerTo(device, line)); }};
 }
 
-int serve(int port, const std::string& folder, const Manner& manner) {
+// The device's page, and what it is fed by.
+struct DevicePage {
+  DevicePage(Device& device, const std::string& folder)
+      : source(device), page(source, folder), feed(device, page) {}
+
+  DeviceSource source;
+  Page page;
+  DeviceFeed feed;
+};
+
+int serve(const Ports& ports, const std::string& folder, const Manner& manner) {
   std::string trouble;
   auto store = Store::open(folder, trouble);
   if (!store) return tellStoreFailure(trouble);
   DeviceServer server(std::move(store));
   const Observation observation(server.device().events(), *manner.observer);
   std::string text;
-  if (const auto failure = server.listen(static_cast<std::uint16_t>(port), text)) {
-    return tellFailure(*failure, port, text);
+  if (const auto failure = server.listen(static_cast<std::uint16_t>(ports.device), text)) {
+    return tellFailure(*failure, ports.device, text);
+  }
+  std::optional<DevicePage> shown;
+  if (ports.page) {
+    shown.emplace(server.device(), folder);
+    if (const auto failure = shown->page.listen(static_cast<std::uint16_t>(*ports.page), text)) {
+      return tellFailure(*failure, *ports.page, text);
+    }
   }
   UntilTold untilTold;
   manner.greet(server.device(), server.port());
+  if (shown) manner.tellPage(server.device(), shown->page.address());
   // A device in the background of a terminal goes on without commands, rather than stop when it
   // wants to read them.
   std::signal(SIGTTIN, SIG_IGN);
@@ -120,31 +159,56 @@ int serve(int port, const std::string& folder, const Manner& manner) {
   return EXIT_SUCCESS;
 }
 
+// Nothing when it is no port.
+std::optional<int> portFrom(const std::string& text) {
+  guint64 port = 0;
+  const bool isPort =
+      g_ascii_string_to_unsigned(text.c_str(), 10, 0, kHighestPort, &port, nullptr) != FALSE;
+  return isPort ? std::optional(static_cast<int>(port)) : std::nullopt;
+}
+
+int refusePort() { return refuseUsage(kHelp.name, "a port is a number from 0 to 65535"); }
+
+// What --page was given, the empty text for nothing. GLib's parser has no place in a caller's hands
+// for an option that may have a value or none.
+std::optional<std::string> pageAsked;
+
+gboolean takePage(const char* /*name*/, const char* value, gpointer /*data*/, GError** /*error*/) {
+  pageAsked = value != nullptr ? value : "";
+  return TRUE;
+}
+
 }  // namespace
 
 int runDevice(int argc, char** argv) {
-  int port = kUsualPort;
+  Ports ports;
   char* state = nullptr;
   char* events = nullptr;
   const GOptionEntry entries[] = {
-      {"port", 'p', 0, G_OPTION_ARG_INT, &port, "Port to listen on (7410); 0 takes a free one",
-       "N"},
+      {"port", 'p', 0, G_OPTION_ARG_INT, &ports.device,
+       "Port to listen on (7410); 0 takes a free one", "N"},
       {"state", 0, 0, G_OPTION_ARG_FILENAME, &state,
        "Where to keep what outlives the device ($XDG_STATE_HOME/morvik-dev)", "FOLDER"},
       {"events", 0, 0, G_OPTION_ARG_STRING, &events,
        "How to show what happens: text for people, json for programs (text)", "FORM"},
+      {"page", 0, G_OPTION_FLAG_OPTIONAL_ARG, G_OPTION_ARG_CALLBACK,
+       reinterpret_cast<gpointer>(takePage),
+       "Show the device in the browser, on a free port of this machine or on this one", "PORT"},
       {}};
   const auto status = readOptions(kHelp, entries, argc, argv);
   const GText asked(state);
   const std::string form = GText(events != nullptr ? events : g_strdup("text")).get();
   if (status) return *status;
-  if (port < 0 || port > std::numeric_limits<std::uint16_t>::max()) {
-    return refuseUsage(kHelp.name, "a port is a number from 0 to 65535");
+  if (ports.device < 0 || ports.device > kHighestPort) return refusePort();
+  if (pageAsked) {
+    ports.page = portFrom(pageAsked->empty() ? "0" : *pageAsked);
+    if (!ports.page) return refusePort();
   }
   if (form != "text" && form != "json") {
     return refuseUsage(kHelp.name, "events are shown as text or as json");
   }
-  return serve(port, stateFolder(asked.get()), form == "json" ? forPrograms() : forPeople());
+  return serve(ports, asked ? asked.get() : usualStateFolder(),
+               form == "json" ? forPrograms() : forPeople());
 }
 
 }  // namespace morvik::devkit

@@ -9,5 +9,7 @@ inline constexpr int kUsageError = 2;
 
 int runDevice(int argc, char** argv);
 int runLog(int argc, char** argv);
+int runWhy(int argc, char** argv);
+int runRun(int argc, char** argv);
 
 }  // namespace morvik::devkit

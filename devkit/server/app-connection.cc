@@ -83,6 +83,12 @@ void AppConnection::send(const std::string& payload, const Delivery& delivery) {
   }
 }
 
+std::uint16_t AppConnection::remotePort() const {
+  const GOwned<GSocketAddress> address(
+      g_socket_connection_get_remote_address(socket_.get(), nullptr));
+  return address ? g_inet_socket_address_get_port(G_INET_SOCKET_ADDRESS(address.get())) : 0;
+}
+
 // One frame to a write: put together, a full socket could cut them inside a length.
 void AppConnection::writeNext() {
   g_output_stream_write_all_async(g_io_stream_get_output_stream(G_IO_STREAM(socket_.get())),

@@ -43,6 +43,9 @@ class AppConnection : public std::enable_shared_from_this<AppConnection> {
   /// sends may be going through all connections.
   void send(const std::string& payload, const Delivery& delivery = {});
 
+  /// The port of the application's end.
+  std::uint16_t remotePort() const;
+
   /// The application sees the end of its stream; the owner is told nothing any more.
   void close();
 

@@ -33,6 +33,11 @@ std::optional<DeviceServer::Failure> DeviceServer::listen(std::uint16_t port, st
   return std::nullopt;
 }
 
+std::uint16_t DeviceServer::portOf(AppNumber application) const {
+  const auto found = connections_.find(application);
+  return found != connections_.end() ? found->second->remotePort() : std::uint16_t{0};
+}
+
 int DeviceServer::onIncoming(GSocketService* /*service*/, GSocketConnection* socket,
                              GObject* /*source*/, void* server) {
   static_cast<DeviceServer*>(server)->accept(socket);

@@ -36,6 +36,9 @@ class DeviceServer : private Outlet, private AppConnection::Owner {
   /// The port that it listens on; valid after a successful `listen`.
   std::uint16_t port() const { return port_; }
 
+  /// The port of an application's own end of its connection; 0 when there is no such application.
+  std::uint16_t portOf(AppNumber application) const;
+
   /// Who uses it must be done with it before the server ends; observers need not be removed.
   Device& device() { return device_; }
 

@@ -1,95 +1,82 @@
-// script/demo, the first thing that a newcomer runs: an application at work, and nothing left of
-// it.
+// script/demo, the first thing that a newcomer runs: a sample at work on the device, and nothing
+// left of it. What `morvik-dev run` does beyond is tested there.
 #include <gmock/gmock.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 
-#include <filesystem>
-
-#include "loop.h"
+#include "desk-fixture.h"
 #include "support/program.h"
 
 namespace morvik::devkit::testing {
 namespace {
 
-using test::Outcome;
-using test::Program;
-using test::run;
-
 using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-gboolean lookAgain(gpointer /*nothing*/) { return G_SOURCE_CONTINUE; }
-
-class Demo : public ::testing::Test {
+class Demo : public DeskTest {
  protected:
-  // Processes that the demo leaves behind become children of this one.
-  Demo() { prctl(PR_SET_CHILD_SUBREAPER, 1); }
-
-  static std::vector<std::string> command(const std::string& option = "") {
+  static std::vector<std::string> command(const std::vector<std::string>& options = {}) {
     std::vector<std::string> words{SOURCE_DIR "/script/demo", "--programs=" PROGRAMS};
-    if (!option.empty()) words.push_back(option);
+    words.insert(words.end(), options.begin(), options.end());
     return words;
   }
-
-  // The kernel may take a moment to end what was told to end.
-  void expectNothingLeft() {
-    const GSourceOwned clock(g_timeout_source_new(10));
-    g_source_set_callback(clock.get(), lookAgain, nullptr, nullptr);
-    g_source_attach(clock.get(), loop_.context());
-    EXPECT_TRUE(
-        loop_.runUntil([] { return waitpid(-1, nullptr, WNOHANG) < 0 && errno == ECHILD; }));
-    g_source_destroy(clock.get());
-  }
-
-  void expectEndBy(int signal) {
-    Program demo(command());
-    demo.waitFor("JSLOG: LED fading to blue: TERMINATED");
-    demo.signal(signal);
-    EXPECT_EQ(demo.waitForEnd(), 0);
-    EXPECT_THAT(demo.output(), Not(HasSubstr("ended by itself")));
-    expectNothingLeft();
-  }
-
-  Loop loop_;
 };
 
 TEST_F(Demo, showsBothSidesOfTheConversation) {
-  Program demo(command());
+  Program demo(loop_, command());
   const std::string said = demo.waitFor("the LED is green now");
-  EXPECT_THAT(said, StartsWith("A virtual device listens on 127.0.0.1:"));
+  EXPECT_THAT(said, StartsWith("The device is on this page: http://127.0.0.1:"));
   EXPECT_THAT(said, HasSubstr("Ctrl-C ends everything."));
-  EXPECT_THAT(said, ContainsRegex("\ndevice \\| .* app 1 ->  interactive mode START"));
-  EXPECT_THAT(said, ContainsRegex("\ndevice \\| .* app 1 ->  led light red"));
+  EXPECT_THAT(said, ContainsRegex("hello  ->      interactive mode START"));
+  EXPECT_THAT(said, ContainsRegex("hello  ->      led light red"));
   for (const char* line : {"hello, I am hello and the device listens to me", "ping: OK",
                            "the device says: serial is VM-0000-0001", "LED on, red: OK",
                            "LED fading to blue: OK", "LED fading to blue: TERMINATED"}) {
-    EXPECT_THAT(said, HasSubstr("\nhost   | MESSAGE: JSLOG: " + std::string(line) + "\n"));
+    EXPECT_THAT(said, HasSubstr(" hello  log     " + std::string(line) + "\n"));
   }
+  demo.signal(SIGTERM);
+  EXPECT_EQ(demo.waitForEnd(), 0);
+  expectNothingLeft();
+}
+
+TEST_F(Demo, runsThreeSamplesAtOnce) {
+  Program demo(loop_,
+               command({"--app=hello", "--app=ear-dance", "--app=talking-clock", "--no-page"}));
+  demo.waitFor("hello, I am hello");
+  demo.waitFor(" ear-dance     ->      ears");
+  demo.waitFor(" talking-clock ->      tts");
+  demo.signal(SIGINT);
+  EXPECT_EQ(demo.waitForEnd(), 0);
+  expectNothingLeft();
+}
+
+TEST_F(Demo, givesAServerToTheSamplesThatAskOne) {
+  Program demo(
+      loop_, command({"--app=weather", "--app=signed-request", "--app=photo-upload", "--no-page"}));
+  demo.waitFor("Home: rain, 11 degrees");
+  demo.waitFor("the server says: welcome, signed with OAuth oauth_consumer_key=");
+  demo.waitFor("photo = picture.svg, ");
   demo.signal(SIGTERM);
   EXPECT_EQ(demo.waitForEnd(), 0);
 }
 
 TEST_F(Demo, endsByItselfAfterTheTimeThatItIsGiven) {
-  EXPECT_EQ(run(command("--seconds=1")).status, 0);
+  EXPECT_EQ(run(command({"--seconds=1"})).status, 0);
   expectNothingLeft();
 }
 
-TEST_F(Demo, endsWithCtrlC) { expectEndBy(SIGINT); }
-
-TEST_F(Demo, endsWhenItIsTerminated) { expectEndBy(SIGTERM); }
-
 TEST_F(Demo, refusesWhatMakesNoSense) {
-  for (const char* option : {"--app=nothing", "--app=../apps/hello", "--seconds=0", "--fast"}) {
-    const Outcome outcome = run(command(option));
+  for (const char* option : {"--app=nothing", "--app=../apps/hello", "hello"}) {
+    const Outcome outcome = testing::run(command({option}));
     EXPECT_EQ(outcome.status, 2) << option;
     EXPECT_THAT(outcome.output, HasSubstr("script/demo --help tells what it takes."));
+  }
+  for (const char* option : {"--seconds=-1", "--fast"}) {
+    EXPECT_EQ(testing::run(command({option})).status, 2) << option;
   }
 }
 
 TEST_F(Demo, saysThatAProgramIsMissing) {
-  const Outcome outcome = run({SOURCE_DIR "/script/demo", "--programs=/nowhere"});
+  const Outcome outcome = testing::run({SOURCE_DIR "/script/demo", "--programs=/nowhere"});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.output, HasSubstr("there is no program /nowhere/morvik-dev"));
 }

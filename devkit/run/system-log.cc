@@ -1,22 +1,14 @@
-// A datagram socket in the file system, and what arrives on it in words.
-#include "system-log.h"
+// A datagram socket in the file system.
+#include "run/system-log.h"
 
 #include <gio/gunixsocketaddress.h>
 #include <sys/stat.h>
-#include <syslog.h>
 #include <unistd.h>
-
-#include <charconv>
 
 namespace morvik::devkit {
 namespace {
 
 constexpr std::size_t kLongestRecord = std::size_t{256} * 1024;
-constexpr std::size_t kDateLength = std::string_view("Mmm dd hh:mm:ss ").size();
-
-// In the order of the priorities' numbers.
-constexpr const char* kPriorities[] = {"EMERGENCY", "ALERT",  "CRITICAL", "ERROR",
-                                       "WARNING",   "NOTICE", "INFO",     "DEBUG"};
 
 GOwned<GSocket> datagramSocket(GErrorOwned& error) {
   return GOwned<GSocket>(g_socket_new(G_SOCKET_FAMILY_UNIX, G_SOCKET_TYPE_DATAGRAM,
@@ -68,18 +60,6 @@ gboolean SystemLog::onReadable(GSocket* socket, GIOCondition /*condition*/, gpoi
         std::string_view(record).substr(0, static_cast<std::size_t>(size)));
   }
   return G_SOURCE_CONTINUE;
-}
-
-std::string readableRecord(std::string_view record) {
-  const std::size_t end = record.find('>');
-  unsigned code = 0;
-  if (!record.starts_with('<') || end == std::string_view::npos ||
-      std::from_chars(record.data() + 1, record.data() + end, code).ptr != record.data() + end ||
-      record.size() < end + 1 + kDateLength) {
-    return std::string(record);
-  }
-  return std::string(kPriorities[LOG_PRI(code)]) + ": " +
-         std::string(record.substr(end + 1 + kDateLength));
 }
 
 }  // namespace morvik::devkit

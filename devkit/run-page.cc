@@ -1,0 +1,158 @@
+// Applications, lines and events in the page's form.
+#include "run-page.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include <nlohmann/json.hpp>
+
+#include "device/event-json.h"
+#include "device/stimuli-json.h"
+
+namespace morvik::devkit {
+namespace {
+
+using nlohmann::json;
+
+std::int64_t inMilliseconds(TimePoint time) {
+  return std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count();
+}
+
+const char* wordOf(const RunningApp& app) {
+  if (app.phase() == RunPhase::kBroken || app.phase() == RunPhase::kEnded) return "ended";
+  switch (app.state()) {
+    case AppState::kConnected:
+      return "connected";
+    case AppState::kWaiting:
+      return "waiting";
+    case AppState::kInteractive:
+      return "interactive";
+    case AppState::kStopping:
+      return "stopping";
+    default:
+      return "started";
+  }
+}
+
+json secondsLeft(const std::optional<TimePoint>& end) {
+  if (!end) return nullptr;
+  const auto left = std::chrono::duration<double>(*end - std::chrono::system_clock::now());
+  return std::max(0.0, left.count());
+}
+
+json endOf(const RunningApp& app) {
+  if (!app.end()) return nullptr;
+  const End& end = *app.end();
+  return {{"kind", nameOf(end.kind)},
+          {"headline", headlineOf(end)},
+          {"sentence", end.sentence},
+          {"cure", end.cure},
+          {"lines", end.lastLines}};
+}
+
+json findingsOf(const RunningApp& app) {
+  json findings = json::array();
+  for (const FolderTrouble& trouble : app.troubles()) findings.push_back(inWords(trouble));
+  return findings;
+}
+
+json hintsOf(const RunningApp& app) {
+  json hints = json::array();
+  for (const Hint& hint : app.hints()) hints.push_back(hint.text);
+  return hints;
+}
+
+std::string inSmallLetters(std::string word) {
+  std::ranges::transform(word, word.begin(), [](unsigned char letter) {
+    return static_cast<char>(std::tolower(letter));
+  });
+  return word;
+}
+
+const char* kindOf(const LogLine& line) {
+  if (line.kind == LineKind::kScript) return "script";
+  if (line.kind == LineKind::kNoise) return "noise";
+  const bool isForeign = line.kind == LineKind::kOutput || line.level == LogLevel::kForeign;
+  return isForeign ? "foreign" : "host";
+}
+
+}  // namespace
+
+RunPage::RunPage(Session& session, SessionDevice& device, const std::string& stateFolder)
+    : session_(session), device_(device), page_(*this, stateFolder) {}
+
+bool RunPage::listen(std::uint16_t port, std::string& trouble) {
+  const auto failure = page_.listen(port, trouble);
+  if (failure == PageServer::Failure::kPortBusy) {
+    trouble = "port " + std::to_string(port) + " is in use";
+  }
+  return !failure;
+}
+
+void RunPage::happened(const Event& event) {
+  page_.happened(toJson(event));
+  const bool isChange = std::holds_alternative<Changed>(event.what) ||
+                        std::holds_alternative<Began>(event.what) ||
+                        std::holds_alternative<Ended>(event.what);
+  if (isChange || !device_.isVirtual()) page_.viewChanged();
+  const bool isArrival =
+      std::holds_alternative<Came>(event.what) || std::holds_alternative<Left>(event.what);
+  if (isArrival) page_.applicationsChanged();
+}
+
+void RunPage::wrote(const RunningApp& app, const LogLine& line) {
+  page_.logged({.time = inMilliseconds(line.time),
+                .app = app.name(),
+                .level = inSmallLetters(devkit::wordOf(line.level)),
+                .kind = kindOf(line),
+                .text = line.text});
+}
+
+std::string RunPage::title() const {
+  std::string title;
+  for (const auto& app : session_.apps()) title += (title.empty() ? "" : ", ") + app->name();
+  return title;
+}
+
+std::string RunPage::mode() const { return device_.isVirtual() ? "run" : "relay"; }
+
+std::int64_t RunPage::now() const { return device_.view().time.count(); }
+
+json RunPage::view() const { return toJson(device_.view()); }
+
+json RunPage::stimuli() const { return device_.isVirtual() ? json(stimuliJson()) : json::array(); }
+
+json RunPage::applications() const {
+  json applications = json::array();
+  for (const auto& app : session_.apps()) {
+    const AppNumber slot = session_.numberOf(*app);
+    applications.push_back({{"name", app->name()},
+                            {"slot", slot != 0 ? json(slot) : json(nullptr)},
+                            {"state", wordOf(*app)},
+                            {"since", inMilliseconds(app->since())},
+                            {"autokill", secondsLeft(app->autokillAt())},
+                            {"end", endOf(*app)},
+                            {"findings", findingsOf(*app)},
+                            {"hints", hintsOf(*app)}});
+  }
+  return applications;
+}
+
+PageOutcome RunPage::stimulate(const std::string& name, const json& arguments,
+                               std::optional<unsigned> app) {
+  Json request{{"stimulus", name}, {"arguments", Json(arguments)}};
+  if (app) request["app"] = *app;
+  const Outcome outcome = device_.stimulate(request);
+  return {.done = outcome.done, .text = outcome.text};
+}
+
+PageOutcome RunPage::act(const PageAct& act) {
+  RunningApp* app = session_.app(act.app);
+  if (app == nullptr) return {.done = false, .text = "there is no application " + act.app};
+  if (act.action == "stop") app->stop();
+  if (act.action == "restart") app->restart();
+  if (act.action == "launch") app->launch(act.launchType.empty() ? "plain" : act.launchType);
+  return {.done = true, .text = ""};
+}
+
+}  // namespace morvik::devkit

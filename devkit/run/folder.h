@@ -1,0 +1,35 @@
+// An application's folder as its author has it on disk: what can be said of it before a launch.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace morvik::devkit {
+
+/// Something about a folder that its author should know before the application is launched.
+struct FolderTrouble {
+  std::string file = {};  ///< relative to the folder; empty when it is about the folder itself
+  int line = 0;           ///< from 1; 0 when there is no place within the file
+  int column = 0;         ///< from 1; 0 as for the line
+  std::string text = {};  ///< what is wrong, in a sentence without a full stop
+  bool refuses = true;    ///< a launch would come to nothing; otherwise the author is only told
+};
+
+/// "descriptor.xml:3:7: text", as far as there is a place.
+std::string inWords(const FolderTrouble& trouble);
+
+/// Looks at a folder and tells what is wrong with it, in the order in which an author would mend
+/// it.
+using FolderCheck = std::function<std::vector<FolderTrouble>(const std::filesystem::path& folder)>;
+
+/// What MorvikVM would stumble over at the start: a folder that is none, main.js, descriptor.xml
+/// and config.bin when they cannot be read, a descriptor that is not well-formed, files larger than
+/// an application's memory. Is itself a FolderCheck.
+std::vector<FolderTrouble> checkFolder(const std::filesystem::path& folder);
+
+/// There is a trouble among them that refuses the launch.
+bool refusesLaunch(const std::vector<FolderTrouble>& troubles);
+
+}  // namespace morvik::devkit

@@ -1,0 +1,126 @@
+// One class for each kind of device.
+#include "run/session-device.h"
+
+#include "device/commands.h"
+#include "device/stimuli-json.h"
+#include "run/relay.h"
+#include "server/agenda.h"
+#include "server/device-server.h"
+
+namespace morvik::devkit {
+namespace {
+
+class VirtualDevice : public SessionDevice {
+ public:
+  explicit VirtualDevice(std::unique_ptr<Store> store) : server_(std::move(store)) {}
+
+  bool listen(std::uint16_t port, std::string& trouble) {
+    const auto failure = server_.listen(port, trouble);
+    if (failure == DeviceServer::Failure::kPortBusy) {
+      trouble = "port " + std::to_string(port) + " is in use, perhaps by another virtual device";
+    }
+    return !failure;
+  }
+
+  Events& events() override { return server_.device().events(); }
+  std::uint16_t port() const override { return server_.port(); }
+  std::uint16_t portOf(AppNumber application) const override { return server_.portOf(application); }
+  DeviceView view() const override { return viewOf(server_.device()); }
+  Outcome stimulate(std::string_view line) override {
+    return devkit::stimulate(server_.device(), line);
+  }
+  Outcome stimulate(const Json& request) override {
+    return stimulateByName(server_.device(), request);
+  }
+  bool isVirtual() const override { return true; }
+
+ private:
+  mutable DeviceServer server_;
+};
+
+// What a virtual device would be by now that had got the same messages. Its answers go nowhere.
+class Shadow : private Outlet, private Observer {
+ public:
+  explicit Shadow(Events& events)
+      : device_(*this, agenda_), events_(events), hears_(events, *this) {}
+
+  const Device& device() const { return device_; }
+
+ private:
+  void send(AppNumber application, const zeph::ZephMsg& message,
+            const Delivery& /*delivery*/) override {
+    if (message.has_interactivemode())
+      ids_[application] = message.interactivemode().interactiveid();
+  }
+  void drop(AppNumber /*application*/) override {}
+
+  void happened(const Event& event) override {
+    if (const auto* came = std::get_if<Came>(&event.what))
+      device_.applicationCame(came->application);
+    if (const auto* left = std::get_if<Left>(&event.what))
+      device_.applicationLeft(left->application);
+    if (const auto* received = std::get_if<Received>(&event.what)) follow(*received);
+  }
+
+  // The real device has given another id for interactive mode than this one.
+  void follow(const Received& received) {
+    zeph::ZephMsg message = *received.message;
+    const auto own = ids_.find(received.application);
+    if (message.has_interactiveid() && own != ids_.end()) message.set_interactiveid(own->second);
+    receive(device_, received.application, message);
+  }
+
+  Agenda agenda_;
+  Device device_;
+  Events& events_;
+  Observation hears_;
+  std::map<AppNumber, std::string> ids_;
+};
+
+class RelayedDevice : public SessionDevice {
+ public:
+  RelayedDevice() : events_([this] { return agenda_.now(); }), relay_(events_) {}
+
+  bool listen(const std::string& server, std::string& trouble) {
+    const auto reason = relay_.listen(server);
+    if (reason) trouble = *reason;
+    return !reason;
+  }
+
+  Events& events() override { return events_; }
+  std::uint16_t port() const override { return relay_.port(); }
+  std::uint16_t portOf(AppNumber application) const override { return relay_.portOf(application); }
+  DeviceView view() const override { return viewOf(shadow_.device()); }
+  Outcome stimulate(std::string_view /*line*/) override { return refusal(); }
+  Outcome stimulate(const Json& /*request*/) override { return refusal(); }
+  bool isVirtual() const override { return false; }
+
+ private:
+  static Outcome refusal() {
+    return {.done = false, .text = "this is a real device: do it there\n"};
+  }
+
+  Agenda agenda_;
+  Events events_;
+  Relay relay_;
+  Shadow shadow_{events_};
+};
+
+}  // namespace
+
+std::unique_ptr<SessionDevice> makeVirtualDevice(std::uint16_t port, const std::string& stateFolder,
+                                                 std::string& trouble) {
+  auto store = Store::open(stateFolder, trouble);
+  if (!store) return nullptr;
+  auto device = std::make_unique<VirtualDevice>(std::move(store));
+  if (!device->listen(port, trouble)) return nullptr;
+  return device;
+}
+
+std::unique_ptr<SessionDevice> makeRelayedDevice(const std::string& server, std::string& trouble) {
+  auto device = std::make_unique<RelayedDevice>();
+  if (!device->listen(server, trouble)) return nullptr;
+  return device;
+}
+
+}  // namespace morvik::devkit

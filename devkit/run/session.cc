@@ -1,0 +1,74 @@
+// Folders to applications, and connections to applications.
+#include "run/session.h"
+
+#include <algorithm>
+
+#include "run/process.h"
+#include "run/socket-owner.h"
+
+namespace morvik::devkit {
+
+namespace fs = std::filesystem;
+
+Session::Session(RunningAppObserver& observer, const SessionDevice& device)
+    : observer_(observer), device_(device) {}
+
+Session::~Session() = default;
+
+bool Session::prepare(const SessionPlan& plan, std::string& trouble) {
+  becomeReaper();
+  links_ = LinkFolder::make(trouble);
+  if (!links_) return false;
+  const std::string address = "127.0.0.1:" + std::to_string(device_.port());
+  for (const fs::path& folder : plan.folders) {
+    const auto name = links_->link(folder, trouble);
+    if (!name) {
+      trouble = folder.string() + ": " + trouble;
+      return false;
+    }
+    apps_.push_back(std::make_unique<RunningApp>(
+        observer_, RunningAppPlan{fs::canonical(folder), *name, links_->path(), plan.host, address,
+                                  plan.check}));
+  }
+  return true;
+}
+
+void Session::start() {
+  for (const auto& app : apps_) {
+    std::string trouble;
+    if (!app->watch(trouble)) observer_.noted(*app, "saves are not seen: " + trouble);
+    app->restart();
+  }
+}
+
+RunningApp* Session::app(const std::string& name) const {
+  const auto found = std::ranges::find(apps_, name, [](const auto& app) { return app->name(); });
+  return found != apps_.end() ? found->get() : nullptr;
+}
+
+RunningApp* Session::appOf(AppNumber number) {
+  const auto known = owners_.find(number);
+  if (known != owners_.end()) return known->second;
+  std::vector<pid_t> processes;
+  for (const auto& app : apps_) processes.push_back(app->process());
+  const pid_t owner = ownerOfConnection(device_.portOf(number), device_.port(), processes);
+  const auto found =
+      std::ranges::find(apps_, owner, [](const auto& app) { return app->process(); });
+  if (owner == 0 || found == apps_.end()) return nullptr;
+  return owners_[number] = found->get();
+}
+
+AppNumber Session::numberOf(const RunningApp& app) const {
+  AppNumber number = 0;
+  for (const auto& [candidate, owner] : owners_) {
+    if (owner == &app) number = candidate;
+  }
+  return number;
+}
+
+std::string shownNameOf(const fs::path& folder) {
+  std::error_code error;
+  return launchName(fs::weakly_canonical(folder, error).filename());
+}
+
+}  // namespace morvik::devkit

@@ -1,0 +1,69 @@
+// Bytes of a terminal to keys.
+#include "terminal/keys.h"
+
+#include <glib-unix.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+
+namespace morvik::devkit {
+namespace {
+
+constexpr char kEscape = '\x1b';
+
+std::size_t characterLength(unsigned char first) {
+  if (first >= 0xf0) return 4;
+  if (first >= 0xe0) return 3;
+  return first >= 0xc0 ? 2 : 1;
+}
+
+}  // namespace
+
+// "\x1b[" or "\x1bO", parameters, and a letter or "~" at the end. 0 when it is no sequence.
+std::size_t KeySplitter::sequenceLength() const {
+  if (bytes_.size() < 3 || bytes_[0] != kEscape || (bytes_[1] != '[' && bytes_[1] != 'O')) return 0;
+  const auto end = std::find_if(bytes_.begin() + 2, bytes_.end(),
+                                [](char byte) { return byte >= '@' && byte <= '~'; });
+  return end == bytes_.end() ? 0 : static_cast<std::size_t>(end - bytes_.begin()) + 1;
+}
+
+std::optional<std::string> KeySplitter::next() {
+  while (const std::size_t sequence = sequenceLength()) bytes_.erase(0, sequence);
+  if (bytes_.empty()) return std::nullopt;
+  const std::size_t length = characterLength(static_cast<unsigned char>(bytes_[0]));
+  if (bytes_.size() < length) return std::nullopt;
+  std::string key = bytes_.substr(0, length);
+  bytes_.erase(0, length);
+  return key == "\r" ? "\n" : key;
+}
+
+Keys::Keys(int descriptor, Pressed pressed, Closed closed)
+    : pressed_(std::move(pressed)),
+      closed_(std::move(closed)),
+      source_(g_unix_fd_source_new(descriptor, static_cast<GIOCondition>(G_IO_IN | G_IO_HUP))) {
+  g_source_set_callback(source_.get(), G_SOURCE_FUNC(onReadable), this, nullptr);
+  g_source_attach(source_.get(), nullptr);
+}
+
+Keys::~Keys() { g_source_destroy(source_.get()); }
+
+// Whoever hears of a key must not end the reading. What is typed while another program is in front is
+// that program's.
+gboolean Keys::onReadable(int descriptor, GIOCondition /*condition*/, gpointer self) {
+  auto* keys = static_cast<Keys*>(self);
+  if (isatty(descriptor) == 1 && tcgetpgrp(descriptor) != getpgrp()) return G_SOURCE_CONTINUE;
+  std::array<char, 256> bytes{};
+  const ssize_t count = read(descriptor, bytes.data(), bytes.size());
+  if (count < 0 && (errno == EINTR || errno == EAGAIN)) return G_SOURCE_CONTINUE;
+  if (count <= 0) {
+    keys->closed_();
+    return G_SOURCE_REMOVE;
+  }
+  keys->splitter_.feed({bytes.data(), static_cast<std::size_t>(count)});
+  while (const auto key = keys->splitter_.next()) keys->pressed_(*key);
+  return G_SOURCE_CONTINUE;
+}
+
+}  // namespace morvik::devkit

@@ -1,0 +1,106 @@
+// What the page shows and does, in a real browser.
+#include <csignal>
+
+#include "desk-test.h"
+
+namespace morvik::devkit::testing {
+namespace {
+
+using test::keys::kDown;
+using test::keys::kEnter;
+using test::keys::kTab;
+using test::keys::kUp;
+
+// The colour that the LED is drawn in.
+constexpr const char* kLedColor = "getComputedStyle(document.getElementById('led-disc')).fill";
+
+class PageInBrowser : public DeskTest {
+ protected:
+  void expectLed(const std::string& color) {
+    expect("document.getElementById('led').hasAttribute('data-lit') && " + std::string(kLedColor) +
+           " === " + quoted(color));
+  }
+};
+
+TEST_F(PageInBrowser, showsTheColourThatAnApplicationAsksFor) {
+  openPage();
+  const auto app = application();
+  EXPECT_EQ(app->ask(lightRequest("granted", "blue")).response().code(), zeph::OK);
+  expectLed("rgb(0, 0, 255)");
+}
+
+TEST_F(PageInBrowser, aClickOnTheButtonReachesAnApplication) {
+  const auto app = application();
+  openPage();
+  driver_.click("#button");
+  EXPECT_EQ(app->receive().buttoncallback().type(), zeph::ButtonCallback::SIMPLE);
+}
+
+TEST_F(PageInBrowser, twoPagesShowTheSame) {
+  openPage();
+  openAnotherPage();
+  const auto app = application();
+  EXPECT_EQ(app->ask(lightRequest("granted", "red")).response().code(), zeph::OK);
+  expectLed("rgb(255, 0, 0)");
+  driver_.switchTo(window_);
+  expectLed("rgb(255, 0, 0)");
+}
+
+TEST_F(PageInBrowser, aReloadShowsTheSameAtOnce) {
+  const auto app = application();
+  openPage();
+  EXPECT_EQ(app->ask(lightRequest("granted", "green")).response().code(), zeph::OK);
+  expect("document.querySelectorAll('[data-app=\"app 1\"]').length === 1");
+  driver_.reload();
+  waitUntilGreeted();
+  expect("document.getElementById('led').hasAttribute('data-lit')");
+  expect("document.querySelectorAll('[data-app=\"app 1\"]').length === 1");
+}
+
+TEST_F(PageInBrowser, comesBackWhenTheConnectionWasLost) {
+  openPage();
+  driver_.run(
+      "const real = WebSocket.prototype.send;"
+      "WebSocket.prototype.send = function (data) { window.lastSocket = this;"
+      "  return real.call(this, data); };");
+  const auto app = application();
+  expect("window.lastSocket");
+  driver_.run("window.lastSocket.close();");
+  expect("document.body.dataset.connection !== 'open'");
+  waitUntilGreeted();
+  EXPECT_EQ(app->ask(lightRequest("granted", "blue")).response().code(), zeph::OK);
+  expectLed("rgb(0, 0, 255)");
+}
+
+TEST_F(PageInBrowser, tellsThatTheDeviceIsGone) {
+  openPage();
+  kill(device_.pid(), SIGTERM);
+  expect("document.body.dataset.connection !== 'open'");
+  driver_.console();  // the browser tells there that nobody listens any more
+}
+
+TEST_F(PageInBrowser, canBeUsedWithTheKeyboardAlone) {
+  const auto app = application();
+  openPage();
+  // Every step is a real key: the button is reached, and pressed, without a pointer.
+  const auto focus = [this] { return driver_.run("return document.activeElement.id"); };
+  for (int i = 0; i < 12 && focus() != "button"; ++i) driver_.press(kTab);
+  ASSERT_EQ(focus(), "button");
+  driver_.press(kEnter);
+  EXPECT_EQ(app->receive().buttoncallback().type(), zeph::ButtonCallback::SIMPLE);
+  for (int i = 0; i < 12 && focus() != "ear-left"; ++i) driver_.press(kTab);
+  ASSERT_EQ(focus(), "ear-left");
+  driver_.press(std::string(kUp) + kUp + kDown);
+  expect("document.getElementById('ear-left').getAttribute('aria-valuenow') === '1'");
+}
+
+TEST_F(PageInBrowser, asksForNothingFromElsewhere) {
+  openPage();
+  const auto names =
+      driver_.run("return performance.getEntriesByType('resource').map((entry) => entry.name)");
+  ASSERT_FALSE(names.empty());
+  for (const std::string name : names) EXPECT_THAT(name, ::testing::StartsWith(address_));
+}
+
+}  // namespace
+}  // namespace morvik::devkit::testing

@@ -1,0 +1,48 @@
+// A fixture for tests of `morvik-dev run`: applications of the test's own, and a look at what is
+// left.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "loop.h"
+#include "support/temporary-folder.h"
+
+namespace morvik::devkit::testing {
+
+/// Processes that the tool leaves behind become children of the test's.
+class DeskTest : public ::testing::Test {
+ protected:
+  DeskTest();
+
+  /// Makes an application, or another main.js for one that is there. Written in place.
+  std::filesystem::path write(const std::string& app, const std::string& script,
+                              const std::string& accesses = "<access>led</access>");
+
+  /// The words of `morvik-dev run` without a page, then these.
+  static std::vector<std::string> command(const std::vector<std::string>& words);
+
+  /// The test has no children, or soon has none.
+  void expectNothingLeft();
+  /// The condition holds soon; for what nothing announces.
+  [[nodiscard]] bool comesTrue(const std::function<bool()>& condition);
+
+  Loop loop_;
+  test::TemporaryFolder folder_;
+};
+
+/// The children of a process.
+std::vector<int> childrenOf(int process);
+/// How many file descriptors a process has.
+std::size_t descriptorsOf(int process);
+/// How often the text stands in another.
+int countOf(const std::string& text, const std::string& within);
+
+/// A main.js that connects, is granted interactive mode, and then does this.
+std::string interactiveScript(const std::string& onGrant);
+
+}  // namespace morvik::devkit::testing

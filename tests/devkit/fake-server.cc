@@ -1,0 +1,107 @@
+// A listening socket and one connection, driven by the test's loop.
+#include "fake-server.h"
+
+#include <arpa/inet.h>
+#include <glib-unix.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+
+namespace morvik::devkit::testing {
+
+FakeServer::FakeServer(Came came, Received received)
+    : came_(std::move(came)),
+      received_(std::move(received)),
+      listening_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  auto* generic = reinterpret_cast<sockaddr*>(&address);
+  socklen_t size = sizeof(address);
+  EXPECT_EQ(bind(listening_, generic, size), 0);
+  EXPECT_EQ(listen(listening_, SOMAXCONN), 0);
+  EXPECT_EQ(getsockname(listening_, generic, &size), 0);
+  port_ = ntohs(address.sin_port);
+  watch(listening_, accepting_, onConnection);
+}
+
+FakeServer::~FakeServer() {
+  close();
+  g_source_destroy(accepting_.get());
+  ::close(listening_);
+}
+
+void FakeServer::watch(int fd, GSourceOwned& source,
+                       gboolean (*called)(int, GIOCondition, gpointer)) {
+  source.reset(g_unix_fd_source_new(fd, G_IO_IN));
+  g_source_set_callback(source.get(), G_SOURCE_FUNC(called), this, nullptr);
+  g_source_attach(source.get(), g_main_context_get_thread_default());
+}
+
+gboolean FakeServer::onConnection(int fd, GIOCondition /*condition*/, gpointer server) {
+  auto* self = static_cast<FakeServer*>(server);
+  self->close();
+  self->connection_ = accept4(fd, nullptr, nullptr, SOCK_CLOEXEC);
+  self->watch(self->connection_, self->reading_, onReadable);
+  self->came_(*self);
+  return G_SOURCE_CONTINUE;
+}
+
+gboolean FakeServer::onReadable(int fd, GIOCondition /*condition*/, gpointer server) {
+  auto* self = static_cast<FakeServer*>(server);
+  std::array<char, 65536> bytes{};
+  const ssize_t count = recv(fd, bytes.data(), bytes.size(), 0);
+  if (count <= 0) return G_SOURCE_REMOVE;
+  self->frames_.feed(std::string_view(bytes.data(), static_cast<std::size_t>(count)));
+  while (const auto payload = self->frames_.next()) {
+    zeph::ZephMsg message;
+    EXPECT_TRUE(message.ParseFromString(*payload));
+    self->received_(*self, message);
+  }
+  return self->connection_ >= 0 ? G_SOURCE_CONTINUE : G_SOURCE_REMOVE;
+}
+
+void FakeServer::sendBytes(const std::string& bytes) {
+  EXPECT_EQ(::send(connection_, bytes.data(), bytes.size(), MSG_NOSIGNAL),
+            static_cast<ssize_t>(bytes.size()));
+}
+
+void FakeServer::send(const zeph::ZephMsg& message) {
+  sendBytes(frameOf(message.SerializePartialAsString()));
+}
+
+void FakeServer::answer(const zeph::ZephMsg& request, zeph::VReturnCode code) {
+  zeph::ZephMsg message = answerTo(request);
+  message.mutable_response()->set_code(code);
+  send(message);
+}
+
+void FakeServer::close() {
+  if (connection_ < 0) return;
+  g_source_destroy(reading_.get());
+  ::close(std::exchange(connection_, -1));
+}
+
+void FakeServer::reset() {
+  const linger atOnce{1, 0};
+  setsockopt(connection_, SOL_SOCKET, SO_LINGER, &atOnce, sizeof(atOnce));
+  close();
+}
+
+zeph::ZephMsg messageOfDevice() {
+  static int last = 0;
+  zeph::ZephMsg message;
+  message.set_id("device-" + std::to_string(++last));
+  return message;
+}
+
+zeph::ZephMsg answerTo(const zeph::ZephMsg& request) {
+  zeph::ZephMsg message = messageOfDevice();
+  message.set_correlationid(request.id());
+  return message;
+}
+
+}  // namespace morvik::devkit::testing

@@ -1,0 +1,59 @@
+// A device server that does what a test wants with the connection that came last.
+#pragma once
+
+#include <zeph-message.pb.h>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "server/frame.h"
+#include "device/owned.h"
+
+namespace morvik::devkit::testing {
+
+namespace zeph = net::quelta::zeph::message;
+
+// Works on the thread-default main context.
+class FakeServer {
+ public:
+  // Called when an application has connected, and for each message that it sends.
+  using Came = std::function<void(FakeServer&)>;
+  using Received = std::function<void(FakeServer&, const zeph::ZephMsg&)>;
+
+  FakeServer(Came came, Received received);
+  ~FakeServer();
+  FakeServer(const FakeServer&) = delete;
+  FakeServer& operator=(const FakeServer&) = delete;
+
+  int port() const { return port_; }
+
+  void send(const zeph::ZephMsg& message);
+  void sendBytes(const std::string& bytes);
+  // Answers with a response that holds the code.
+  void answer(const zeph::ZephMsg& request, zeph::VReturnCode code);
+  // Ends the connection in order.
+  void close();
+  // Breaks it off, so that the application meets an error.
+  void reset();
+
+ private:
+  static gboolean onConnection(int fd, GIOCondition condition, gpointer server);
+  static gboolean onReadable(int fd, GIOCondition condition, gpointer server);
+  void watch(int fd, GSourceOwned& source, gboolean (*called)(int, GIOCondition, gpointer));
+
+  Came came_;
+  Received received_;
+  int listening_;
+  int port_ = 0;
+  int connection_ = -1;
+  GSourceOwned accepting_;
+  GSourceOwned reading_;
+  FrameReader frames_;
+};
+
+// A message as a device sends it, with an id of its own; an answer carries the request's id.
+zeph::ZephMsg messageOfDevice();
+zeph::ZephMsg answerTo(const zeph::ZephMsg& request);
+
+}  // namespace morvik::devkit::testing

@@ -1,0 +1,87 @@
+// forkpty on the test's loop.
+#include "pty-program.h"
+
+#include <glib-unix.h>
+#include <gtest/gtest.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+
+namespace morvik::devkit::testing {
+
+PtyProgram::PtyProgram(Loop& loop, const std::vector<std::string>& command, int columns)
+    : loop_(loop) {
+  std::vector<char*> words;
+  for (const std::string& word : command) words.push_back(const_cast<char*>(word.c_str()));
+  words.push_back(nullptr);
+  const winsize size{
+      .ws_row = 24, .ws_col = static_cast<unsigned short>(columns), .ws_xpixel = 0, .ws_ypixel = 0};
+  pid_ = forkpty(&terminal_, nullptr, nullptr, &size);
+  if (pid_ == 0) {
+    execv(words[0], words.data());
+    _exit(127);
+  }
+  source_.reset(g_unix_fd_source_new(terminal_, G_IO_IN));
+  g_source_set_callback(source_.get(), G_SOURCE_FUNC(onReadable), this, nullptr);
+  g_source_attach(source_.get(), loop.context());
+}
+
+PtyProgram::~PtyProgram() {
+  if (pid_ > 0) {
+    kill(pid_, SIGKILL);
+    waitpid(pid_, nullptr, 0);
+  }
+  closeTerminal();
+}
+
+gboolean PtyProgram::onReadable(int fd, GIOCondition /*condition*/, gpointer program) {
+  auto* self = static_cast<PtyProgram*>(program);
+  std::array<char, 4096> bytes{};
+  const ssize_t count = read(fd, bytes.data(), bytes.size());
+  if (count > 0) self->output_.append(bytes.data(), static_cast<std::size_t>(count));
+  self->closed_ = count <= 0;
+  return self->closed_ ? G_SOURCE_REMOVE : G_SOURCE_CONTINUE;
+}
+
+std::string PtyProgram::waitFor(const std::string& text) {
+  std::size_t at = std::string::npos;
+  const bool ended = !loop_.runUntil([&] {
+    at = output_.find(text, heard_);
+    return at != std::string::npos || closed_;
+  });
+  EXPECT_FALSE(ended || at == std::string::npos) << "never came: " << text << "\nbut:\n" << output_;
+  if (at != std::string::npos) heard_ = at + text.size();
+  return output_;
+}
+
+void PtyProgram::press(const std::string& keys) {
+  EXPECT_EQ(write(terminal_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+}
+
+void PtyProgram::closeTerminal() {
+  if (terminal_ < 0) return;
+  g_source_destroy(source_.get());
+  close(terminal_);
+  terminal_ = -1;
+  closed_ = true;
+}
+
+bool PtyProgram::givesKeysAtOnce() const {
+  termios settings{};
+  return tcgetattr(terminal_, &settings) == 0 && (settings.c_lflag & (ICANON | ECHO)) == 0;
+}
+
+// Its end closes the terminal, unless that is closed already.
+int PtyProgram::waitForEnd() {
+  EXPECT_TRUE(loop_.runUntil([this] { return closed_; })) << output_;
+  int status = 0;
+  if (waitpid(pid_, &status, 0) != pid_) return -1;
+  pid_ = -1;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+}  // namespace morvik::devkit::testing

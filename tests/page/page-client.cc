@@ -1,0 +1,182 @@
+// Sockets on the test's loop.
+#include "page-client.h"
+
+#include <arpa/inet.h>
+#include <glib-unix.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+
+namespace morvik::devkit::testing {
+
+namespace {
+
+constexpr std::string_view kScheme = "http://";
+
+int connectTo(std::uint16_t port) {
+  const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const int small = 4096;
+  setsockopt(fd, SOL_SOCKET, SO_RCVBUF, &small, sizeof(small));
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(port);
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  EXPECT_EQ(connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
+  return fd;
+}
+
+}  // namespace
+
+std::string originOf(const std::string& address) {
+  return address.substr(0, address.find('/', kScheme.size()));
+}
+
+std::string pathOf(const std::string& address) { return address.substr(originOf(address).size()); }
+
+std::uint16_t portOf(const std::string& address) {
+  return static_cast<std::uint16_t>(
+      std::stoi(address.substr(address.find(':', kScheme.size()) + 1)));
+}
+
+std::string requestHead(const std::string& line, std::uint16_t port, const std::string& more) {
+  return line + " HTTP/1.1\r\nHost: 127.0.0.1:" + std::to_string(port) + "\r\n" + more + "\r\n";
+}
+
+BareClient::BareClient(Loop& loop, std::uint16_t port)
+    : loop_(loop), fd_(connectTo(port)), source_(g_unix_fd_source_new(fd_, G_IO_IN)) {
+  g_source_set_callback(source_.get(), G_SOURCE_FUNC(onReadable), this, nullptr);
+  g_source_attach(source_.get(), loop.context());
+}
+
+BareClient::~BareClient() {
+  stopReading();
+  close(fd_);
+}
+
+void BareClient::send(const std::string& bytes) {
+  EXPECT_EQ(::send(fd_, bytes.data(), bytes.size(), MSG_NOSIGNAL),
+            static_cast<ssize_t>(bytes.size()));
+}
+
+std::string BareClient::waitFor(const std::string& text) {
+  EXPECT_TRUE(loop_.runUntil([&] { return received_.find(text) != std::string::npos; }))
+      << text << " did not come: " << received_;
+  return received_;
+}
+
+std::string BareClient::waitForEnd() {
+  EXPECT_TRUE(loop_.runUntil([this] { return ended_; })) << received_;
+  return received_;
+}
+
+void BareClient::stopReading() { g_source_destroy(source_.get()); }
+
+gboolean BareClient::onReadable(int fd, GIOCondition /*condition*/, gpointer client) {
+  auto* self = static_cast<BareClient*>(client);
+  std::array<char, 4096> bytes{};
+  const ssize_t count = recv(fd, bytes.data(), bytes.size(), 0);
+  self->ended_ = count <= 0;
+  if (self->ended_) return G_SOURCE_REMOVE;
+  self->received_.append(bytes.data(), static_cast<std::size_t>(count));
+  return G_SOURCE_CONTINUE;
+}
+
+DeafPage::DeafPage(Loop& loop, const std::string& address) : client_(loop, portOf(address)) {
+  client_.send(requestHead("GET " + pathOf(address) + "socket", portOf(address),
+                           "Origin: " + originOf(address) +
+                               "\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
+                               "Sec-WebSocket-Version: 13\r\n"
+                               "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n"));
+  client_.waitFor("\r\n\r\n");
+  client_.stopReading();
+}
+
+// One frame with a mask of zeros, which changes nothing.
+void DeafPage::send(const std::string& text) {
+  ASSERT_LT(text.size(), 126U);
+  client_.send(std::string("\x81", 1) + static_cast<char>(0x80 | text.size()) +
+               std::string(4, '\0') + text);
+}
+
+PageClient::PageClient(Loop& loop, const std::string& address, const std::string& origin)
+    : loop_(loop), session_(soup_session_new()) {
+  const GOwned<SoupMessage> message(soup_message_new("GET", (address + "socket").c_str()));
+  const std::string from = origin == "http://127.0.0.1" ? originOf(address) : origin;
+  soup_session_websocket_connect_async(session_.get(), message.get(),
+                                       from.empty() ? nullptr : from.c_str(), nullptr,
+                                       G_PRIORITY_DEFAULT, nullptr, onConnected, this);
+  EXPECT_TRUE(loop.runUntil([this] { return answered_; }));
+}
+
+PageClient::~PageClient() {
+  if (connection_) g_signal_handlers_disconnect_by_data(connection_.get(), this);
+}
+
+void PageClient::onConnected(GObject* session, GAsyncResult* result, gpointer client) {
+  auto* self = static_cast<PageClient*>(client);
+  self->answered_ = true;
+  auto* connection = soup_session_websocket_connect_finish(SOUP_SESSION(session), result, nullptr);
+  if (connection == nullptr) return;
+  self->connection_.reset(connection);
+  soup_websocket_connection_set_max_incoming_payload_size(connection, 0);
+  g_signal_connect(connection, "message", G_CALLBACK(onMessage), self);
+  g_signal_connect(connection, "closed", G_CALLBACK(onClosed), self);
+}
+
+void PageClient::onMessage(SoupWebsocketConnection* /*connection*/, int /*type*/, GBytes* message,
+                           gpointer client) {
+  gsize size = 0;
+  const auto* bytes = static_cast<const char*>(g_bytes_get_data(message, &size));
+  auto* self = static_cast<PageClient*>(client);
+  self->frames_.emplace_back(bytes, size);
+  ++self->arrived_;
+}
+
+void PageClient::onClosed(SoupWebsocketConnection* /*connection*/, gpointer client) {
+  static_cast<PageClient*>(client)->closed_ = true;
+}
+
+Json PageClient::receive() {
+  const bool came = loop_.runUntil([this] { return !frames_.empty(); });
+  EXPECT_TRUE(came) << "no frame came";
+  if (!came) return {};
+  Json frame = Json::parse(frames_.front());
+  frames_.pop_front();
+  return frame;
+}
+
+Json PageClient::receive(const std::string& type) {
+  Json frame = receive();
+  while (frame.is_object() && frame["type"] != type) frame = receive();
+  return frame;
+}
+
+void PageClient::sendText(const std::string& text) {
+  soup_websocket_connection_send_text(connection_.get(), text.c_str());
+}
+
+void PageClient::sendBytes(const std::string& bytes) {
+  soup_websocket_connection_send_binary(connection_.get(), bytes.data(), bytes.size());
+}
+
+Json PageClient::ask(const Json& frame) {
+  send(frame);
+  return receive("outcome");
+}
+
+std::size_t PageClient::seeAll() {
+  const std::size_t count = frames_.size();
+  frames_.clear();
+  send({{"type", "seen"}, {"seq", arrived_}});
+  return count;
+}
+
+int PageClient::closeCode() {
+  EXPECT_TRUE(loop_.runUntil([this] { return closed_; }));
+  return soup_websocket_connection_get_close_code(connection_.get());
+}
+
+}  // namespace morvik::devkit::testing
