@@ -2,7 +2,6 @@
 #include "run-page.h"
 
 #include <algorithm>
-#include <cctype>
 
 #include <nlohmann/json.hpp>
 
@@ -11,8 +10,6 @@
 
 namespace morvik::devkit {
 namespace {
-
-using nlohmann::json;
 
 std::int64_t inMilliseconds(TimePoint time) {
   return std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count();
@@ -34,13 +31,13 @@ const char* wordOf(const RunningApp& app) {
   }
 }
 
-json secondsLeft(const std::optional<TimePoint>& end) {
+Json secondsLeft(const std::optional<TimePoint>& end) {
   if (!end) return nullptr;
   const auto left = std::chrono::duration<double>(*end - std::chrono::system_clock::now());
   return std::max(0.0, left.count());
 }
 
-json endOf(const RunningApp& app) {
+Json endOf(const RunningApp& app) {
   if (!app.end()) return nullptr;
   const End& end = *app.end();
   return {{"kind", nameOf(end.kind)},
@@ -50,23 +47,16 @@ json endOf(const RunningApp& app) {
           {"lines", end.lastLines}};
 }
 
-json findingsOf(const RunningApp& app) {
-  json findings = json::array();
+Json findingsOf(const RunningApp& app) {
+  Json findings = Json::array();
   for (const FolderTrouble& trouble : app.troubles()) findings.push_back(inWords(trouble));
   return findings;
 }
 
-json hintsOf(const RunningApp& app) {
-  json hints = json::array();
+Json hintsOf(const RunningApp& app) {
+  Json hints = Json::array();
   for (const Hint& hint : app.hints()) hints.push_back(hint.text);
   return hints;
-}
-
-std::string inSmallLetters(std::string word) {
-  std::ranges::transform(word, word.begin(), [](unsigned char letter) {
-    return static_cast<char>(std::tolower(letter));
-  });
-  return word;
 }
 
 const char* kindOf(const LogLine& line) {
@@ -103,7 +93,7 @@ void RunPage::happened(const Event& event) {
 void RunPage::wrote(const RunningApp& app, const LogLine& line) {
   page_.logged({.time = inMilliseconds(line.time),
                 .app = app.name(),
-                .level = inSmallLetters(devkit::wordOf(line.level)),
+                .level = devkit::wordOf(line.level),
                 .kind = kindOf(line),
                 .text = line.text});
 }
@@ -118,16 +108,17 @@ std::string RunPage::mode() const { return device_.isVirtual() ? "run" : "relay"
 
 std::int64_t RunPage::now() const { return device_.view().time.count(); }
 
-json RunPage::view() const { return toJson(device_.view()); }
+Json RunPage::view() const { return toJson(device_.view()); }
 
-json RunPage::stimuli() const { return device_.isVirtual() ? json(stimuliJson()) : json::array(); }
+Json RunPage::stimuli() const { return device_.isVirtual() ? stimuliJson() : Json::array(); }
 
-json RunPage::applications() const {
-  json applications = json::array();
+Json RunPage::applications() const {
+  Json applications = Json::array();
   for (const auto& app : session_.apps()) {
-    const AppNumber slot = session_.numberOf(*app);
+    const AppNumber number = session_.numberOf(*app);
     applications.push_back({{"name", app->name()},
-                            {"slot", slot != 0 ? json(slot) : json(nullptr)},
+                            {"number", number != 0 ? Json(number) : Json(nullptr)},
+                            {"slot", applications.size() + 1},
                             {"state", wordOf(*app)},
                             {"since", inMilliseconds(app->since())},
                             {"autokill", secondsLeft(app->autokillAt())},
@@ -138,15 +129,14 @@ json RunPage::applications() const {
   return applications;
 }
 
-PageOutcome RunPage::stimulate(const std::string& name, const json& arguments,
-                               std::optional<unsigned> app) {
-  Json request{{"stimulus", name}, {"arguments", Json(arguments)}};
+Outcome RunPage::stimulate(const std::string& name, const Json& arguments,
+                           std::optional<unsigned> app) {
+  Json request{{"stimulus", name}, {"arguments", arguments}};
   if (app) request["app"] = *app;
-  const Outcome outcome = device_.stimulate(request);
-  return {.done = outcome.done, .text = outcome.text};
+  return device_.stimulate(request);
 }
 
-PageOutcome RunPage::act(const PageAct& act) {
+Outcome RunPage::act(const PageAct& act) {
   RunningApp* app = session_.app(act.app);
   if (app == nullptr) return {.done = false, .text = "there is no application " + act.app};
   if (act.action == "stop") app->stop();

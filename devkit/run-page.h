@@ -29,12 +29,12 @@ class RunPage : private PageSource {
   std::string title() const override;
   std::string mode() const override;
   std::int64_t now() const override;
-  nlohmann::json view() const override;
-  nlohmann::json stimuli() const override;
-  nlohmann::json applications() const override;
-  PageOutcome stimulate(const std::string& name, const nlohmann::json& arguments,
-                        std::optional<unsigned> app) override;
-  PageOutcome act(const PageAct& act) override;
+  Json view() const override;
+  Json stimuli() const override;
+  Json applications() const override;
+  Outcome stimulate(const std::string& name, const Json& arguments,
+                    std::optional<unsigned> app) override;
+  Outcome act(const PageAct& act) override;
 
   Session& session_;
   SessionDevice& device_;
