@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "support/system/waiting.h"
+#include "support/waiting.h"
 
 namespace morvik::test {
 
