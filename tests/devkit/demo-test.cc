@@ -6,15 +6,10 @@
 
 #include <filesystem>
 
-#include "loop.h"
-#include "support/program.h"
+#include "program.h"
 
 namespace morvik::devkit::testing {
 namespace {
-
-using test::Outcome;
-using test::Program;
-using test::run;
 
 using ::testing::ContainsRegex;
 using ::testing::HasSubstr;

@@ -27,7 +27,6 @@ namespace {
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using namespace std::string_literals;
 
 // Everything that the watcher is told, as short texts.

@@ -8,16 +8,11 @@
 #include <fstream>
 
 #include "app-client.h"
-#include "loop.h"
-#include "support/program.h"
+#include "program.h"
 #include "support/temporary-folder.h"
 
 namespace morvik::devkit::testing {
 namespace {
-
-using test::Outcome;
-using test::Program;
-using test::run;
 
 using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
@@ -25,7 +20,7 @@ using ::testing::StartsWith;
 
 Outcome morvikDev(std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), MORVIK_DEV);
-  return run(std::move(arguments));
+  return run(arguments);
 }
 
 TEST(MorvikDev, tellsItsVerbs) {
@@ -195,7 +190,6 @@ class LogVerb : public ::testing::Test {
     close(stale);
   }
 
-  Loop loop_;
   test::TemporaryFolder folder_;
 };
 
