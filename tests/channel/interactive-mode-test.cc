@@ -28,7 +28,7 @@ class InteractiveModeTest : public ScriptTest {
 
   // The log since the last call.
   Lines lines() {
-    const Lines texts = levelled(log.lines());
+    Lines texts = levelled(log.lines());
     log.clear();
     return texts;
   }

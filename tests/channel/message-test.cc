@@ -134,9 +134,9 @@ TEST(MessageTest, everyCutKeepsExactlyTheWholeFields) {
   const std::string parts[] = {wireForm("id: 'i'"), wireForm("correlationId: 'c'"),
                                wireForm("response { code: OK description: 'd' }"),
                                wireForm("event { code: BUSY }")};
-  const char* const kept[] = {"", "id: \"i\"", "id: \"i\" correlationId: \"c\"",
-                              "id: \"i\" correlationId: \"c\""
-                              " response { code: OK description: \"d\" }"};
+  const char* const kept[] = {
+      "", "id: \"i\"", "id: \"i\" correlationId: \"c\"",
+      R"(id: "i" correlationId: "c" response { code: OK description: "d" })"};
   std::string whole;
   for (std::size_t part = 0; part < std::size(parts); ++part) {
     for (std::size_t cut = 0; cut < parts[part].size(); ++cut) {

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "desk-fixture.h"
-#include "support/program.h"
+#include "program.h"
 
 namespace morvik::devkit::testing {
 namespace {

@@ -28,7 +28,6 @@ namespace {
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using namespace std::string_literals;
 
 // What passes between the device and its applications, as short texts.

@@ -4,7 +4,7 @@
 
 #include <fstream>
 
-#include "support/program.h"
+#include "program.h"
 #include "run/log-text.h"
 #include "run/log-view.h"
 #include "run/record-joiner.h"

@@ -12,7 +12,7 @@
 #include "app-client.h"
 #include "device/json.h"
 #include "loop.h"
-#include "support/program.h"
+#include "program.h"
 #include "support/temporary-folder.h"
 
 namespace morvik::devkit::testing {

@@ -5,17 +5,12 @@
 #include <filesystem>
 
 #include "bench.h"
-#include "loop.h"
+#include "program.h"
 #include "support/file-content.h"
-#include "support/program.h"
 #include "support/temporary-folder.h"
 
 namespace morvik::devkit::testing {
 namespace {
-
-using test::Outcome;
-using test::Program;
-using test::run;
 
 using ::testing::HasSubstr;
 
@@ -54,7 +49,6 @@ std::string launchCommand(const std::string& address) {
 TEST(VirtualDevicePage, tellsHowToTypeWhileAnApplicationRuns) {
   EXPECT_THAT(page(), HasSubstr("    build/morvik-dev device\n"));
   EXPECT_THAT(run({MORVIK_DEV, "device", "--help"}).output, HasSubstr("(7410)"));
-  Loop loop;
   const test::TemporaryFolder state;
   Program device({MORVIK_DEV, "device", "--port=0", "--state=" + state.path().string()});
   const std::string said = device.waitFor("\n");

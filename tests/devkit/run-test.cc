@@ -6,7 +6,7 @@
 #include <fstream>
 
 #include "desk-fixture.h"
-#include "support/program.h"
+#include "program.h"
 
 namespace morvik::devkit::testing {
 namespace {

@@ -14,7 +14,6 @@ namespace morvik::devkit::testing {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 Store::Ids idsOf(std::initializer_list<std::string> ids) { return {ids.begin(), ids.end()}; }

@@ -7,7 +7,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "support/program.h"
+#include "program.h"
 #include "run/end-history.h"
 #include "support/file-content.h"
 #include "support/temporary-folder.h"

@@ -26,7 +26,8 @@ std::vector<RefusedRow> throwing(const std::vector<std::string>& calls, const Li
 
 std::vector<RefusedRow> wrongListeners() {
   return wrong({"addListener()", "addListener(5)", "addListener({})", "addListener(null)",
-                "addListener('f')", "addListener(f, f)", "addListener(f, 1)"});
+                "addListener('f')", "addListener(f, f)", "addListener(f, 1)"},
+               {});
 }
 
 std::vector<AnsweredRow> hearsCodes(const std::string& call, const std::string& label) {

@@ -78,7 +78,7 @@ TEST(Sha1Test, itDoesNotMatterHowAMessageIsCut) {
   const std::string message = repeated("The quick brown fox. ", 20);
   const std::string whole = reference(message);
   for (std::size_t first = 0; first <= 130; ++first) {
-    for (const std::size_t second : {0, 1, 63, 64, 65, 128, 200}) {
+    for (const std::size_t second : {0U, 1U, 63U, 64U, 65U, 128U, 200U}) {
       Sha1Hash hash;
       update(hash, std::string_view(message).substr(0, first));
       update(hash, std::string_view(message).substr(first, second));

@@ -417,8 +417,8 @@ TEST_F(SocialGatewaysTest, noCodeOfTheScriptsMeetsTheTokenDuringAPost) {
            "{set access_token(v) { witness(this, v); }, a: 1}",
            "{get access_token() { witness(this); return 'mine'; }, a: 1}",
            "{a: {toString() { witness(this); return 'x'; }}}",
-           "Object.create({get a() { witness(this); return 1; }, set access_token(v) { witness(v); "
-           "}})",
+           R"(Object.create({get a() { witness(this); return 1; },
+                             set access_token(v) { witness(v); }}))",
            "watched({a: 1})",
            "watched({access_token: 'mine'})",
            "watched([1, 2])",

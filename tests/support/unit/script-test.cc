@@ -166,7 +166,7 @@ void ScriptTest::respond(const zeph::ZephMsg& request, zeph::VReturnCode code) {
 }
 
 void ScriptTest::runLoopUntil(const std::function<bool()>& condition) {
-  const gint64 deadline = g_get_monotonic_time() + 10 * G_USEC_PER_SEC;
+  const gint64 deadline = g_get_monotonic_time() + gint64{10} * G_USEC_PER_SEC;
   while (!condition() && g_get_monotonic_time() < deadline) {
     g_main_context_iteration(nullptr, FALSE);
   }
