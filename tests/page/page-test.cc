@@ -12,7 +12,6 @@
 namespace morvik::devkit::testing {
 namespace {
 
-using ::testing::ElementsAre;
 using ::testing::SizeIs;
 
 class FakeSource : public PageSource {
@@ -222,7 +221,7 @@ TEST_F(PageTest, aPageThatStopsReadingSlowsNobodyAndNothingGrows) {
   const auto before = mallinfo2().uordblks;
   pass(900);
   const auto after = mallinfo2().uordblks;
-  EXPECT_LT(after, before + 256 * 1024) << "bytes in use, before " << before;
+  EXPECT_LT(after, before + std::size_t{256} * 1024) << "bytes in use, before " << before;
   EXPECT_GT(frames, 99000U) << "the one that reads gets nearly all";
   EXPECT_EQ(page_.pages(), 2U);
   EXPECT_EQ(roundTrip(awake)["done"], true);
