@@ -36,8 +36,8 @@ class SystemLog {
   GSourceOwned source_;
 };
 
-/// A record as a program sends it, "<135>Jan  1 12:00:00 name[12]: text", in the form of our own log
-/// lines: "DEBUG: name[12]: text". Anything else is given as it is.
+/// A record as a program sends it, "<135>Jan  1 12:00:00 name[12]: text", in the form of our own
+/// log lines: "DEBUG: name[12]: text". Anything else is given as it is.
 std::string readableRecord(std::string_view record);
 
 }  // namespace morvik::devkit
