@@ -48,9 +48,4 @@ std::unique_ptr<AppClient> DeskTest::application() {
   return app;
 }
 
-void DeskTest::expectText(const std::string& selector, const std::string& text) {
-  expect("document.querySelector(" + quoted(selector) + ").textContent.includes(" + quoted(text) +
-         ")");
-}
-
 }  // namespace morvik::devkit::testing

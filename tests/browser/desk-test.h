@@ -32,8 +32,6 @@ class DeskTest : public ::testing::Test {
 
   /// The page shows what an expression of JavaScript says.
   void expect(const std::string& expression) { driver_.waitFor(expression); }
-  /// The text of an element comes to hold this.
-  void expectText(const std::string& selector, const std::string& text);
 
   test::Browser& browser_ = test::Browser::shared();
   test::WebDriver& driver_ = browser_.driver();
