@@ -17,7 +17,7 @@ DeskTest::DeskTest()
   driver_.console();  // what older windows said
 }
 
-DeskTest::~DeskTest() {
+void DeskTest::TearDown() {
   for (const auto& line : driver_.console()) {
     EXPECT_NE(line.at("level"), "SEVERE") << line.dump();
   }
@@ -46,11 +46,6 @@ std::unique_ptr<AppClient> DeskTest::application() {
   auto app = std::make_unique<AppClient>(loop_, port_);
   EXPECT_EQ(app->ask(startRequest("granted")).response().code(), zeph::OK);
   return app;
-}
-
-void DeskTest::expectText(const std::string& selector, const std::string& text) {
-  expect("document.querySelector(" + quoted(selector) + ").textContent.includes(" + quoted(text) +
-         ")");
 }
 
 }  // namespace morvik::devkit::testing

@@ -19,7 +19,7 @@ namespace morvik::devkit::testing {
 class DeskTest : public ::testing::Test {
  protected:
   DeskTest();
-  ~DeskTest() override;
+  void TearDown() override;
 
   /// The page of this test, opened and greeted.
   void openPage();
@@ -32,8 +32,6 @@ class DeskTest : public ::testing::Test {
 
   /// The page shows what an expression of JavaScript says.
   void expect(const std::string& expression) { driver_.waitFor(expression); }
-  /// The text of an element comes to hold this.
-  void expectText(const std::string& selector, const std::string& text);
 
   test::Browser& browser_ = test::Browser::shared();
   test::WebDriver& driver_ = browser_.driver();
