@@ -7,7 +7,7 @@
 
 #include "support/system/system-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 class ForgedObjectsTest : public DeviceTest {
@@ -101,4 +101,4 @@ TEST_F(ForgedObjectsTest, theLaunchTypeByVoiceDoesNoHarm) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

@@ -6,7 +6,7 @@
 
 #include "support/system/system-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 constexpr std::size_t kMaxRecord = 131072;
@@ -66,4 +66,4 @@ TEST_F(LogRecordsTest, aForgedLineStaysInTheRecordOfItsWriter) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

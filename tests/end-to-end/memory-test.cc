@@ -12,7 +12,7 @@
 
 #include "support/system/system-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 using testing::AnyOf;
@@ -182,5 +182,5 @@ TEST_F(MemoryTest, aLimitThatTheLauncherWasGivenHolds) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test
 #endif

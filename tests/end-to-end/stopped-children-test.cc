@@ -8,7 +8,7 @@
 
 #include "support/system/system-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 class StoppedChildrenTest : public SystemTest {
@@ -93,4 +93,4 @@ TEST_F(StoppedChildrenTest, childrenCatchTheSignalToo) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test

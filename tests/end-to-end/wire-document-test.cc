@@ -12,7 +12,7 @@
 #include "support/file-content.h"
 #include "support/system/system-test.h"
 
-namespace morvik {
+namespace morvik::test {
 namespace {
 
 constexpr std::size_t kIdLength = 36;
@@ -110,4 +110,4 @@ TEST_F(WireDocumentTest, theConversationIsHeldAsItStandsThere) {
 }
 
 }  // namespace
-}  // namespace morvik
+}  // namespace morvik::test
