@@ -49,8 +49,8 @@ Keys::Keys(int descriptor, Pressed pressed, Closed closed)
 
 Keys::~Keys() { g_source_destroy(source_.get()); }
 
-// Whoever hears of a key must not end the reading. What is typed while another program is in front is
-// that program's.
+// Whoever hears of a key must not end the reading. What is typed while another program is in front
+// is that program's.
 gboolean Keys::onReadable(int descriptor, GIOCondition /*condition*/, gpointer self) {
   auto* keys = static_cast<Keys*>(self);
   if (isatty(descriptor) == 1 && tcgetpgrp(descriptor) != getpgrp()) return G_SOURCE_CONTINUE;
