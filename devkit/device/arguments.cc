@@ -27,13 +27,13 @@ std::optional<std::string> chosen(const Argument& row, const std::string& word) 
   return std::nullopt;
 }
 
-std::string whatOf(const Argument& row) { return row.what != nullptr ? row.what : usageOf(row); }
-
 }  // namespace
 
 std::string usageOf(const Argument& row) {
   return row.usage != nullptr ? row.usage : joined(row.choices(), '|');
 }
+
+std::string whatOf(const Argument& row) { return row.what != nullptr ? row.what : usageOf(row); }
 
 // The named ones first: they may stand anywhere between the others.
 void Arguments::fromWords(std::vector<std::string> words) {

@@ -58,5 +58,7 @@ class Arguments {
 
 /// As the help names it: "STEP", or its choices.
 std::string usageOf(const Argument& row);
+/// As a sentence or a form names it: "the step".
+std::string whatOf(const Argument& row);
 
 }  // namespace morvik::devkit

@@ -33,7 +33,9 @@ void Device::applicationLeft(AppNumber number, const std::string& trouble) {
   const auto gone = applications_.extract(number);
   if (gone.empty()) return;
   changed("applications");
-  faults_.applicationLeft(number);
+  if (faults_.deliveries().contains(number)) {
+    changeFaults([number](Faults& faults) { faults.applicationLeft(number); });
+  }
   for (const Feature* feature : features()) {
     if (feature->applicationLeft != nullptr) feature->applicationLeft(*this, gone.mapped());
   }

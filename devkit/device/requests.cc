@@ -20,7 +20,8 @@ Json answer(const Device& device, const Outcome& outcome) {
 }
 
 bool asksFor(const Json& request, const char* what) {
-  return request.is_object() && request.size() == 1 && request.value(what, false);
+  return request.is_object() && request.size() == 1 && request.contains(what) &&
+         request[what] == true;
 }
 
 Json answerToJson(Device& device, std::string_view text) {

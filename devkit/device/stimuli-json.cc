@@ -60,6 +60,7 @@ std::string strangerIn(const Json& request) {
 
 Json toJson(const Argument& row) {
   Json shown{{"name", row.name},
+             {"label", whatOf(row)},
              {"kind", kKinds[static_cast<std::size_t>(row.kind)]},
              {"needed", row.needed},
              {"many", row.many}};

@@ -23,7 +23,7 @@ constexpr Stimulus kHelp = {
 // In brackets when it may be left out, and with dots behind it when there may be many.
 std::string pieceOf(const Argument& row) {
   const bool named = row.form == Argument::Form::kNamed;
-  const std::string words = (named ? std::string(row.name) + '=' : "") + usageOf(row);
+  std::string words = (named ? std::string(row.name) + '=' : "") + usageOf(row);
   if (row.needed) return words;
   const char* dots = row.many ? "..." : "";
   return named ? '[' + words + ']' + dots : '[' + words + dots + ']';

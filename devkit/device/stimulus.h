@@ -36,6 +36,7 @@ struct Argument {
   bool needed = true;
   bool many = false;                ///< any number of them: a list in JSON
   bool secret = false;              ///< its values are told to nobody
+  bool insteadOfLast = false;       ///< either the one before or this one, in the help
   const char* byDefault = nullptr;  ///< in the place of one that is left out; null for none
   Choices choices = nullptr;
   const char* called = nullptr;  ///< what one of them is called: "there is no command wings"
@@ -44,7 +45,6 @@ struct Argument {
   /// Whether the words that are left begin with this argument; null for yes. Only for one that is
   /// not needed.
   bool (*standsIn)(Words left) = nullptr;
-  bool insteadOfLast = false;  ///< either the one before or this one, in the help
 };
 
 /// Something that the world can do to the device.
@@ -69,10 +69,10 @@ struct Stimulus {
 /// The names of all values of an enumeration of the schema, in its order.
 template <const google::protobuf::EnumDescriptor* (*descriptor)()>
 std::vector<std::string> namesOf() {
+  const int count = descriptor()->value_count();
   std::vector<std::string> names;
-  for (int i = 0; i < descriptor()->value_count(); ++i) {
-    names.push_back(descriptor()->value(i)->name());
-  }
+  names.reserve(static_cast<std::size_t>(count));
+  for (int i = 0; i < count; ++i) names.push_back(descriptor()->value(i)->name());
   return names;
 }
 

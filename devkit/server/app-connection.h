@@ -25,8 +25,8 @@ class AppConnection : public std::enable_shared_from_this<AppConnection> {
    public:
     virtual ~Owner() = default;
     virtual void payloadArrived(AppNumber application, const std::string& payload) = 0;
-    /// Told once, unless `close` came first. `trouble` is empty when the application closed its side
-    /// between two frames.
+    /// Told once, unless `close` came first. `trouble` is empty when the application closed its
+    /// side between two frames.
     virtual void connectionEnded(AppNumber application, const std::string& trouble) = 0;
   };
 

@@ -16,8 +16,8 @@
 namespace morvik::devkit {
 
 /// Works on the thread-default main context, like everything in GIO: a caller with a context of its
-/// own pushes it (g_main_context_push_thread_default) before the server is made and leaves it pushed
-/// while the context runs. All calls and all callbacks are in that one thread.
+/// own pushes it (g_main_context_push_thread_default) before the server is made and leaves it
+/// pushed while the context runs. All calls and all callbacks are in that one thread.
 class DeviceServer : private Outlet, private AppConnection::Owner {
  public:
   enum class Failure { kPortBusy, kOther };

@@ -17,7 +17,7 @@ DeskTest::DeskTest()
   driver_.console();  // what older windows said
 }
 
-DeskTest::~DeskTest() {
+void DeskTest::TearDown() {
   for (const auto& line : driver_.console()) {
     EXPECT_NE(line.at("level"), "SEVERE") << line.dump();
   }

@@ -19,7 +19,7 @@ namespace morvik::devkit::testing {
 class DeskTest : public ::testing::Test {
  protected:
   DeskTest();
-  ~DeskTest() override;
+  void TearDown() override;
 
   /// The page of this test, opened and greeted.
   void openPage();

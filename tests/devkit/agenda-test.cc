@@ -35,6 +35,18 @@ TEST(Agenda, doesNothingAfterItsEnd) {
   EXPECT_FALSE(done);
 }
 
+TEST(Agenda, tellsTheTimeOfDayByAClockThatAgreesWithIt) {
+  Loop loop;
+  Agenda agenda;
+  const milliseconds before(g_get_real_time() / 1000);
+  const milliseconds planned = agenda.now();
+  EXPECT_LE(std::chrono::abs(planned - before), std::chrono::seconds(10));
+  milliseconds done{0};
+  agenda.after(milliseconds(30), [&] { done = agenda.now(); });
+  EXPECT_TRUE(loop.runUntil([&] { return done.count() != 0; }));
+  EXPECT_GE(done - planned, milliseconds(29)) << "30, cut to whole milliseconds";
+}
+
 TEST(Agenda, mayPlanAgainAndEndFromWithin) {
   Loop loop;
   auto agenda = std::make_unique<Agenda>();

@@ -186,6 +186,11 @@ TEST(View, theComingAndGoingOfApplicationsIsTold) {
   bench.events.all.clear();
   bench.device.applicationLeft(3);
   expectAllTold(bench, during, "left");
+  stimulate(bench.device, "app 2 pieces 3");
+  const Json awaited = toJson(viewOf(bench.device));
+  bench.events.all.clear();
+  bench.device.applicationLeft(2);
+  expectAllTold(bench, awaited, "left before the message that was to come in pieces");
 }
 
 }  // namespace

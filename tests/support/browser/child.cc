@@ -16,6 +16,7 @@ void dieWithTheTest(gpointer /*data*/) { prctl(PR_SET_PDEATHSIG, SIGTERM); }
 
 GSubprocess* spawn(const std::vector<std::string>& command) {
   std::vector<const char*> words;
+  words.reserve(command.size() + 1);
   for (const std::string& word : command) words.push_back(word.c_str());
   words.push_back(nullptr);
   constexpr auto kFlags =

@@ -73,7 +73,7 @@ WebDriver::~WebDriver() {
 Json WebDriver::call(const char* method, const std::string& path, const Json& body) const {
   const std::string text = body.is_null() ? "" : body.dump();
   const Json answer = Json::parse(transfer(method, driver_ + path, text));
-  const Json value = answer.value("value", Json());
+  Json value = answer.value("value", Json());
   if (value.is_object() && value.contains("error")) {
     throw WebDriverError(value["error"].get<std::string>() + ": " +
                          value.value("message", std::string()));
