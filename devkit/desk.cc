@@ -183,7 +183,8 @@ void Desk::launching(const RunningApp& app) { log_.launching(app); }
 
 void Desk::wrote(const RunningApp& app, const LogLine& line) {
   log_.wrote(app, line);
-  if (page_) page_->wrote(app, line);
+  if (page_ && (line.kind == LineKind::kNoise || log_.hasLevel(line.level)))
+    page_->wrote(app, line);
 }
 
 void Desk::hinted(const RunningApp& app, const Hint& hint) { log_.hinted(app, hint); }

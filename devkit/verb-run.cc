@@ -42,12 +42,20 @@ struct Asked {
   char* device = nullptr;
   char* host = nullptr;
   char* state = nullptr;
+  char** instances = nullptr;
   char** folders = nullptr;
 };
 
 std::string taken(char* text, const std::string& otherwise = "") {
   const GText owned(text);
   return text != nullptr ? text : otherwise;
+}
+
+std::vector<std::string> taken(char** texts) {
+  const std::unique_ptr<char*, Release<g_strfreev>> owned(texts);
+  std::vector<std::string> taken;
+  for (char** text = texts; text != nullptr && *text != nullptr; ++text) taken.emplace_back(*text);
+  return taken;
 }
 
 std::string ownFolder() {
@@ -84,10 +92,8 @@ std::optional<std::string> readFilter(Asked& asked, RunLogFilter& filter) {
 }
 
 std::optional<std::string> readPlan(Asked& asked, DeskPlan& plan) {
-  const std::unique_ptr<char*, Release<g_strfreev>> folders(asked.folders);
-  for (char** folder = asked.folders; folder != nullptr && *folder != nullptr; ++folder) {
-    plan.session.folders.emplace_back(*folder);
-  }
+  for (const std::string& folder : taken(asked.folders)) plan.session.folders.emplace_back(folder);
+  plan.session.instances = taken(asked.instances);
   plan.session.host = taken(asked.host, usualHost());
   plan.realDevice = taken(asked.device);
   plan.stateFolder = taken(asked.state, usualStateFolder());
@@ -141,6 +147,10 @@ int runRun(int argc, char** argv) {
        "The morvikvm to launch with (the one beside this program, or in PATH)", "FILE"},
       {"state", 0, 0, G_OPTION_ARG_FILENAME, &asked.state,
        "Where to keep what outlives the device ($XDG_STATE_HOME/morvik-dev)", "FOLDER"},
+      {"instance", 0, 0, G_OPTION_ARG_STRING_ARRAY, &asked.instances,
+       "The third word of a folder's launch line, in the order of the folders (DEVICE, its "
+       "address)",
+       "TEXT"},
       {"seconds", 0, 0, G_OPTION_ARG_INT, &asked.seconds, "End by itself after so many seconds",
        "N"},
       {G_OPTION_REMAINING, 0, 0, G_OPTION_ARG_FILENAME_ARRAY, &asked.folders, nullptr, nullptr},

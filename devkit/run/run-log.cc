@@ -55,7 +55,7 @@ bool isAuthors(const End& end) {
 }
 
 bool RunLog::passesFilter(LogLevel level, const std::string& text) const {
-  if (level < filter_.least) return false;
+  if (!hasLevel(level)) return false;
   return !filter_.pattern || g_regex_match(filter_.pattern.get(), text.c_str(),
                                            G_REGEX_MATCH_DEFAULT, nullptr) != FALSE;
 }

@@ -41,6 +41,9 @@ class RunLog {
   void saved(const RunningApp& app, const std::set<std::string>& files);
   void noted(const RunningApp& app, const std::string& text);
 
+  /// Whether lines of this level are asked for at all.
+  bool hasLevel(LogLevel level) const { return level >= filter_.least; }
+
   /// A message of `who`, an application's name or what stands for it.
   void passed(const std::string& who, Direction direction,
               const net::quelta::zeph::message::ZephMsg& message);

@@ -1,6 +1,7 @@
 // From save to launch to end, and over again.
 #include "run/running-app.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "run/launch-line.h"
@@ -33,6 +34,7 @@ bool RunningApp::watch(std::string& trouble) {
 
 void RunningApp::launch(const std::string& type) {
   wanted_ = type;
+  std::ranges::replace(*wanted_, ' ', '_');
   if (!launch_ || launch_->isOver()) return settleSoon();
   enter(RunPhase::kEnding, state_);
   launch_->end(EndedBy::kRestart);
@@ -70,12 +72,12 @@ void RunningApp::begin() {
   if (!check() || !prepareBesideServer()) return;
   enter(RunPhase::kRunning, AppState::kLaunched);
   observer_.launching(*this);
-  const std::string address = beside_ ? beside_->address() : plan_.address;
+  const std::string instance = beside_ ? beside_->address() : plan_.instance;
   LaunchObserver& self = *this;
   launch_ = std::make_unique<Launch>(self);
   launch_->start({.host = plan_.host,
                   .appFolder = plan_.appFolder,
-                  .lines = {LaunchLine{plan_.name, type_, address}.text()},
+                  .lines = {LaunchLine{plan_.name, type_, instance}.text()},
                   .environment = {}});
 }
 

@@ -55,7 +55,7 @@ struct RunningAppPlan {
   std::string name;       ///< the first word of its launch line
   std::string appFolder;  ///< the folder in which that is
   std::string host;       ///< the path of morvikvm
-  std::string address;    ///< the device's, the third word of the launch line
+  std::string instance;   ///< the third word of the launch line, unless a server beside it is that
   FolderCheck check;
 };
 
@@ -72,7 +72,8 @@ class RunningApp : private LaunchObserver {
   /// with the reason in `trouble`; all else works.
   [[nodiscard]] bool watch(std::string& trouble);
 
-  /// Launches it with this launch type, once what runs has ended, which is ended for it.
+  /// Launches it with this launch type, once what runs has ended, which is ended for it. Blanks,
+  /// which a launch line cannot carry there, become "_".
   void launch(const std::string& type);
   /// The same with the type of the last launch.
   void restart() { launch(type_); }

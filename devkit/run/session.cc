@@ -10,6 +10,12 @@ namespace morvik::devkit {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+constexpr char kAddress[] = "DEVICE";
+
+}  // namespace
+
 Session::Session(RunningAppObserver& observer, const SessionDevice& device)
     : observer_(observer), device_(device) {}
 
@@ -19,18 +25,28 @@ bool Session::prepare(const SessionPlan& plan, std::string& trouble) {
   becomeReaper();
   links_ = LinkFolder::make(trouble);
   if (!links_) return false;
-  const std::string address = "127.0.0.1:" + std::to_string(device_.port());
-  for (const fs::path& folder : plan.folders) {
+  for (std::size_t index = 0; index < plan.folders.size(); ++index) {
+    const fs::path& folder = plan.folders[index];
     const auto name = links_->link(folder, trouble);
     if (!name) {
       trouble = folder.string() + ": " + trouble;
       return false;
     }
-    apps_.push_back(std::make_unique<RunningApp>(
-        observer_, RunningAppPlan{fs::canonical(folder), *name, links_->path(), plan.host, address,
-                                  plan.check}));
+    const std::string instance = index < plan.instances.size() ? plan.instances[index] : kAddress;
+    add({fs::canonical(folder), *name, links_->path(), plan.host, withAddress(instance),
+         plan.check});
   }
   return true;
+}
+
+void Session::add(RunningAppPlan plan) {
+  apps_.push_back(std::make_unique<RunningApp>(observer_, std::move(plan)));
+}
+
+std::string Session::withAddress(std::string instance) const {
+  const std::size_t at = instance.find(kAddress);
+  if (at == std::string::npos) return instance;
+  return instance.replace(at, sizeof(kAddress) - 1, "127.0.0.1:" + std::to_string(device_.port()));
 }
 
 void Session::start() {

@@ -19,6 +19,9 @@ inline constexpr std::size_t kMostApplications = 3;
 
 struct SessionPlan {
   std::vector<std::filesystem::path> folders;
+  /// The third words of the launch lines, in the order of the folders; "DEVICE" stands for the
+  /// device's address in them, and alone where there are fewer of them.
+  std::vector<std::string> instances = {};
   std::string host;  ///< the path of morvikvm
   FolderCheck check = checkFolder;
 };
@@ -52,6 +55,9 @@ class Session {
   void forget(AppNumber number) { owners_.erase(number); }
 
  private:
+  void add(RunningAppPlan plan);
+  std::string withAddress(std::string instance) const;
+
   RunningAppObserver& observer_;
   const SessionDevice& device_;
   std::unique_ptr<LinkFolder> links_;

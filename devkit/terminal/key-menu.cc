@@ -40,20 +40,11 @@ void removeLastCharacter(std::string& text) {
   if (!text.empty()) text.pop_back();
 }
 
-std::string withoutBlanks(std::string text) {
-  std::replace(text.begin(), text.end(), ' ', '_');
-  return text;
-}
-
 }  // namespace
 
-std::string launchTypeByTag(const std::string& id) {
-  return "RFID;" + withoutBlanks(id) + ";1;FLAT;0;WHITE;";
-}
+std::string launchTypeByTag(const std::string& id) { return "RFID;" + id + ";1;FLAT;0;WHITE;"; }
 
-std::string launchTypeByVoice(const std::string& text) {
-  return "ASR;" + withoutBlanks(text) + ";";
-}
+std::string launchTypeByVoice(const std::string& text) { return "ASR;" + text + ";"; }
 
 std::optional<KeyCommand> KeyMenu::take(const std::string& key) {
   if (key == kEscape) return ask(Asking::kNothing);

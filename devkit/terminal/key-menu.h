@@ -59,7 +59,6 @@ class KeyMenu {
 };
 
 /// The launch type of an application that is launched by a tag with this id, or by what was said.
-/// Blanks, which a launch line cannot carry there, become "_".
 std::string launchTypeByTag(const std::string& id);
 std::string launchTypeByVoice(const std::string& text);
 

@@ -22,7 +22,7 @@ class Demo : public DeskTest {
 };
 
 TEST_F(Demo, showsBothSidesOfTheConversation) {
-  Program demo(loop_, command());
+  Program demo(command());
   const std::string said = demo.waitFor("the LED is green now");
   EXPECT_THAT(said, StartsWith("The device is on this page: http://127.0.0.1:"));
   EXPECT_THAT(said, HasSubstr("Ctrl-C ends everything."));
@@ -39,8 +39,7 @@ TEST_F(Demo, showsBothSidesOfTheConversation) {
 }
 
 TEST_F(Demo, runsThreeSamplesAtOnce) {
-  Program demo(loop_,
-               command({"--app=hello", "--app=ear-dance", "--app=talking-clock", "--no-page"}));
+  Program demo(command({"--app=hello", "--app=ear-dance", "--app=talking-clock", "--no-page"}));
   demo.waitFor("hello, I am hello");
   demo.waitFor(" ear-dance     ->      ears");
   demo.waitFor(" talking-clock ->      tts");
@@ -51,7 +50,7 @@ TEST_F(Demo, runsThreeSamplesAtOnce) {
 
 TEST_F(Demo, givesAServerToTheSamplesThatAskOne) {
   Program demo(
-      loop_, command({"--app=weather", "--app=signed-request", "--app=photo-upload", "--no-page"}));
+      command({"--app=weather", "--app=signed-request", "--app=photo-upload", "--no-page"}));
   demo.waitFor("Home: rain, 11 degrees");
   demo.waitFor("the server says: welcome, signed with OAuth oauth_consumer_key=");
   demo.waitFor("photo = picture.svg, ");

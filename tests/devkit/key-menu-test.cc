@@ -81,7 +81,7 @@ TEST_F(KeyMenuTest, asksHowToLaunch) {
   EXPECT_EQ(one_.prompt(), "launch hello  p plain  t by tag  v by voice");
   EXPECT_EQ(press(one_, "p")->text, "plain");
   EXPECT_EQ(press(one_, "ltd0021a\n")->text, "RFID;d0021a;1;FLAT;0;WHITE;");
-  EXPECT_EQ(press(one_, "lvlight on\n")->text, "ASR;light_on;");
+  EXPECT_EQ(press(one_, "lvlight on\n")->text, "ASR;light on;");
   EXPECT_EQ(press(two_, "l2p")->app, 1U);
 }
 

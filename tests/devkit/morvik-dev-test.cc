@@ -226,7 +226,7 @@ class EventsForm : public ::testing::Test {
 
   Loop loop_;
   test::TemporaryFolder folder_;
-  Program program_{loop_, command()};
+  Program program_{command()};
   std::size_t read_ = 0;
   std::unique_ptr<AppClient> client_;
 };

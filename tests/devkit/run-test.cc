@@ -4,9 +4,11 @@
 #include <sys/wait.h>
 
 #include <fstream>
+#include <regex>
 
 #include "desk-fixture.h"
 #include "program.h"
+#include "support/file-content.h"
 
 namespace morvik::devkit::testing {
 namespace {
@@ -20,7 +22,7 @@ using ::testing::StartsWith;
 class RunTest : public DeskTest {
  protected:
   std::unique_ptr<Program> start(std::vector<std::string> words) {
-    return std::make_unique<Program>(loop_, command(words));
+    return std::make_unique<Program>(command(words));
   }
 
   static void saveByRename(const fs::path& file, const std::string& text) {
@@ -38,7 +40,8 @@ class RunTest : public DeskTest {
 TEST_F(RunTest, showsWhatAnApplicationSaysAndSends) {
   write("app", interactiveScript("log('granted'); morvik.led.light('red');"));
   const auto run = start({folder_ / "app"});
-  const std::string said = run->waitFor("led light red");
+  run->waitFor("led light red");
+  const std::string said = run->waitFor("log     granted");
   EXPECT_THAT(said, StartsWith("The virtual device listens on 127.0.0.1:"));
   EXPECT_THAT(said, ContainsRegex("\n[0-9:.]{12} app    log     granted\n"));
   EXPECT_THAT(said, ContainsRegex("app    ->      interactive mode START"));
@@ -48,10 +51,27 @@ TEST_F(RunTest, showsWhatAnApplicationSaysAndSends) {
   expectNothingLeft();
 }
 
+TEST_F(RunTest, tellsThePagesAddressFirst) {
+  Program run({MORVIK_DEV, "run", write("app", "log('here');")});
+  const std::string said = run.waitFor("log     here");
+  EXPECT_THAT(
+      said, ContainsRegex("^The device is on this page: http://127.0.0.1:[0-9]+/[0-9a-f]{32}/\n"));
+  run.signal(SIGTERM);
+  EXPECT_EQ(run.waitForEnd(), 0);
+  expectNothingLeft();
+}
+
 TEST_F(RunTest, runsAFolderWithBlanksInItsPath) {
   const fs::path folder = write("my  first app", "log('this is ' + appName);");
   const auto run = start({folder});
   run->waitFor("this is my--first-app");
+}
+
+TEST_F(RunTest, givesEachApplicationTheInstanceThatIsAskedFor) {
+  const std::string app = write("app", "log(appName + ': ' + instanceName);");
+  const auto run = start({app, app, "--instance=bob@DEVICE"});
+  EXPECT_THAT(run->waitFor("app: bob@127.0.0.1:"), Not(HasSubstr("DEVICE")));
+  run->waitFor("app-2: 127.0.0.1:");
 }
 
 TEST_F(RunTest, runsFoldersOfDifferentParentsAndTheSameName) {
@@ -165,7 +185,7 @@ TEST_F(RunTest, showsWhatTheFiltersLetThrough) {
 
 TEST_F(RunTest, takesARealDeviceServer) {
   write("app", interactiveScript("log('granted'); morvik.led.light('blue');"));
-  Program server(loop_, {MORVIK_DEV, "device", "--port=0"});
+  Program server({MORVIK_DEV, "device", "--port=0"});
   const std::string greeting = server.waitFor("\n");
   const std::string address = greeting.substr(sizeof("listening on ") - 1,
                                               greeting.find('\n') - sizeof("listening on ") + 1);
@@ -200,7 +220,7 @@ TEST_F(RunTest, endsByEachSignalAndLeavesNothing) {
 
 TEST_F(RunTest, endsOnlyWhatItHasStarted) {
   write("app", "log('here');");
-  Program bystander(loop_, {MORVIK_DEV, "device", "--port=0"});
+  Program bystander({MORVIK_DEV, "device", "--port=0"});
   bystander.waitFor("listening on");
   const auto run = start({folder_ / "app"});
   run->waitFor("log     here");
@@ -225,6 +245,19 @@ TEST_F(RunTest, refusesWhatMakesNoSense) {
   expectRefusal({"--port=70000", app}, "a port is a number");
   expectRefusal({"--seconds=-1", app}, "--seconds takes");
   expectRefusal({"--open", app}, "--open needs the page");
+}
+
+TEST_F(RunTest, hasEveryOptionInItsDocument) {
+  const std::string document = test::contentOf(SOURCE_DIR "/docs/run.md");
+  const std::string help = testing::run({MORVIK_DEV, "run", "--help"}).output;
+  const std::regex option("  (?:-., )?(--[a-z-]+)");
+  int options = 0;
+  for (std::sregex_iterator found(help.begin(), help.end(), option), end; found != end; ++found) {
+    if ((*found)[1] == "--help") continue;
+    EXPECT_THAT(document, HasSubstr("`" + (*found)[1].str()));
+    ++options;
+  }
+  EXPECT_EQ(options, 12);
 }
 
 TEST_F(RunTest, saysThatThereIsNoSuchFolder) {
