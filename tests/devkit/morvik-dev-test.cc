@@ -188,11 +188,8 @@ class EventsForm : public ::testing::Test {
 
   // The next line that it prints.
   Json next() {
-    EXPECT_TRUE(loop_.runUntil(
-        [this] { return program_.output().find('\n', read_) != std::string::npos; }));
-    const std::size_t end = program_.output().find('\n', read_);
-    const std::string line = program_.output().substr(read_, end - read_);
-    read_ = end + 1;
+    const std::string line = program_.waitForLine(read_);
+    read_ += line.size() + 1;
     Json json = Json::parse(line, nullptr, false);
     EXPECT_TRUE(json.is_object()) << line;
     return json;

@@ -48,6 +48,18 @@ std::string Program::waitForPattern(const std::string& pattern) const {
   return match.str();
 }
 
+std::string Program::waitForLine(std::size_t from) const {
+  std::string line;
+  const bool found = output_->awaitThat([&](const std::string& soFar) {
+    const std::size_t end = soFar.find('\n', from);
+    if (end == std::string::npos) return false;
+    line = soFar.substr(from, end - from);
+    return true;
+  });
+  if (!found) throw std::runtime_error("no further line was said");
+  return line;
+}
+
 void Program::say(const std::string& text) {
   if (write(input_.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()))
     throw std::runtime_error("the program does not read: " + text);

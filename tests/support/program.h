@@ -28,6 +28,10 @@ class Program {
   /// What has matched the regular expression in what it has said; throws when nothing does in time.
   std::string waitForPattern(const std::string& pattern) const;
 
+  /// The line that begins `from` bytes into what it has said, without its end; throws when none
+  /// comes in time.
+  std::string waitForLine(std::size_t from) const;
+
   /// Writes to its standard input, and ends that.
   void say(const std::string& text);
   void endInput() { input_.close(); }
