@@ -3,8 +3,8 @@
 
 #include <algorithm>
 
-#include "device/text.h"
 #include "device/owned.h"
+#include "device/text.h"
 
 namespace morvik::devkit {
 namespace {

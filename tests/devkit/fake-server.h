@@ -7,8 +7,8 @@
 #include <functional>
 #include <string>
 
-#include "server/frame.h"
 #include "device/owned.h"
+#include "server/frame.h"
 
 namespace morvik::devkit::testing {
 
