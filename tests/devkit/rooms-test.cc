@@ -49,7 +49,13 @@ std::string roomOf(const std::string& stem) {
   return slash != std::string::npos ? stem.substr(0, slash) : "";
 }
 
-int levelOf(const std::string& room) { return room == "device" ? 0 : room.empty() ? 2 : 1; }
+int levelOf(const std::string& room) {
+  static const std::map<std::string, int> levels{{"device", 0}, {"server", 1}, {"terminal", 1},
+                                                 {"run", 2},    {"page", 2},   {"", 3}};
+  const auto found = levels.find(room);
+  EXPECT_NE(found, levels.end()) << "no level for the room " << room;
+  return found != levels.end() ? found->second : 0;
+}
 
 TEST(Rooms, useThoseBelowThemAndNoneAbove) {
   const Graph graph = devkitGraph();
