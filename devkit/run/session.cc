@@ -29,7 +29,7 @@ bool Session::prepare(const SessionPlan& plan, std::string& trouble) {
     const fs::path& folder = plan.folders[index];
     const auto name = links_->link(folder, trouble);
     if (!name) {
-      trouble = folder.string() + ": " + trouble;
+      trouble.insert(0, folder.string() + ": ");
       return false;
     }
     const std::string instance = index < plan.instances.size() ? plan.instances[index] : kAddress;

@@ -103,7 +103,7 @@ std::vector<std::string> wrapped(std::string_view text, std::size_t columns) {
   return lines;
 }
 
-MergedView::MergedView(Sink sink, Style style, std::vector<std::string> names)
+MergedView::MergedView(Sink sink, Style style, const std::vector<std::string>& names)
     : sink_(std::move(sink)), style_(std::move(style)), nameWidth_(0) {
   for (const std::string& name : names) {
     nameWidth_ = std::max(nameWidth_, std::min(columnsOf(name), kLongestName));

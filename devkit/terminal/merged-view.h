@@ -43,7 +43,7 @@ class MergedView {
   /// Gets what is to be written, as it stands.
   using Sink = std::function<void(const std::string& bytes)>;
 
-  MergedView(Sink sink, Style style, std::vector<std::string> names);
+  MergedView(Sink sink, Style style, const std::vector<std::string>& names);
   /// Leaves the cursor at the beginning of a line, and tells how many rows were left out.
   ~MergedView();
   MergedView(const MergedView&) = delete;
