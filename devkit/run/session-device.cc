@@ -41,40 +41,28 @@ class VirtualDevice : public SessionDevice {
 // What a virtual device would be by now that had got the same messages. Its answers go nowhere.
 class Shadow : private Outlet, private Observer {
  public:
-  explicit Shadow(Events& events)
-      : device_(*this, agenda_), events_(events), hears_(events, *this) {}
+  explicit Shadow(Events& events) : device_(*this, agenda_), hears_(events, *this) {}
 
   const Device& device() const { return device_; }
 
  private:
-  void send(AppNumber application, const zeph::ZephMsg& message,
-            const Delivery& /*delivery*/) override {
-    if (message.has_interactivemode())
-      ids_[application] = message.interactivemode().interactiveid();
-  }
+  void send(AppNumber /*to*/, const zeph::ZephMsg& /*message*/,
+            const Delivery& /*delivery*/) override {}
   void drop(AppNumber /*application*/) override {}
 
   void happened(const Event& event) override {
-    if (const auto* came = std::get_if<Came>(&event.what))
+    if (const auto* came = std::get_if<Came>(&event.what)) {
       device_.applicationCame(came->application);
-    if (const auto* left = std::get_if<Left>(&event.what))
+    } else if (const auto* left = std::get_if<Left>(&event.what)) {
       device_.applicationLeft(left->application);
-    if (const auto* received = std::get_if<Received>(&event.what)) follow(*received);
-  }
-
-  // The real device has given another id for interactive mode than this one.
-  void follow(const Received& received) {
-    zeph::ZephMsg message = *received.message;
-    const auto own = ids_.find(received.application);
-    if (message.has_interactiveid() && own != ids_.end()) message.set_interactiveid(own->second);
-    receive(device_, received.application, message);
+    } else if (const auto* received = std::get_if<Received>(&event.what)) {
+      receive(device_, received->application, *received->message);
+    }
   }
 
   Agenda agenda_;
   Device device_;
-  Events& events_;
   Observation hears_;
-  std::map<AppNumber, std::string> ids_;
 };
 
 class RelayedDevice : public SessionDevice {

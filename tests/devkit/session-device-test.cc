@@ -1,0 +1,60 @@
+// The device of a session: a real one behind the relay is known by what its applications send.
+#include "run/session-device.h"
+
+#include <gmock/gmock.h>
+
+#include "app-client.h"
+#include "loop.h"
+#include "server/device-server.h"
+#include "support/temporary-folder.h"
+
+namespace morvik::devkit::testing {
+namespace {
+
+using ::testing::HasSubstr;
+
+TEST(RelayedDevice, isSeenByWhatApplicationsSend) {
+  Loop loop;
+  DeviceServer real;
+  std::string trouble;
+  ASSERT_FALSE(real.listen(0, trouble)) << trouble;
+  const auto device = makeRelayedDevice("127.0.0.1:" + std::to_string(real.port()), trouble);
+  ASSERT_NE(device, nullptr) << trouble;
+  AppClient app(loop, device->port());
+  app.ask(startRequest("our-id"));
+  app.ask(lightRequest("our-id", "red"));
+  const DeviceView view = device->view();
+  EXPECT_EQ(view.state.led.color, "red");
+  EXPECT_EQ(view.applications.size(), 1U);
+  EXPECT_FALSE(device->isVirtual());
+  const Outcome outcome = device->stimulate("button SIMPLE");
+  EXPECT_FALSE(outcome.done);
+  EXPECT_THAT(outcome.text, HasSubstr("this is a real device"));
+}
+
+TEST(VirtualDevice, isTheOneThatApplicationsUse) {
+  Loop loop;
+  const test::TemporaryFolder state;
+  std::string trouble;
+  const auto device = makeVirtualDevice(0, state.path(), trouble);
+  ASSERT_NE(device, nullptr) << trouble;
+  AppClient app(loop, device->port());
+  app.ask(startRequest("our-id"));
+  EXPECT_TRUE(device->stimulate("button SIMPLE").done);
+  EXPECT_TRUE(app.receive().has_buttoncallback());
+  EXPECT_NE(device->portOf(1), 0);
+  EXPECT_EQ(device->portOf(2), 0);
+}
+
+TEST(VirtualDevice, saysThatItsPortIsTaken) {
+  Loop loop;
+  const test::TemporaryFolder state;
+  std::string trouble;
+  const auto first = makeVirtualDevice(0, state.path(), trouble);
+  ASSERT_NE(first, nullptr) << trouble;
+  EXPECT_EQ(makeVirtualDevice(first->port(), state.path(), trouble), nullptr);
+  EXPECT_THAT(trouble, HasSubstr(" is in use"));
+}
+
+}  // namespace
+}  // namespace morvik::devkit::testing
