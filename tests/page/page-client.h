@@ -47,8 +47,8 @@ std::string requestHead(const std::string& line, std::uint16_t port, const std::
 class DeafPage {
  public:
   DeafPage(Loop& loop, const std::string& address);
-  /// A text frame as a page sends it.
-  void send(const std::string& text);
+  /// A text frame as a page sends it, so many times at once: few enough for the socket to take.
+  void send(const std::string& text, int times = 1);
   BareClient& client() { return client_; }
 
  private:
