@@ -97,8 +97,8 @@ DeafPage::DeafPage(Loop& loop, const std::string& address) : client_(loop, portO
 // One frame with a mask of zeros, which changes nothing.
 void DeafPage::send(const std::string& text, int times) {
   ASSERT_LT(text.size(), 126U);
-  const std::string frame = std::string("\x81", 1) + static_cast<char>(0x80 | text.size()) +
-                            std::string(4, '\0') + text;
+  const std::string frame =
+      std::string("\x81", 1) + static_cast<char>(0x80 | text.size()) + std::string(4, '\0') + text;
   std::string frames;
   for (int i = 0; i < times; ++i) frames += frame;
   client_.send(frames);
