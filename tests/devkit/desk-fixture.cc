@@ -18,11 +18,14 @@ gboolean lookAgain(gpointer /*nothing*/) { return G_SOURCE_CONTINUE; }
 
 }  // namespace
 
-// The user's own state and runtime folders stay untouched.
+// What the tool keeps, for ever or for a while, goes into the test's own folder.
 DeskTest::DeskTest() {
   prctl(PR_SET_CHILD_SUBREAPER, 1);
   setenv("XDG_STATE_HOME", (folder_ / "state").c_str(), 1);
+  setenv("TMPDIR", folder_.path().c_str(), 1);
 }
+
+DeskTest::~DeskTest() { unsetenv("TMPDIR"); }
 
 fs::path DeskTest::write(const std::string& app, const std::string& script,
                          const std::string& accesses) {
@@ -54,6 +57,9 @@ bool DeskTest::comesTrue(const std::function<bool()>& condition) {
 // The kernel may take a moment to end what was told to end.
 void DeskTest::expectNothingLeft() {
   EXPECT_TRUE(comesTrue([] { return waitpid(-1, nullptr, WNOHANG) < 0 && errno == ECHILD; }));
+  for (const auto& entry : fs::directory_iterator(folder_.path())) {
+    EXPECT_FALSE(entry.path().filename().string().starts_with("morvik-run-")) << entry.path();
+  }
 }
 
 std::vector<int> childrenOf(int process) {

@@ -18,6 +18,7 @@ namespace morvik::devkit::testing {
 class DeskTest : public ::testing::Test {
  protected:
   DeskTest();
+  ~DeskTest() override;
 
   /// Makes an application, or another main.js for one that is there. Written in place.
   std::filesystem::path write(const std::string& app, const std::string& script,
@@ -26,7 +27,7 @@ class DeskTest : public ::testing::Test {
   /// The words of `morvik-dev run` without a page, then these.
   static std::vector<std::string> command(const std::vector<std::string>& words);
 
-  /// The test has no children, or soon has none.
+  /// The test has no children, or soon has none, and its folder has no links of the tool.
   void expectNothingLeft();
   /// The condition holds soon; for what nothing announces.
   [[nodiscard]] bool comesTrue(const std::function<bool()>& condition);
