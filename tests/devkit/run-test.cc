@@ -21,7 +21,7 @@ using ::testing::StartsWith;
 
 class RunTest : public DeskTest {
  protected:
-  std::unique_ptr<Program> start(std::vector<std::string> words) {
+  std::unique_ptr<Program> start(const std::vector<std::string>& words) {
     return std::make_unique<Program>(command(words));
   }
 
