@@ -28,7 +28,7 @@ using ::testing::StartsWith;
 
 Outcome morvikDev(std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), MORVIK_DEV);
-  return run(std::move(arguments));
+  return run(arguments);
 }
 
 TEST(MorvikDev, tellsItsVerbs) {
