@@ -33,9 +33,12 @@ constexpr VerbHelp kHelp = {
     "  morvik-dev log --app=clock --level=message\n"
     "  morvik-dev log --grep='main.js:[0-9]+' /var/log/syslog"};
 
+// Where the programs of a system write their log.
+constexpr const char* kUsualSocket = "/dev/log";
+
 // What stands on the command line, as the option parser leaves it.
 struct Given {
-  char* socket = g_strdup("/dev/log");
+  char* socket = nullptr;
   gboolean quiet = FALSE;
   char** apps = nullptr;
   char* level = nullptr;
@@ -120,7 +123,8 @@ int runLog(int argc, char** argv) {
     if (!quiet) std::puts(line.c_str());
   });
   const std::vector<std::string> files = textsOf(given.files);
-  return files.empty() ? serve(view, given.socket) : readFiles(view, files);
+  return files.empty() ? serve(view, given.socket != nullptr ? given.socket : kUsualSocket)
+                       : readFiles(view, files);
 }
 
 }  // namespace morvik::devkit
