@@ -97,7 +97,7 @@ TEST_F(FolderTest, takesDamagedParametersForAWarning) {
 }
 
 TEST_F(FolderTest, tellsTheLineOfAZeroByte) {
-  write(folder_ / "main.js", std::string("log(1);\nlog(\0);\n", 17));
+  write(folder_ / "main.js", std::string("log(1);\nlog(\0);\n", 16));
   const auto troubles = checkFolder(folder_);
   ASSERT_EQ(troubles.size(), 1U);
   EXPECT_THAT(inWords(troubles[0]), HasSubstr("main.js:2: holds a zero byte"));
