@@ -15,7 +15,6 @@ namespace morvik::devkit::testing {
 namespace {
 
 using std::chrono::milliseconds;
-using ::testing::IsEmpty;
 using ::testing::Not;
 
 // What is made anew each time gets the value that the page has.
