@@ -4,7 +4,9 @@
 #include "desk-test.h"
 #include "support/file-content.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using nlohmann::json;
@@ -72,4 +74,4 @@ INSTANTIATE_TEST_SUITE_P(Looks, PageForEveryone,
                                            Look{1600, true}));
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

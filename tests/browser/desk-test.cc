@@ -5,7 +5,9 @@
 
 #include "support/browser/said.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 std::string quoted(const std::string& text) { return nlohmann::json(text).dump(); }
 
 DeskTest::DeskTest()
@@ -48,4 +50,4 @@ std::unique_ptr<AppClient> DeskTest::application() {
   return app;
 }
 
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

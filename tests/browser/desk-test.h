@@ -12,7 +12,7 @@
 #include "support/browser/child.h"
 #include "support/temporary-folder.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
 
 /// Each test has a device of its own, and a window of its own in the one browser. Nothing may stand
 /// on the browser's console at the end.
@@ -49,4 +49,4 @@ class DeskTest : public ::testing::Test {
 /// A text as an expression of JavaScript.
 std::string quoted(const std::string& text);
 
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -8,7 +8,9 @@
 #include "desk-test.h"
 #include "every-stimulus.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using nlohmann::json;
@@ -82,4 +84,4 @@ TEST_F(PageForEverything, everyStimulusHasAFormThatDoesIt) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -3,13 +3,15 @@
 
 #include "desk-test.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
-using test::keys::kDown;
-using test::keys::kEnter;
-using test::keys::kTab;
-using test::keys::kUp;
+using keys::kDown;
+using keys::kEnter;
+using keys::kTab;
+using keys::kUp;
 
 // The colour that the LED is drawn in.
 constexpr const char* kLedColor = "getComputedStyle(document.getElementById('led-disc')).fill";
@@ -103,4 +105,4 @@ TEST_F(PageInBrowser, asksForNothingFromElsewhere) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

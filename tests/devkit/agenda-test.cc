@@ -5,7 +5,9 @@
 
 #include "loop.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using std::chrono::milliseconds;
@@ -61,4 +63,4 @@ TEST(Agenda, mayPlanAgainAndEndFromWithin) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -10,7 +10,9 @@
 
 #include <array>
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 
 AppClient::AppClient(Loop& loop, std::uint16_t port)
     : loop_(loop), fd_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
@@ -144,4 +146,4 @@ zeph::ZephMsg pulseRequest(const std::string& interactiveId, const std::string& 
   return message;
 }
 
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

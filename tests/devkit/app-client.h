@@ -10,7 +10,7 @@
 #include "loop.h"
 #include "server/frame.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
 
 namespace zeph = net::quelta::zeph::message;
 
@@ -42,8 +42,8 @@ class AppClient {
 
   Loop& loop_;
   int fd_;
-  GSourceOwned source_;
-  FrameReader frames_;
+  devkit::GSourceOwned source_;
+  devkit::FrameReader frames_;
   std::deque<zeph::ZephMsg> messages_;
   bool ended_ = false;
 };
@@ -59,4 +59,4 @@ zeph::ZephMsg fadeRequest(const std::string& interactiveId, const std::string& c
 zeph::ZephMsg pulseRequest(const std::string& interactiveId, const std::string& color, int period,
                            int pulses);
 
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -8,7 +8,9 @@
 
 #include "app-client.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 
 void HeldScheduler::pass(std::chrono::milliseconds time) {
   const std::chrono::milliseconds end = now_ + time;
@@ -90,4 +92,4 @@ Lines Bench::said() {
   return lines;
 }
 
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -11,46 +11,46 @@
 #include "device/device.h"
 #include "device/stimuli.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
 
 struct Outgoing {
-  AppNumber to;
-  zeph::ZephMsg message;
-  Delivery delivery;
+  devkit::AppNumber to;
+  devkit::zeph::ZephMsg message;
+  devkit::Delivery delivery;
 };
 
-class KeptOutlet : public Outlet {
+class KeptOutlet : public devkit::Outlet {
  public:
-  void send(AppNumber application, const zeph::ZephMsg& message,
-            const Delivery& delivery) override {
+  void send(devkit::AppNumber application, const devkit::zeph::ZephMsg& message,
+            const devkit::Delivery& delivery) override {
     sent.push_back({application, message, delivery});
   }
-  void drop(AppNumber application) override { dropped.push_back(application); }
+  void drop(devkit::AppNumber application) override { dropped.push_back(application); }
 
   std::vector<Outgoing> sent;
-  std::vector<AppNumber> dropped;
+  std::vector<devkit::AppNumber> dropped;
 };
 
 // Every event, in the order in which it was told.
-class KeptEvents : public Observer {
+class KeptEvents : public devkit::Observer {
  public:
-  void happened(const Event& event) override { all.push_back(event); }
+  void happened(const devkit::Event& event) override { all.push_back(event); }
 
   // All events of one kind.
   template <class What>
   std::vector<What> of() const {
     std::vector<What> found;
-    for (const Event& event : all) {
+    for (const devkit::Event& event : all) {
       if (const auto* what = std::get_if<What>(&event.what)) found.push_back(*what);
     }
     return found;
   }
   std::vector<std::string> notes() const;
 
-  std::vector<Event> all;
+  std::vector<devkit::Event> all;
 };
 
-class HeldScheduler : public Scheduler {
+class HeldScheduler : public devkit::Scheduler {
  public:
   struct Held {
     std::chrono::milliseconds delay;
@@ -82,7 +82,7 @@ class Bench {
 
   // Sends a command whose payload is written in protobuf's text form, such as "ping {}". Gives what
   // the device says to it at once.
-  Lines command(const std::string& payload, AppNumber from = 1);
+  Lines command(const std::string& payload, devkit::AppNumber from = 1);
   // Gives what the device says to that at once.
   Lines stimulus(const std::string& line);
   // What the device notes of that line.
@@ -99,11 +99,11 @@ class Bench {
 
   KeptOutlet outlet;
   HeldScheduler scheduler;
-  Device device{outlet, scheduler};
+  devkit::Device device{outlet, scheduler};
   KeptEvents events;  // since the applications came
 
  private:
-  std::map<AppNumber, std::string> lastIds_;
+  std::map<devkit::AppNumber, std::string> lastIds_;
 };
 
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -8,7 +8,9 @@
 #include "loop.h"
 #include "support/temporary-folder.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::ElementsAre;
@@ -127,4 +129,4 @@ TEST_F(BesideServerTest, showsTheFormThatCameIn) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

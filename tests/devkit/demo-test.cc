@@ -3,9 +3,11 @@
 #include <gmock/gmock.h>
 
 #include "desk-fixture.h"
-#include "program.h"
+#include "support/program.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::ContainsRegex;
@@ -65,20 +67,20 @@ TEST_F(Demo, endsByItselfAfterTheTimeThatItIsGiven) {
 
 TEST_F(Demo, refusesWhatMakesNoSense) {
   for (const char* option : {"--app=nothing", "--app=../apps/hello", "hello"}) {
-    const Outcome outcome = testing::run(command({option}));
+    const Outcome outcome = run(command({option}));
     EXPECT_EQ(outcome.status, 2) << option;
     EXPECT_THAT(outcome.output, HasSubstr("script/demo --help tells what it takes."));
   }
   for (const char* option : {"--seconds=-1", "--fast"}) {
-    EXPECT_EQ(testing::run(command({option})).status, 2) << option;
+    EXPECT_EQ(run(command({option})).status, 2) << option;
   }
 }
 
 TEST_F(Demo, saysThatAProgramIsMissing) {
-  const Outcome outcome = testing::run({SOURCE_DIR "/script/demo", "--programs=/nowhere"});
+  const Outcome outcome = run({SOURCE_DIR "/script/demo", "--programs=/nowhere"});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.output, HasSubstr("there is no program /nowhere/morvik-dev"));
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -9,7 +9,9 @@
 #include <fstream>
 #include <iterator>
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 namespace fs = std::filesystem;
@@ -29,7 +31,7 @@ DeskTest::~DeskTest() { unsetenv("TMPDIR"); }
 
 fs::path DeskTest::write(const std::string& app, const std::string& script,
                          const std::string& accesses) {
-  const fs::path folder = folder_.path() / app;
+  fs::path folder = folder_.path() / app;
   fs::create_directories(folder);
   if (!fs::exists(folder / "descriptor.xml")) {
     std::ofstream(folder / "descriptor.xml")
@@ -90,4 +92,4 @@ std::string interactiveScript(const std::string& onGrant) {
          onGrant + "\n});\n";
 }
 
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -12,7 +12,7 @@
 #include "loop.h"
 #include "support/temporary-folder.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
 
 /// Processes that the tool leaves behind become children of the test's.
 class DeskTest : public ::testing::Test {
@@ -46,4 +46,4 @@ int countOf(const std::string& text, const std::string& within);
 /// A main.js that connects, is granted interactive mode, and then does this.
 std::string interactiveScript(const std::string& onGrant);
 
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

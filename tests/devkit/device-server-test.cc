@@ -22,7 +22,9 @@ extern "C" ssize_t send(int fd, const void* bytes, size_t count, int flags) {
   return real(fd, bytes, count, flags);
 }
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::Contains;
@@ -328,4 +330,4 @@ TEST_F(DeviceServerTest, anEndOfTheServerEndsItsConnections) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -6,7 +6,9 @@
 #include "app-client.h"
 #include "bench.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using std::chrono::milliseconds;
@@ -198,4 +200,4 @@ TEST_F(DeviceTest, hearsNothingFromAnApplicationThatNeverCame) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

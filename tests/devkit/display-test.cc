@@ -7,7 +7,9 @@
 #include "device/describe.h"
 #include "device/text.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::ElementsAre;
@@ -159,4 +161,4 @@ TEST_F(DisplayTest, showsColoursOnlyWhenTheyAreOn) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -13,7 +13,9 @@
 #include "fake-server.h"
 #include "launched.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::HasSubstr;
@@ -460,4 +462,4 @@ TEST(Headline, tellsTheTimeInWords) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

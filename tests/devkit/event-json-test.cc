@@ -9,7 +9,9 @@
 #include "bench.h"
 #include "device/secrets.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using std::chrono::milliseconds;
@@ -149,4 +151,4 @@ TEST(MessageJson, knowsEverySecretOfTheSchema) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

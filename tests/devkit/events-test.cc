@@ -7,7 +7,9 @@
 
 #include "bench.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using std::chrono::milliseconds;
@@ -259,4 +261,4 @@ TEST(EventsOfTheDevice, tellOfAnApplicationFromItsComingToItsLeaving) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

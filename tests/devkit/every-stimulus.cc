@@ -1,7 +1,7 @@
 // The rows.
 #include "every-stimulus.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
 namespace {
 
 const std::vector<StimulusRow> kRows = {
@@ -68,4 +68,4 @@ const std::vector<StimulusRow> kRows = {
 
 const std::vector<StimulusRow>& everyStimulus() { return kRows; }
 
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

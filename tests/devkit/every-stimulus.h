@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
 
 struct StimulusRow {
   const char* before;  // a command that must come first, or nothing
@@ -15,4 +15,4 @@ struct StimulusRow {
 // At least one row for each, with arguments of every kind.
 const std::vector<StimulusRow>& everyStimulus();
 
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -10,7 +10,9 @@
 
 #include <array>
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 
 FakeServer::FakeServer(Came came, Received received)
     : came_(std::move(came)),
@@ -104,4 +106,4 @@ zeph::ZephMsg answerTo(const zeph::ZephMsg& request) {
   return message;
 }
 
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

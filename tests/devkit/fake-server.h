@@ -10,7 +10,7 @@
 #include "device/owned.h"
 #include "server/frame.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
 
 namespace zeph = net::quelta::zeph::message;
 
@@ -40,20 +40,20 @@ class FakeServer {
  private:
   static gboolean onConnection(int fd, GIOCondition condition, gpointer server);
   static gboolean onReadable(int fd, GIOCondition condition, gpointer server);
-  void watch(int fd, GSourceOwned& source, gboolean (*called)(int, GIOCondition, gpointer));
+  void watch(int fd, devkit::GSourceOwned& source, gboolean (*called)(int, GIOCondition, gpointer));
 
   Came came_;
   Received received_;
   int listening_;
   int port_ = 0;
   int connection_ = -1;
-  GSourceOwned accepting_;
-  GSourceOwned reading_;
-  FrameReader frames_;
+  devkit::GSourceOwned accepting_;
+  devkit::GSourceOwned reading_;
+  devkit::FrameReader frames_;
 };
 
 // A message as a device sends it, with an id of its own; an answer carries the request's id.
 zeph::ZephMsg messageOfDevice();
 zeph::ZephMsg answerTo(const zeph::ZephMsg& request);
 
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

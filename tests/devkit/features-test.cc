@@ -7,7 +7,9 @@
 #include "bench.h"
 #include "device/media-files.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using std::chrono::milliseconds;
@@ -428,4 +430,4 @@ TEST_F(SerialTest, linesComeInTheBaseThatWasAskedFor) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -9,7 +9,9 @@
 #include "run/link-folder.h"
 #include "support/temporary-folder.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 namespace fs = std::filesystem;
@@ -151,4 +153,4 @@ TEST_F(FolderTest, outlivesItsLink) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

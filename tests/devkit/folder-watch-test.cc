@@ -8,7 +8,9 @@
 #include "loop.h"
 #include "support/temporary-folder.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 namespace fs = std::filesystem;
@@ -147,4 +149,4 @@ TEST_F(FolderWatchTest, saysThatThereIsNothingToWatch) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

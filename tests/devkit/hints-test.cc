@@ -7,7 +7,9 @@
 #include "launched.h"
 #include "run/access-names.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::ElementsAre;
@@ -248,4 +250,4 @@ TEST(ConfigHint, isGivenAtTheStart) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -6,7 +6,7 @@
 
 #include "support/file-content.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
 
 inline std::vector<std::string> jsonBlocks(const std::string& page) {
   constexpr std::string_view kStart = "```json\n";
@@ -19,4 +19,4 @@ inline std::vector<std::string> jsonBlocks(const std::string& page) {
   return blocks;
 }
 
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

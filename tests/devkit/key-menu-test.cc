@@ -5,7 +5,9 @@
 
 #include "terminal/keys.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::ElementsAre;
@@ -104,4 +106,4 @@ TEST_F(KeyMenuTest, isLeftWithEscapeOrWithNothing) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -10,7 +10,9 @@
 
 #include "launched.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::IsEmpty;
@@ -210,4 +212,4 @@ TEST_F(LaunchTest, hearsMessagesFromWhoeverHasTheServer) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -11,7 +11,9 @@
 #include "run/duration.h"
 #include "support/file-content.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 
 bool LaunchRecord::said(const std::string& text) const {
   return std::ranges::any_of(lines, [&text](const LogLine& line) { return line.text == text; });
@@ -69,4 +71,4 @@ std::vector<pid_t> children() {
   return pids;
 }
 
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -9,15 +9,15 @@
 #include "run/launch.h"
 #include "support/temporary-folder.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
 
 // Keeps what a launch tells.
-class LaunchRecord : public LaunchObserver {
+class LaunchRecord : public devkit::LaunchObserver {
  public:
   void began(const std::string& app, pid_t pid) override { processes[app] = pid; }
-  void wrote(const LogLine& line) override { lines.push_back(line); }
-  void hinted(const Hint& hint) override { hints.push_back(hint); }
-  void ended(const End& end) override { ends.push_back(end); }
+  void wrote(const devkit::LogLine& line) override { lines.push_back(line); }
+  void hinted(const devkit::Hint& hint) override { hints.push_back(hint); }
+  void ended(const devkit::End& end) override { ends.push_back(end); }
   void over() override { isOver = true; }
 
   bool said(const std::string& text) const;
@@ -25,9 +25,9 @@ class LaunchRecord : public LaunchObserver {
   std::string transcript() const;
 
   std::map<std::string, pid_t> processes;
-  std::vector<LogLine> lines;
-  std::vector<Hint> hints;
-  std::vector<End> ends;
+  std::vector<devkit::LogLine> lines;
+  std::vector<devkit::Hint> hints;
+  std::vector<devkit::End> ends;
   bool isOver = false;
 };
 
@@ -48,14 +48,14 @@ class Apps {
 };
 
 // The plan of a launch of the real host.
-LaunchPlan planOf(const Apps& apps, std::vector<std::string> lines);
+devkit::LaunchPlan planOf(const Apps& apps, std::vector<std::string> lines);
 
 // Makes the host's timers a hundred times as short, from the interval upwards.
 constexpr unsigned kAutokillMs = 10000;
 constexpr unsigned kStopAutokillMs = 300000;
-void shortenTimers(LaunchPlan& plan, unsigned fromMs);
+void shortenTimers(devkit::LaunchPlan& plan, unsigned fromMs);
 
 // Children of this process, zombies among them.
 std::vector<pid_t> children();
 
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

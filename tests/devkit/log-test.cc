@@ -4,18 +4,19 @@
 
 #include <fstream>
 
-#include "program.h"
 #include "run/log-text.h"
 #include "run/log-view.h"
 #include "run/record-joiner.h"
+#include "support/program.h"
 #include "support/temporary-folder.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::AllOf;
 using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Pair;
@@ -329,4 +330,4 @@ TEST(LogFiles, areShownByTheVerb) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

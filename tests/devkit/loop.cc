@@ -1,7 +1,9 @@
 // A main loop with a deadline.
 #include "loop.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 // How long a test waits for what must come. A passing test never waits that long.
@@ -38,4 +40,4 @@ void Loop::runReady() {
   }
 }
 
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -5,9 +5,9 @@
 
 #include "device/owned.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
 
-using Context = std::unique_ptr<GMainContext, Release<g_main_context_unref>>;
+using Context = std::unique_ptr<GMainContext, devkit::Release<g_main_context_unref>>;
 
 // The thread-default main context for as long as it lives.
 class Loop {
@@ -29,4 +29,4 @@ class Loop {
   Context context_;
 };
 
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -3,12 +3,12 @@
 
 #include <gmock/gmock.h>
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::Not;
 
 constexpr char kErase[] = "\r\033[K";
 
@@ -111,4 +111,4 @@ TEST(ColumnsOf, countsWideAndCombiningCharacters) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -12,15 +12,13 @@
 #include "app-client.h"
 #include "device/json.h"
 #include "loop.h"
-#include "program.h"
+#include "support/program.h"
 #include "support/temporary-folder.h"
 
-namespace morvik::devkit::testing {
-namespace {
+namespace morvik::test {
 
-using test::Outcome;
-using test::Program;
-using test::run;
+using namespace devkit;
+namespace {
 
 using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
@@ -410,4 +408,4 @@ TEST_F(LogVerb, doesNotReplaceWhatIsNoSocket) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

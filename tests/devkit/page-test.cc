@@ -5,11 +5,13 @@
 #include <filesystem>
 
 #include "bench.h"
-#include "program.h"
 #include "support/file-content.h"
+#include "support/program.h"
 #include "support/temporary-folder.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::HasSubstr;
@@ -83,4 +85,4 @@ TEST(VirtualDevicePage, hasEveryOption) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -11,7 +11,9 @@
 #include <array>
 #include <csignal>
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 
 PtyProgram::PtyProgram(Loop& loop, const std::vector<std::string>& command, int columns)
     : loop_(loop) {
@@ -84,4 +86,4 @@ int PtyProgram::waitForEnd() {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

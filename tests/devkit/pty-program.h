@@ -8,7 +8,7 @@
 
 #include "loop.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
 
 class PtyProgram {
  public:
@@ -40,10 +40,10 @@ class PtyProgram {
   Loop& loop_;
   int terminal_ = -1;
   pid_t pid_ = -1;
-  GSourceOwned source_;
+  devkit::GSourceOwned source_;
   std::string output_;
   std::size_t heard_ = 0;
   bool closed_ = false;
 };
 
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

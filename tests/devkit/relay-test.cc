@@ -15,7 +15,9 @@
 #include "loop.h"
 #include "run/socket-owner.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::ElementsAre;
@@ -309,4 +311,4 @@ TEST_F(RelayTest, knowsWhoseConnectionItIs) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -8,7 +8,9 @@
 #include "bench.h"
 #include "device/json.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::HasSubstr;
@@ -63,4 +65,4 @@ TEST_F(RequestsTest, nonsenseIsToldAndDoesNothing) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -4,7 +4,9 @@
 #include "desk-fixture.h"
 #include "pty-program.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::HasSubstr;
@@ -138,4 +140,4 @@ TEST_F(RunTerminalTest, leavesNothingBehindBy200Restarts) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -7,10 +7,12 @@
 #include <regex>
 
 #include "desk-fixture.h"
-#include "program.h"
 #include "support/file-content.h"
+#include "support/program.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 namespace fs = std::filesystem;
@@ -31,7 +33,7 @@ class RunTest : public DeskTest {
   }
 
   void expectRefusal(const std::vector<std::string>& words, const std::string& reason) {
-    const Outcome outcome = testing::run(command(words));
+    const Outcome outcome = run(command(words));
     EXPECT_EQ(outcome.status, 2) << reason;
     EXPECT_THAT(outcome.output, HasSubstr(reason));
   }
@@ -202,7 +204,7 @@ TEST_F(RunTest, endsWhenNobodyReads) {
   write("app", "setTimeout(1, function () { log('again'); return true; });");
   std::string line =
       std::string(MORVIK_DEV) + " run --no-page " + (folder_ / "app") + " | head -n 3";
-  const Outcome outcome = testing::run({"/bin/sh", "-c", line});
+  const Outcome outcome = run({"/bin/sh", "-c", line});
   EXPECT_EQ(outcome.status, 0);
   expectNothingLeft();
 }
@@ -232,7 +234,7 @@ TEST_F(RunTest, endsOnlyWhatItHasStarted) {
 
 TEST_F(RunTest, endsAfterTheTimeThatItIsGiven) {
   write("app", "");
-  EXPECT_EQ(testing::run(command({"--seconds=1", folder_ / "app"})).status, 0);
+  EXPECT_EQ(run(command({"--seconds=1", folder_ / "app"})).status, 0);
   expectNothingLeft();
 }
 
@@ -249,7 +251,7 @@ TEST_F(RunTest, refusesWhatMakesNoSense) {
 
 TEST_F(RunTest, hasEveryOptionInItsDocument) {
   const std::string document = test::contentOf(SOURCE_DIR "/docs/run.md");
-  const std::string help = testing::run({MORVIK_DEV, "run", "--help"}).output;
+  const std::string help = run({MORVIK_DEV, "run", "--help"}).output;
   const std::regex option("  (?:-., )?(--[a-z-]+)");
   int options = 0;
   for (std::sregex_iterator found(help.begin(), help.end(), option), end; found != end; ++found) {
@@ -261,10 +263,10 @@ TEST_F(RunTest, hasEveryOptionInItsDocument) {
 }
 
 TEST_F(RunTest, saysThatThereIsNoSuchFolder) {
-  const Outcome outcome = testing::run(command({folder_ / "nothing"}));
+  const Outcome outcome = run(command({folder_ / "nothing"}));
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.output, HasSubstr("nothing: No such file or directory"));
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -7,7 +7,9 @@
 #include "bench.h"
 #include "device/payload.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::HasSubstr;
@@ -133,4 +135,4 @@ TEST(Schema, theDeviceHasNoAnswerToStrangers) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

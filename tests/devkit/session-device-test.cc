@@ -8,7 +8,9 @@
 #include "server/device-server.h"
 #include "support/temporary-folder.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::HasSubstr;
@@ -57,4 +59,4 @@ TEST(VirtualDevice, saysThatItsPortIsTaken) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -12,7 +12,9 @@
 #include "every-stimulus.h"
 #include "json-blocks.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::Contains;
@@ -200,4 +202,4 @@ TEST(StimuliTable, marksWhatNobodyIsToSee) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -8,7 +8,9 @@
 
 #include "bench.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using std::chrono::milliseconds;
@@ -326,4 +328,4 @@ TEST_F(StimuliTest, dropEndsConnections) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -10,7 +10,9 @@
 #include "support/file-content.h"
 #include "support/temporary-folder.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::ElementsAre;
@@ -289,4 +291,4 @@ TEST_F(FailingStoreTest, tellsOfADamagedEntry) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -9,7 +9,9 @@
 #include "support/temporary-folder.h"
 #include "terminal/display.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::ElementsAre;
@@ -300,4 +302,4 @@ TEST(DescribeUserData, hasWords) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

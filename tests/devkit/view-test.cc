@@ -11,7 +11,9 @@
 #include "every-stimulus.h"
 #include "json-blocks.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using std::chrono::milliseconds;
@@ -193,4 +195,4 @@ TEST(View, theComingAndGoingOfApplicationsIsTold) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

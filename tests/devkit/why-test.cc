@@ -7,12 +7,14 @@
 
 #include <nlohmann/json.hpp>
 
-#include "program.h"
 #include "run/end-history.h"
 #include "support/file-content.h"
+#include "support/program.h"
 #include "support/temporary-folder.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::HasSubstr;
@@ -190,4 +192,4 @@ TEST_F(WhyTest, verbRefusesWhatMakesNoSense) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

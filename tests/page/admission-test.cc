@@ -5,7 +5,9 @@
 
 #include <set>
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using Verdict = Admission::Verdict;
@@ -105,4 +107,4 @@ TEST(FreshToken, isLongAndNeverTheSame) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 TEST(HistoryTest, isAnArrayInOrder) {
@@ -32,4 +34,4 @@ TEST(HistoryTest, forgetsTheOldestBeyondItsBytes) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -5,7 +5,9 @@
 
 #include "devkit/loop.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using std::chrono::milliseconds;
@@ -64,4 +66,4 @@ TEST(PacedCallTest, isNotMadeAfterItsEnd) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

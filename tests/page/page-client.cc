@@ -10,7 +10,9 @@
 
 #include <array>
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 
 namespace {
 
@@ -182,4 +184,4 @@ int PageClient::closeCode() {
   return soup_websocket_connection_get_close_code(connection_.get());
 }
 
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -12,7 +12,7 @@
 #include "device/json.h"
 #include "devkit/loop.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
 
 /// Bytes to a port of this machine and back, on the test's loop.
 class BareClient {
@@ -35,7 +35,7 @@ class BareClient {
 
   Loop& loop_;
   int fd_;
-  GSourceOwned source_;
+  devkit::GSourceOwned source_;
   std::string received_;
   bool ended_ = false;
 };
@@ -67,14 +67,14 @@ class PageClient {
 
   bool isOpen() const { return connection_ != nullptr; }
   /// The next frame, in the order of arrival; null when none comes.
-  Json receive();
+  devkit::Json receive();
   /// The next frame of that type; others before it are dropped.
-  Json receive(const std::string& type);
-  void send(const Json& frame) { sendText(frame.dump()); }
+  devkit::Json receive(const std::string& type);
+  void send(const devkit::Json& frame) { sendText(frame.dump()); }
   void sendText(const std::string& text);
   void sendBytes(const std::string& bytes);
   /// Sends and gives the outcome.
-  Json ask(const Json& frame);
+  devkit::Json ask(const devkit::Json& frame);
   /// The code with which the server has ended it, 0 for none; waits for the end.
   int closeCode();
   /// Acknowledges everything that has come, and gives how many frames that were.
@@ -87,8 +87,8 @@ class PageClient {
   static void onClosed(SoupWebsocketConnection* connection, gpointer client);
 
   Loop& loop_;
-  GOwned<SoupSession> session_;
-  GOwned<SoupWebsocketConnection> connection_;
+  devkit::GOwned<SoupSession> session_;
+  devkit::GOwned<SoupWebsocketConnection> connection_;
   std::deque<std::string> frames_;
   std::uint64_t arrived_ = 0;
   bool answered_ = false;
@@ -101,4 +101,4 @@ std::string pathOf(const std::string& address);
 /// An address without its path.
 std::string originOf(const std::string& address);
 
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

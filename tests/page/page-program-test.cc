@@ -11,7 +11,9 @@
 #include "support/browser/said.h"
 #include "support/temporary-folder.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::HasSubstr;
@@ -123,4 +125,4 @@ TEST_F(DeviceWithPage, takesThePortThatIsAskedForAndTellsWhenItIsTaken) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

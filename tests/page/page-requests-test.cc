@@ -7,7 +7,9 @@
 
 #include <nlohmann/json.hpp>
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::ElementsAre;
@@ -142,4 +144,4 @@ TEST_F(PageRequestsTest, answersUnderTheIdThatItCan) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -6,7 +6,9 @@
 #include "page-client.h"
 #include "page/page-files.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::EndsWith;
@@ -157,4 +159,4 @@ TEST(PageFiles, everyFileHasItsType) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

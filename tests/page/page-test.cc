@@ -9,7 +9,9 @@
 #include "page-client.h"
 #include "support/temporary-folder.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::SizeIs;
@@ -237,4 +239,4 @@ TEST_F(PageTest, aPageThatAsksAndNeverReadsIsShownOut) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 TEST(SendWindowTest, numbersFramesFromOne) {
@@ -59,4 +61,4 @@ TEST(SendWindowTest, isOverrunByWhatIsSentWithoutRoom) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -11,7 +11,9 @@
 #include "support/file-content.h"
 #include "support/temporary-folder.h"
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::HasSubstr;
@@ -67,4 +69,4 @@ TEST_F(TagDrawerTest, tellsWhyItCannotSave) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test

@@ -6,7 +6,9 @@
 #include <string>
 #include <vector>
 
-namespace morvik::devkit::testing {
+namespace morvik::test {
+
+using namespace devkit;
 namespace {
 
 using ::testing::ElementsAre;
@@ -92,4 +94,4 @@ TEST_F(VisitorTest, keepsADebtForWhichThereIsNoRoom) {
 }
 
 }  // namespace
-}  // namespace morvik::devkit::testing
+}  // namespace morvik::test
