@@ -63,7 +63,7 @@ class SpawnAttributes {
 
 class SpawnStreams {
  public:
-  explicit SpawnStreams(const Command& command) {
+  explicit SpawnStreams(const CommandLine& command) {
     posix_spawn_file_actions_init(&actions_);
     posix_spawn_file_actions_adddup2(&actions_, command.input, STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions_, command.output, STDOUT_FILENO);
@@ -86,7 +86,7 @@ int statusOf(const siginfo_t& info) {
 
 bool becomeReaper() { return prctl(PR_SET_CHILD_SUBREAPER, 1) == 0; }
 
-Spawned spawn(const Command& command) {
+Spawned spawn(const CommandLine& command) {
   const SpawnAttributes attributes;
   const SpawnStreams streams(command);
   const std::vector<char*> arguments = pointersTo(command.arguments);

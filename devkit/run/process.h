@@ -18,7 +18,8 @@ namespace morvik::devkit {
 /// seen. False where the system cannot do that.
 bool becomeReaper();
 
-struct Command {
+/// What a process is started from.
+struct CommandLine {
   std::vector<std::string> arguments;    ///< the program's path first; it is not searched for
   std::vector<std::string> environment;  ///< further variables, as in "NAME=value"
   int input = -1;
@@ -33,7 +34,7 @@ struct Spawned {
 
 /// Starts a program as the first of a process group of its own, which the keys of a terminal do not
 /// reach, with all signals as a fresh program expects them.
-Spawned spawn(const Command& command);
+Spawned spawn(const CommandLine& command);
 
 /// A process that is a child of this one, or becomes one before long. Its number may be used again
 /// once it is gone; a Process never means anybody else.
