@@ -29,8 +29,8 @@ class VirtualDevice : public SessionDevice {
   Outcome stimulate(std::string_view line) override {
     return devkit::stimulate(server_.device(), line);
   }
-  Outcome stimulate(const Json& request) override {
-    return stimulateByName(server_.device(), request);
+  Outcome request(const Json& stimulus) override {
+    return stimulateByName(server_.device(), stimulus);
   }
   bool isVirtual() const override { return true; }
 
@@ -80,7 +80,7 @@ class RelayedDevice : public SessionDevice {
   std::uint16_t portOf(AppNumber application) const override { return relay_.portOf(application); }
   DeviceView view() const override { return viewOf(shadow_.device()); }
   Outcome stimulate(std::string_view /*line*/) override { return refusal(); }
-  Outcome stimulate(const Json& /*request*/) override { return refusal(); }
+  Outcome request(const Json& /*stimulus*/) override { return refusal(); }
   bool isVirtual() const override { return false; }
 
  private:

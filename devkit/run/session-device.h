@@ -29,7 +29,7 @@ class SessionDevice {
   virtual DeviceView view() const = 0;
   /// Does what the world does to it; refused for a real one.
   virtual Outcome stimulate(std::string_view line) = 0;
-  virtual Outcome stimulate(const Json& request) = 0;
+  virtual Outcome request(const Json& stimulus) = 0;
   /// Whether stimuli are taken.
   virtual bool isVirtual() const = 0;
 };

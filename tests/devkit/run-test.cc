@@ -33,7 +33,7 @@ class RunTest : public DeskTest {
   }
 
   void expectRefusal(const std::vector<std::string>& words, const std::string& reason) {
-    const Outcome outcome = run(command(words));
+    const ProgramResult outcome = run(command(words));
     EXPECT_EQ(outcome.status, 2) << reason;
     EXPECT_THAT(outcome.output, HasSubstr(reason));
   }
@@ -204,7 +204,7 @@ TEST_F(RunTest, endsWhenNobodyReads) {
   write("app", "setTimeout(1, function () { log('again'); return true; });");
   std::string line =
       std::string(MORVIK_DEV) + " run --no-page " + (folder_ / "app") + " | head -n 3";
-  const Outcome outcome = run({"/bin/sh", "-c", line});
+  const ProgramResult outcome = run({"/bin/sh", "-c", line});
   EXPECT_EQ(outcome.status, 0);
   expectNothingLeft();
 }
@@ -263,7 +263,7 @@ TEST_F(RunTest, hasEveryOptionInItsDocument) {
 }
 
 TEST_F(RunTest, saysThatThereIsNoSuchFolder) {
-  const Outcome outcome = run(command({folder_ / "nothing"}));
+  const ProgramResult outcome = run(command({folder_ / "nothing"}));
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.output, HasSubstr("nothing: No such file or directory"));
 }

@@ -50,13 +50,13 @@ class Program {
   std::unique_ptr<Stream> output_;
 };
 
-struct Outcome {
+struct ProgramResult {
   int status;
   std::string output;
 };
 
 /// Runs a program to its end.
-Outcome run(const std::vector<std::string>& command);
+ProgramResult run(const std::vector<std::string>& command);
 
 /// morvik-dev's virtual device, with a state of its own that nothing outlives.
 class VirtualDevice {
