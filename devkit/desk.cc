@@ -98,6 +98,7 @@ std::optional<std::string> Desk::begin() {
   hears_ = std::make_unique<Observation>(device_->events(), ofDevice);
   session_ = std::make_unique<Session>(ofApplications, *device_);
   if (!session_->prepare(plan_.session, trouble)) return trouble;
+  device_->setAppFolders(session_->folders());
   if (auto reason = beginPage()) return reason;
   greet();
   beginKeys();
@@ -228,6 +229,8 @@ void Desk::showEvent(const Event& event) {
     log_.passed(nameOf(received->application), Direction::kFromApplication, *received->message);
   } else if (const auto* sent = std::get_if<Sent>(&event.what)) {
     log_.passed(nameOf(sent->application), Direction::kToApplication, *sent->message);
+  } else if (const auto* doubted = std::get_if<Doubted>(&event.what)) {
+    log_.doubted(nameOf(doubted->application), doubted->doubt);
   } else if (const auto* noted = std::get_if<Noted>(&event.what)) {
     log_.told("device", noted->text, RowLook::kFaint);
   } else if (const auto* trouble = std::get_if<Trouble>(&event.what)) {

@@ -1,10 +1,22 @@
 // Who uses the device, and what is being done.
 #include "device/device.h"
 
+#include <algorithm>
+
 #include "device/features/features.h"
 #include "device/owned.h"
+#include "device/text.h"
 
 namespace morvik::devkit {
+namespace {
+
+bool isKnown(const std::vector<Doubt>& doubts, const Doubt& doubt) {
+  return std::ranges::any_of(doubts, [&](const Doubt& one) {
+    return one.about == doubt.about && one.value == doubt.value;
+  });
+}
+
+}  // namespace
 
 using std::chrono::milliseconds;
 
@@ -46,6 +58,19 @@ void Device::applicationLeft(AppNumber number, const std::string& trouble) {
 const Application* Device::application(AppNumber number) const {
   const auto found = applications_.find(number);
   return found != applications_.end() ? &found->second : nullptr;
+}
+
+void Device::doubt(AppNumber number, Doubt doubt) {
+  const Application* asker = application(number);
+  doubt.value = shortened(doubt.value);
+  if (asker == nullptr || isKnown(asker->doubts, doubt)) return;
+  const auto before = std::ranges::count(asker->doubts, doubt.about, &Doubt::about);
+  if (static_cast<std::size_t>(before) >= kMostDoubts) return;
+  if (static_cast<std::size_t>(before) + 1 == kMostDoubts) {
+    doubt.text += " (more of this kind are not told)";
+  }
+  changeApplication(number, [&](Application& changed) { changed.doubts.push_back(doubt); });
+  events_.raise(Doubted{number, std::move(doubt)});
 }
 
 void Device::after(milliseconds delay, std::function<void()> what) {

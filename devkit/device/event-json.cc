@@ -59,6 +59,12 @@ const char* add(JsonObject& shown, const Stimulated& stimulated) {
   return "stimulus";
 }
 
+const char* add(JsonObject& shown, const Doubted& doubted) {
+  shown.number("application", doubted.application);
+  show(doubted.doubt, shown);
+  return "doubt";
+}
+
 const char* add(JsonObject& shown, const Noted& noted) {
   shown.text("text", noted.text);
   return "note";

@@ -12,6 +12,7 @@
 #include <variant>
 #include <vector>
 
+#include "device/doubt.h"
 #include "device/work.h"
 
 namespace morvik::devkit {
@@ -67,6 +68,12 @@ struct Stimulated {
   std::map<std::string, std::vector<std::string>> arguments;
 };
 
+/// An application was given something that a real device may not give it. Told once for each fact.
+struct Doubted {
+  AppNumber application;
+  Doubt doubt;
+};
+
 /// Something in words that no other event tells.
 struct Noted {
   std::string text;
@@ -80,8 +87,8 @@ struct Trouble {
 
 /// One thing that happened.
 struct Event {
-  using What =
-      std::variant<Came, Left, Received, Sent, Changed, Began, Ended, Stimulated, Noted, Trouble>;
+  using What = std::variant<Came, Left, Received, Sent, Changed, Began, Ended, Stimulated, Doubted,
+                            Noted, Trouble>;
 
   /// 1, 2, 3, ... without a gap, in the order in which things happened.
   std::uint64_t number = 0;

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "device/doubt.h"
 #include "device/work.h"
 
 namespace morvik::devkit {
@@ -113,6 +114,7 @@ struct Application {
   std::string sipId;                  ///< its address for calls, once it told one
   std::string sipDomain;
   Call call;
+  std::vector<Doubt> doubts;  ///< what was told of it, oldest first
 };
 
 }  // namespace morvik::devkit

@@ -33,6 +33,7 @@ void showApplication(const Application& application, JsonObject shown) {
   for (const Feature* feature : features()) {
     if (feature->showApplication != nullptr) feature->showApplication(application, shown);
   }
+  for (const Doubt& doubt : application.doubts) show(doubt, shown.added("doubts"));
 }
 
 }  // namespace
@@ -54,6 +55,10 @@ void show(const Underway& underway, JsonObject shown) {
       .text("request", underway.request)
       .number("begun", underway.begun.count());
   if (underway.length) shown.number("length", underway.length->count());
+}
+
+void show(const Doubt& doubt, JsonObject shown) {
+  shown.text("about", nameOf(doubt.about)).text("value", doubt.value).text("text", doubt.text);
 }
 
 Json toJson(const DeviceView& view) {

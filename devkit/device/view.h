@@ -38,5 +38,7 @@ DeviceView viewOf(const Device& device);
 Json toJson(const DeviceView& view);
 /// One work, as the view and the events have it.
 void show(const Underway& underway, JsonObject shown);
+/// One doubt, likewise.
+void show(const Doubt& doubt, JsonObject shown);
 
 }  // namespace morvik::devkit

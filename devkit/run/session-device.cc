@@ -32,6 +32,9 @@ class VirtualDevice : public SessionDevice {
   Outcome stimulate(const Json& request) override {
     return stimulateByName(server_.device(), request);
   }
+  void setAppFolders(AppFolders folders) override {
+    server_.device().setAppFolders(std::move(folders));
+  }
   bool isVirtual() const override { return true; }
 
  private:
@@ -78,9 +81,15 @@ class RelayedDevice : public SessionDevice {
   Events& events() override { return events_; }
   std::uint16_t port() const override { return relay_.port(); }
   std::uint16_t portOf(AppNumber application) const override { return relay_.portOf(application); }
-  DeviceView view() const override { return viewOf(shadow_.device()); }
+  // A real device answers for itself, so the doubts of the one beside it are none.
+  DeviceView view() const override {
+    DeviceView view = viewOf(shadow_.device());
+    for (auto& [number, application] : view.applications) application.doubts.clear();
+    return view;
+  }
   Outcome stimulate(std::string_view /*line*/) override { return refusal(); }
   Outcome stimulate(const Json& /*request*/) override { return refusal(); }
+  void setAppFolders(AppFolders /*folders*/) override {}
   bool isVirtual() const override { return false; }
 
  private:

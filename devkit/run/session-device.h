@@ -9,6 +9,7 @@
 
 #include "device/events.h"
 #include "device/json.h"
+#include "device/sound-address.h"
 #include "device/stimuli.h"
 #include "device/view.h"
 
@@ -30,6 +31,8 @@ class SessionDevice {
   /// Does what the world does to it; refused for a real one.
   virtual Outcome stimulate(std::string_view line) = 0;
   virtual Outcome stimulate(const Json& request) = 0;
+  /// Where applications have their files, for doubts about what they play.
+  virtual void setAppFolders(AppFolders folders) = 0;
   /// Whether stimuli are taken.
   virtual bool isVirtual() const = 0;
 };

@@ -57,6 +57,12 @@ void Session::start() {
   }
 }
 
+AppFolders Session::folders() const {
+  AppFolders folders;
+  for (const auto& app : apps_) folders[app->name()] = app->folder();
+  return folders;
+}
+
 RunningApp* Session::app(const std::string& name) const {
   const auto found = std::ranges::find(apps_, name, [](const auto& app) { return app->name(); });
   return found != apps_.end() ? found->get() : nullptr;

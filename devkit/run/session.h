@@ -43,6 +43,8 @@ class Session {
   void start();
 
   const std::vector<std::unique_ptr<RunningApp>>& apps() const { return apps_; }
+  /// Their folders by their names.
+  AppFolders folders() const;
   /// Null when there is none of this name.
   RunningApp* app(const std::string& name) const;
 

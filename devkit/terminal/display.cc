@@ -47,6 +47,10 @@ void Display::show(const Sent& sent) const {
        describe(message) + markOf(message.correlationid()));
 }
 
+void Display::show(const Doubted& doubted) const {
+  line(appName(doubted.application), Look::kDoubtful, "??", printable(doubted.doubt.text));
+}
+
 void Display::show(const Noted& noted) const {
   line("device", Look::kFaint, "--", shortened(noted.text));
 }
@@ -64,10 +68,11 @@ void Display::line(const std::string& whom, Look look, const char* direction,
 
 std::string Display::painted(Look look, const std::string& text) const {
   if (colors_ == Colors::kOff) return text;
-  const char* code = look == Look::kIn    ? "36"
-                     : look == Look::kOut ? "32"
-                     : look == Look::kBad ? "1;31"
-                                          : "2";
+  const char* code = look == Look::kIn         ? "36"
+                     : look == Look::kOut      ? "32"
+                     : look == Look::kDoubtful ? "33"
+                     : look == Look::kBad      ? "1;31"
+                                               : "2";
   return "\033[" + std::string(code) + 'm' + text + "\033[0m";
 }
 

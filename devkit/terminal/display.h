@@ -29,12 +29,13 @@ class Display : public Observer {
   void show(const Left& left) const;
   void show(const Received& received) const;
   void show(const Sent& sent) const;
+  void show(const Doubted& doubted) const;
   void show(const Noted& noted) const;
   void show(const Trouble& trouble) const;
   template <class Other>
   void show(const Other& /*other*/) const {}
 
-  enum class Look { kFaint, kIn, kOut, kBad };
+  enum class Look { kFaint, kIn, kOut, kDoubtful, kBad };
   void line(const std::string& whom, Look look, const char* direction,
             const std::string& what) const;
   std::string painted(Look look, const std::string& text) const;

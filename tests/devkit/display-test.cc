@@ -134,6 +134,11 @@ TEST_F(DisplayTest, showsWhatHappensToTheDevice) {
   EXPECT_THAT(lines_, ElementsAre(EndsWith(" device --  wrote?a file")));
 }
 
+TEST_F(DisplayTest, showsDoubts) {
+  show(Doubted{2, {Doubt::About::kColor, "rde", "no\ncolour"}});
+  EXPECT_THAT(lines_, ElementsAre(EndsWith(" app 2 ??  no?colour")));
+}
+
 TEST_F(DisplayTest, cutsWhatIsTooLongToRead) {
   show(Noted{std::string(5000, 'x')});
   EXPECT_THAT(lines_, ElementsAre(EndsWith(" device --  " + std::string(200, 'x') + " ...")));

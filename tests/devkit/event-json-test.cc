@@ -52,6 +52,8 @@ TEST(EventJson, hasAFormForEveryKind) {
       {Stimulated{"stop", 2, {}}, R"("stimulus","name":"stop","application":2,"arguments":{})"},
       {Stimulated{"button", {}, {{"type", {"SIMPLE"}}}},
        R"("stimulus","name":"button","arguments":{"type":["SIMPLE"]})"},
+      {Doubted{1, {Doubt::About::kEar, "left 17", "too far"}},
+       R"("doubt","application":1,"about":"ear","value":"left 17","text":"too far")"},
       {Noted{"a \"note\""}, R"("note","text":"a \"note\"")"},
       {Trouble{1, "oh"}, R"("trouble","application":1,"text":"oh")"},
       {Trouble{{}, "oh"}, R"("trouble","text":"oh")"},

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "device/colors.h"
 #include "device/features/features.h"
 #include "device/text.h"
 #include "device/view.h"
@@ -35,6 +36,28 @@ std::optional<Led> wantedBy(const zeph::Led& command) {
   return std::nullopt;
 }
 
+std::string changeInWords(const Led& led) {
+  const std::string period = inMilliseconds(static_cast<int>(led.period.count()));
+  return led.effect == "fade" ? "a fade of " + period
+                              : std::to_string(led.count) + " pulses of " + period;
+}
+
+// In the place of a change that takes no time stands a light.
+void doubtLed(const Exchange& exchange, const Led& wanted) {
+  if (!isKnownColor(wanted.color)) {
+    exchange.doubt(Doubt::About::kColor, wanted.color,
+                   "the LED may not know the colour " + cited(wanted.color) +
+                       ": write a name such as red, or #rrggbb");
+  }
+  if (wanted.effect == "light" || wanted.period * std::int64_t{wanted.count} > milliseconds(0)) {
+    return;
+  }
+  const std::string change = changeInWords(wanted);
+  exchange.doubt(Doubt::About::kFade, change,
+                 "nothing is to be seen of " + change +
+                     ", and a device may refuse it: give it some time, or use light");
+}
+
 }  // namespace
 
 // A light is done at once; everything else takes its periods.
@@ -45,6 +68,7 @@ void answerLedCommand(const Exchange& exchange, const zeph::Led& command, Work w
     exchange.respond(zeph::ERROR, "the LED needs a colour to light, fade or pulse");
     return;
   }
+  doubtLed(exchange, *wanted);
   exchange.device().change(part, [&](DeviceState& state) {
     wanted->from = place(state).color;
     place(state) = *wanted;

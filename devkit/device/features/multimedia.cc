@@ -68,6 +68,9 @@ zeph::ZephMsg playerMessage(zeph::MultimediaCallback::TypeAction action) {
 
 void play(const Exchange& exchange, const std::string& url) {
   Device& device = exchange.device();
+  if (const auto doubt = doubtOfSound(url, device.state().library, device.appFolders())) {
+    device.doubt(exchange.application().number, *doubt);
+  }
   device.end(Work::kSound, zeph::CANCELLED);
   device.change("player", [&](DeviceState& state) { state.player = {Mode::kPlaying, url}; });
   exchange.respond(zeph::OK);
