@@ -227,8 +227,10 @@ void Desk::showEvent(const Event& event) {
     log_.told(nameOf(came->application), "connected", RowLook::kFaint);
   } else if (const auto* received = std::get_if<Received>(&event.what)) {
     log_.passed(nameOf(received->application), Direction::kFromApplication, *received->message);
-  } else if (const auto* sent = std::get_if<Sent>(&event.what)) {
-    log_.passed(nameOf(sent->application), Direction::kToApplication, *sent->message);
+  } else if (const auto* sent = std::get_if<Sent>(&event.what);
+             sent != nullptr && !isRepeated(*sent)) {
+    log_.passed(sent->together.empty() ? nameOf(sent->application) : "all",
+                Direction::kToApplication, *sent->message);
   } else if (const auto* doubted = std::get_if<Doubted>(&event.what)) {
     log_.doubted(nameOf(doubted->application), doubted->doubt);
   } else if (const auto* noted = std::get_if<Noted>(&event.what)) {

@@ -80,11 +80,13 @@ void Device::after(milliseconds delay, std::function<void()> what) {
   });
 }
 
-void Device::send(AppNumber to, zeph::ZephMsg message) {
+void Device::send(AppNumber to, zeph::ZephMsg message) { pass(to, std::move(message), {}); }
+
+void Device::pass(AppNumber to, zeph::ZephMsg message, std::vector<AppNumber> together) {
   if (application(to) == nullptr) return;
   message.set_id(GText(g_uuid_string_random()).get());
   const auto passed = std::make_shared<const zeph::ZephMsg>(std::move(message));
-  events_.raise(Sent{to, passed});
+  events_.raise(Sent{to, passed, std::move(together)});
   outlet_.send(to, *passed, deliveryTo(to));
 }
 
@@ -95,8 +97,15 @@ Delivery Device::deliveryTo(AppNumber application) {
   return delivery;
 }
 
+void Device::sendTo(const std::vector<AppNumber>& to, const zeph::ZephMsg& message) {
+  const std::vector<AppNumber> together = to.size() > 1 ? to : std::vector<AppNumber>{};
+  for (const AppNumber number : to) pass(number, message, together);
+}
+
 void Device::sendToAll(const zeph::ZephMsg& message) {
-  for (const auto& [number, application] : applications_) send(number, message);
+  std::vector<AppNumber> everybody;
+  for (const auto& [number, application] : applications_) everybody.push_back(number);
+  sendTo(everybody, message);
 }
 
 void Device::begin(Work work, Order order, milliseconds length) {

@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "device/events.h"
 #include "device/faults.h"
@@ -93,6 +94,8 @@ class Device {
 
   /// The message is given an id. One for an application that is gone is dropped.
   void send(AppNumber to, zeph::ZephMsg message);
+  /// The same to several; `to` are applications that are there.
+  void sendTo(const std::vector<AppNumber>& to, const zeph::ZephMsg& message);
   void sendToAll(const zeph::ZephMsg& message);
   void drop(AppNumber application) { outlet_.drop(application); }
   void after(std::chrono::milliseconds delay, std::function<void()> what);
@@ -109,6 +112,7 @@ class Device {
   std::optional<Underway> take(Work work);
 
  private:
+  void pass(AppNumber to, zeph::ZephMsg message, std::vector<AppNumber> together);
   Delivery deliveryTo(AppNumber application);
 
   Outlet& outlet_;

@@ -32,6 +32,7 @@ const char* add(JsonObject& shown, const Received& received) {
 
 const char* add(JsonObject& shown, const Sent& sent) {
   shown.number("application", sent.application).member("message", toJson(*sent.message));
+  if (!sent.together.empty()) shown.member("together", sent.together);
   return "sent";
 }
 

@@ -40,7 +40,15 @@ struct Received {
 struct Sent {
   AppNumber application;
   PassedMessage message;
+  /// All applications that are sent the same at once, each under an id of its own, in the order in
+  /// which that is told; empty for a message to one alone.
+  std::vector<AppNumber> together = {};
 };
+
+/// Of a message that goes to several applications, the first is enough for a reader.
+inline bool isRepeated(const Sent& sent) {
+  return !sent.together.empty() && sent.application != sent.together.front();
+}
 
 /// A part of the view is no longer what it was: one of the names at the top of the view's JSON
 /// form, such as "led" or "applications". Told after the change.

@@ -42,8 +42,9 @@ void Display::show(const Received& received) const {
 }
 
 void Display::show(const Sent& sent) const {
+  if (isRepeated(sent)) return;
   const zeph::ZephMsg& message = *sent.message;
-  line(appName(sent.application), Look::kOut, "<-",
+  line(sent.together.empty() ? appName(sent.application) : "all", Look::kOut, "<-",
        describe(message) + markOf(message.correlationid()));
 }
 

@@ -2,8 +2,9 @@
 //   12:00:01.123 app 1 ->  led light red  #3f2a
 //   12:00:01.124 app 1 <-  response OK  #3f2a
 //   12:00:02.001 device --  wrote /tmp/picture.jpg
+//   12:00:03.000 all <-  buttonCallback { type: SIMPLE }
 // An arrow to the right is a message from the application. Equal marks at the end belong together:
-// they are the first characters of the request's id.
+// they are the first characters of the request's id. What is sent to every application stands once.
 #pragma once
 
 #include <functional>

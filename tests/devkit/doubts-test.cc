@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include <nlohmann/json.hpp>
+
 #include "bench.h"
 #include "device/colors.h"
 #include "device/doubt.h"

@@ -44,6 +44,8 @@ TEST(EventJson, hasAFormForEveryKind) {
       {Left{1}, R"("left","application":1)"},
       {Received{1, passed(fade())}, R"("received","application":1,)" + message},
       {Sent{2, passed(fade())}, R"("sent","application":2,)" + message},
+      {Sent{2, passed(fade()), {1, 2}},
+       R"("sent","application":2,)" + message + R"(,"together":[1,2])"},
       {Changed{"led"}, R"("changed","part":"led")"},
       {Began{underway}, R"("began",)" + work + R"(,"length":500)"},
       {Began{resting}, R"("began",)" + work},
