@@ -216,9 +216,7 @@ std::string Desk::nameOf(AppNumber application) {
 
 void Desk::happened(const Event& event) {
   showEvent(event);
-  if (const auto* left = std::get_if<Left>(&event.what); left != nullptr && session_) {
-    session_->forget(left->application);
-  }
+  if (session_) session_->hear(event);
   if (page_) page_->happened(event);
 }
 

@@ -91,6 +91,8 @@ struct Noted {
 struct Trouble {
   std::optional<AppNumber> application;
   std::string text;
+  /// Behind a relay, why there was no device server to pass the application on to; empty otherwise.
+  std::string serverMissing = {};
 };
 
 /// One thing that happened.

@@ -88,6 +88,18 @@ AppNumber Session::numberOf(const RunningApp& app) const {
   return number;
 }
 
+void Session::hear(const Event& event) {
+  if (const auto* trouble = std::get_if<Trouble>(&event.what);
+      trouble != nullptr && trouble->application && !trouble->serverMissing.empty()) {
+    if (RunningApp* app = appOf(*trouble->application)) app->serverMissing(trouble->serverMissing);
+  } else if (const auto* sent = std::get_if<Sent>(&event.what)) {
+    const auto known = owners_.find(sent->application);
+    if (known != owners_.end()) known->second->serverMissing("");
+  } else if (const auto* left = std::get_if<Left>(&event.what)) {
+    owners_.erase(left->application);
+  }
+}
+
 std::string shownNameOf(const fs::path& folder) {
   std::error_code error;
   return launchName(fs::weakly_canonical(folder, error).filename());

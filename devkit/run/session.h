@@ -53,8 +53,8 @@ class Session {
   RunningApp* appOf(AppNumber number);
   /// The number that an application has at the device since its last launch; 0 before it connects.
   AppNumber numberOf(const RunningApp& app) const;
-  /// It has left the device.
-  void forget(AppNumber number) { owners_.erase(number); }
+  /// What happens at the device, for what is known of its applications.
+  void hear(const Event& event);
 
  private:
   void add(RunningAppPlan plan);
