@@ -28,6 +28,12 @@ std::vector<std::string> namesOf(const std::vector<std::filesystem::path>& folde
   return names;
 }
 
+// The device knows numbers, the session names.
+bool asksForApps(const std::string& line) {
+  const GText text(g_strdup(line.c_str()));
+  return g_strstrip(text.get()) == std::string_view("apps");
+}
+
 gboolean quitLater(gpointer untilTold) {
   static_cast<UntilTold*>(untilTold)->quit();
   return G_SOURCE_REMOVE;
@@ -167,6 +173,7 @@ void Desk::obey(const KeyCommand& command) {
 }
 
 void Desk::stimulate(const std::string& line) {
+  if (asksForApps(line)) return view_.showText(session_->inWords());
   const Outcome outcome = device_->stimulate(line);
   if (!outcome.text.empty()) view_.showText(outcome.text);
 }

@@ -1,11 +1,14 @@
 // The picture taken, and written part by part.
 #include "device/view.h"
 
+#include <algorithm>
+
 #include <nlohmann/json.hpp>
 
 #include "device/device.h"
 #include "device/features/features.h"
 #include "device/payload.h"
+#include "device/text.h"
 
 namespace morvik::devkit {
 namespace {
@@ -47,6 +50,17 @@ DeviceView viewOf(const Device& device) {
   view.faults = device.faults();
   addKept(view, device.store());
   return view;
+}
+
+const Underway* underwayIn(const DeviceView& view, Work work) {
+  const auto found = std::ranges::find(view.works, work, &Underway::work);
+  return found != view.works.end() ? &*found : nullptr;
+}
+
+std::string timeLeftOf(const DeviceView& view, const Underway& underway) {
+  if (!underway.length) return "at rest";
+  const auto left = underway.begun + *underway.length - view.time;
+  return inMilliseconds(static_cast<int>(std::max<std::int64_t>(left.count(), 0))) + " more";
 }
 
 void show(const Underway& underway, JsonObject shown) {

@@ -46,7 +46,7 @@ class Shadow : private Outlet, private Observer {
  public:
   explicit Shadow(Events& events) : device_(*this, agenda_), hears_(events, *this) {}
 
-  const Device& device() const { return device_; }
+  Device& device() { return device_; }
 
  private:
   void send(AppNumber /*to*/, const zeph::ZephMsg& /*message*/,
@@ -87,7 +87,9 @@ class RelayedDevice : public SessionDevice {
     for (auto& [number, application] : view.applications) application.doubts.clear();
     return view;
   }
-  Outcome stimulate(std::string_view /*line*/) override { return refusal(); }
+  Outcome stimulate(std::string_view line) override {
+    return isQuestion(line) ? devkit::stimulate(shadow_.device(), line) : refusal();
+  }
   Outcome stimulate(const Json& /*request*/) override { return refusal(); }
   void setAppFolders(AppFolders /*folders*/) override {}
   bool isVirtual() const override { return false; }
@@ -100,7 +102,7 @@ class RelayedDevice : public SessionDevice {
   Agenda agenda_;
   Events events_;
   Relay relay_;
-  Shadow shadow_{events_};
+  mutable Shadow shadow_{events_};
 };
 
 }  // namespace

@@ -28,7 +28,8 @@ class SessionDevice {
   virtual std::uint16_t portOf(AppNumber application) const = 0;
   /// What is known of it: everything of a virtual one, of a real one what messages tell.
   virtual DeviceView view() const = 0;
-  /// Does what the world does to it; refused for a real one.
+  /// Does what the world does to it. A real one refuses that, and answers questions as far as it is
+  /// known.
   virtual Outcome stimulate(std::string_view line) = 0;
   virtual Outcome stimulate(const Json& request) = 0;
   /// Where applications have their files, for doubts about what they play.

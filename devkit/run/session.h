@@ -53,6 +53,8 @@ class Session {
   RunningApp* appOf(AppNumber number);
   /// The number that an application has at the device since its last launch; 0 before it connects.
   AppNumber numberOf(const RunningApp& app) const;
+  /// All of them in lines for a reader: name, state and its number at the device.
+  std::string inWords() const;
   /// What happens at the device, for what is known of its applications.
   void hear(const Event& event);
 

@@ -155,6 +155,15 @@ void tellOfEars(Stimulation& stimulation) {
   }
 }
 
+std::string atAGlance(const DeviceView& view) {
+  const auto& [left, right] = view.state.ears;
+  const std::string stand = "left " + std::to_string(left) + ", right " + std::to_string(right);
+  if (underwayIn(view, Work::kEars) == nullptr) return stand;
+  const Ears& towards = view.state.earsTowards;
+  return stand + ", turn to " + std::to_string(towards.left) + " and " +
+         std::to_string(towards.right);
+}
+
 void show(const DeviceView& view, JsonObject& whole) {
   const auto& [left, right] = view.state.ears;
   JsonObject shown = whole.object("ears");
@@ -195,9 +204,11 @@ constexpr Stimulus kStimuli[] = {
     {"ears", Stimulus::Group::kBody, Stimulus::For::kApplications, kTell,
      "tell one thing of an ear; a blocked ear stops what the ears are doing", tellOfEars},
 };
+constexpr Glance kGlances[] = {{"ears", atAGlance}};
 
 }  // namespace
 
-constinit const Feature kEarsFeature = {.commands = kCommands, .stimuli = kStimuli, .show = show};
+constinit const Feature kEarsFeature = {
+    .commands = kCommands, .stimuli = kStimuli, .glances = kGlances, .show = show};
 
 }  // namespace morvik::devkit

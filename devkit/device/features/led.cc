@@ -94,6 +94,14 @@ std::string ledInWords(const zeph::Led& command) {
   return "led light " + printable(command.light().color());
 }
 
+std::string ledAtAGlance(const DeviceView& view, const Led& led, Work work) {
+  if (led.color.empty()) return "not lit yet";
+  const Underway* underway = underwayIn(view, work);
+  if (underway == nullptr) return led.color;
+  return led.color + (led.effect == "fade" ? ", fades for " : ", pulses for ") +
+         timeLeftOf(view, *underway);
+}
+
 void showLed(const Led& led, JsonObject shown) {
   shown.text("color", led.color).text("effect", led.effect);
   if (led.effect == "light") return;
@@ -109,15 +117,21 @@ void answer(const Exchange& exchange) {
 
 std::string inWords(const zeph::ZephMsg& message) { return ledInWords(message.led()); }
 
+std::string atAGlance(const DeviceView& view) {
+  return ledAtAGlance(view, view.state.led, Work::kLed);
+}
+
 void show(const DeviceView& view, JsonObject& whole) {
   showLed(view.state.led, whole.object("led"));
 }
 
 constexpr Command kCommands[] = {{zeph::ZephMsg::kLedFieldNumber, Command::Needs::kGrant, answer}};
 constexpr Words kWords[] = {{zeph::ZephMsg::kLedFieldNumber, inWords}};
+constexpr Glance kGlances[] = {{"LED", atAGlance}};
 
 }  // namespace
 
-constinit const Feature kLedFeature = {.commands = kCommands, .words = kWords, .show = show};
+constinit const Feature kLedFeature = {
+    .commands = kCommands, .words = kWords, .glances = kGlances, .show = show};
 
 }  // namespace morvik::devkit

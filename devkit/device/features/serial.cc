@@ -124,6 +124,15 @@ void showLine(const SerialPort::Line& line, JsonObject shown) {
   shown.text("direction", line.written ? "written" : "read").text("text", line.text);
 }
 
+std::string atAGlance(const DeviceView& view) {
+  std::string open;
+  for (const auto& [name, port] : view.state.ports) {
+    if (!port.open) continue;
+    open += (open.empty() ? "" : ", ") + cited(name) + " at " + std::to_string(port.baud) + " baud";
+  }
+  return open;
+}
+
 void show(const DeviceView& view, JsonObject& whole) {
   whole.list("ports");
   for (const auto& [name, port] : view.state.ports) {
@@ -149,9 +158,11 @@ constexpr Command kCommands[] = {
 };
 constexpr Stimulus kStimuli[] = {{"serial", Stimulus::Group::kAround, Stimulus::For::kApplications,
                                   kLine, "let a line come in on a serial port", letLineIn}};
+constexpr Glance kGlances[] = {{"serial", atAGlance}};
 
 }  // namespace
 
-constinit const Feature kSerialFeature = {.commands = kCommands, .stimuli = kStimuli, .show = show};
+constinit const Feature kSerialFeature = {
+    .commands = kCommands, .stimuli = kStimuli, .glances = kGlances, .show = show};
 
 }  // namespace morvik::devkit
