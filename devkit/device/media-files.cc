@@ -39,8 +39,6 @@ constexpr unsigned char kSilence[] = {
 
 namespace fs = std::filesystem;
 
-using std::string_view_literals::operator""sv;
-
 fs::path wholePath(const std::string& path) {
   if (path.starts_with("~/")) return fs::path(g_get_home_dir()) / path.substr(2);
   std::error_code ignored;
@@ -76,8 +74,8 @@ std::string read(const fs::path& path, std::string& bytes) {
 
 }  // namespace
 
-constinit const MediaKind kPicture{"/tmp/picture.jpg", "JPEG", "\xff\xd8\xff"sv, kGreyPicture};
-constinit const MediaKind kRecording{"/tmp/record.flac", "FLAC", "fLaC"sv, kSilence};
+constinit const MediaKind kPicture{"/tmp/picture.jpg", "JPEG", "\xff\xd8\xff", kGreyPicture};
+constinit const MediaKind kRecording{"/tmp/record.flac", "FLAC", "fLaC", kSilence};
 
 std::optional<ChosenFile> readMedia(const MediaKind& kind, const std::string& path,
                                     std::string& trouble) {

@@ -63,7 +63,9 @@ void tellState(Stimulation& stimulation) {
   std::size_t width = 0;
   for (const StateLine& line : lines) width = std::max(width, line.label.size());
   for (const auto& [label, text] : lines) {
-    stimulation.tell(label + std::string(width - label.size() + 2, ' ') + text + '\n');
+    std::string line = label;
+    line.resize(width + 2, ' ');
+    stimulation.tell(line.append(text) + '\n');
   }
 }
 

@@ -157,7 +157,7 @@ void tellOfEars(Stimulation& stimulation) {
 
 std::string atAGlance(const DeviceView& view) {
   const auto& [left, right] = view.state.ears;
-  const std::string stand = "left " + std::to_string(left) + ", right " + std::to_string(right);
+  std::string stand = "left " + std::to_string(left) + ", right " + std::to_string(right);
   if (underwayIn(view, Work::kEars) == nullptr) return stand;
   const Ears& towards = view.state.earsTowards;
   return stand + ", turn to " + std::to_string(towards.left) + " and " +

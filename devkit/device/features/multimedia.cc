@@ -210,7 +210,7 @@ std::string playerAtAGlance(const DeviceView& view) {
 std::string recorderAtAGlance(const DeviceView& view) {
   const Underway* underway = underwayIn(view, Work::kRecord);
   const ChosenFile& chosen = view.state.recordingFile;
-  const std::string hears = chosen.bytes ? "recordings hold " + chosen.path : "";
+  std::string hears = chosen.bytes ? "recordings hold " + chosen.path : "";
   if (underway == nullptr) return hears;
   return "records for " + timeLeftOf(view, *underway) + (hears.empty() ? "" : ", " + hears);
 }

@@ -24,7 +24,7 @@ void answer(const Exchange& exchange) {
 
 std::string atAGlance(const DeviceView& view) {
   const ChosenFile& picture = view.state.picture;
-  const std::string shows = picture.bytes ? "photos show " + picture.path : "";
+  std::string shows = picture.bytes ? "photos show " + picture.path : "";
   if (underwayIn(view, Work::kPhoto) == nullptr) return shows;
   return "takes" + quotedIfAny(view.state.photo) + (shows.empty() ? "" : ", " + shows);
 }
