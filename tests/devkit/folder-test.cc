@@ -142,7 +142,7 @@ class StaleLinksTest : public FolderTest {
  protected:
   // As it is left behind by one that was killed: nobody holds it.
   fs::path leave(const std::string& name) const {
-    const fs::path path = temporary_ / name;
+    fs::path path = temporary_ / name;
     fs::remove_all(path);
     fs::create_directory(path);
     fs::create_directory_symlink(folder_, path / "app");
