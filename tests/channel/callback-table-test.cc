@@ -4,8 +4,8 @@
 
 #include "channel/dispatch.h"
 #include "host/morvik-data.h"
+#include "support/text-message.h"
 #include "support/unit/log-texts.h"
-#include "support/unit/text-message.h"
 
 namespace morvik::test {
 namespace {

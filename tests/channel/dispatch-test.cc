@@ -6,8 +6,8 @@
 #include "channel/callback-table.h"
 #include "channel/timers.h"
 #include "host/morvik-data.h"
+#include "support/text-message.h"
 #include "support/unit/log-texts.h"
-#include "support/unit/text-message.h"
 
 namespace morvik::test {
 namespace {

@@ -6,7 +6,7 @@
 #include <set>
 
 #include "support/fresh-id.h"
-#include "support/unit/text-message.h"
+#include "support/text-message.h"
 
 namespace morvik::test {
 namespace {

@@ -3,8 +3,8 @@
 #include "channel/pump.h"
 
 #include "channel/connection.h"
+#include "support/text-message.h"
 #include "support/unit/script-test.h"
-#include "support/unit/text-message.h"
 
 namespace morvik::test {
 namespace {

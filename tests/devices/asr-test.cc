@@ -1,8 +1,8 @@
 // morvik.asr: the one result that a request waits for, and its meaning.
 #include "features/asr-meanings.h"
+#include "support/text-message.h"
 #include "support/unit/feature-test.h"
 #include "support/unit/log-texts.h"
-#include "support/unit/text-message.h"
 
 namespace morvik::test {
 namespace {

@@ -249,12 +249,7 @@ TEST_F(InteractiveModeTest, stopWhileAStartIsPendingIsRefused) {
 
 TEST_F(InteractiveModeTest, stopSendsTheIdOnTheEnvelopeAndChangesNothing) {
   interactive("log(typeof morvik.stop()); morvik.led.light('still'); morvik.stop();");
-  const zeph::ZephMsg stop = device.receive();
-  zeph::ZephMsg expected;
-  expected.set_id(stop.id());
-  expected.set_interactiveid(interactiveId);
-  expected.mutable_interactivemode()->set_action(zeph::InteractiveMode::STOP);
-  EXPECT_EQ(stop.DebugString(), expected.DebugString());
+  expectRequest("interactiveMode { action: STOP }");
   EXPECT_EQ(app.logged(), "undefined");
   EXPECT_EQ(device.receive().led().light().color(), "still");
   EXPECT_EQ(device.receive().interactivemode().action(), zeph::InteractiveMode::STOP);

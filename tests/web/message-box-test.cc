@@ -4,8 +4,8 @@
 #include <cstdio>
 
 #include "features/features.h"
+#include "support/text-message.h"
 #include "support/unit/feature-test.h"
-#include "support/unit/text-message.h"
 
 namespace morvik::test {
 namespace {

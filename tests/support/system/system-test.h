@@ -129,6 +129,9 @@ class DeviceTest : public SystemTest {
   void connect(std::string_view script, const std::vector<std::string>& accesses = {"led"});
   // Runs the script when interactive mode is granted, and grants it.
   void interactive(std::string_view script, const std::vector<std::string>& accesses = {"led"});
+  // The next message is a request in interactive mode: a fresh id, the interactive id, and this
+  // payload in text form, and nothing else.
+  void expectRequest(const std::string& payload);
   // Waits for a request of the application and answers it.
   zeph::ZephMsg receiveAndReply(std::string_view code = "OK");
 
