@@ -34,12 +34,17 @@ TEST(RelayedDevice, isSeenByWhatApplicationsSend) {
   EXPECT_THAT(outcome.text, HasSubstr("this is a real device"));
 }
 
-TEST(VirtualDevice, isTheOneThatApplicationsUse) {
+class VirtualDeviceTest : public ::testing::Test {
+ protected:
+  void SetUp() override { ASSERT_NE(device, nullptr) << trouble; }
+
   Loop loop;
-  const test::TemporaryFolder state;
+  TemporaryFolder state;
   std::string trouble;
-  const auto device = makeVirtualDevice(0, state.path(), trouble);
-  ASSERT_NE(device, nullptr) << trouble;
+  std::unique_ptr<SessionDevice> device = makeVirtualDevice(0, state.path(), trouble);
+};
+
+TEST_F(VirtualDeviceTest, isTheOneThatApplicationsUse) {
   AppClient app(loop, device->port());
   app.ask(startRequest("our-id"));
   EXPECT_TRUE(device->stimulate("button SIMPLE").done);
@@ -48,13 +53,8 @@ TEST(VirtualDevice, isTheOneThatApplicationsUse) {
   EXPECT_EQ(device->portOf(2), 0);
 }
 
-TEST(VirtualDevice, saysThatItsPortIsTaken) {
-  Loop loop;
-  const test::TemporaryFolder state;
-  std::string trouble;
-  const auto first = makeVirtualDevice(0, state.path(), trouble);
-  ASSERT_NE(first, nullptr) << trouble;
-  EXPECT_EQ(makeVirtualDevice(first->port(), state.path(), trouble), nullptr);
+TEST_F(VirtualDeviceTest, saysThatItsPortIsTaken) {
+  EXPECT_EQ(makeVirtualDevice(device->port(), state.path(), trouble), nullptr);
   EXPECT_THAT(trouble, HasSubstr(" is in use"));
 }
 
