@@ -10,8 +10,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-
 class CallbackTableTest : public testing::Test {
  protected:
   ~CallbackTableTest() override { releaseCallbacks(); }

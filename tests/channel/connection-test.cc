@@ -23,8 +23,6 @@ namespace morvik::test {
 namespace {
 
 using namespace std::string_literals;
-using testing::ElementsAre;
-using testing::KilledBySignal;
 
 // Two ends of a socket. With SOCK_SEQPACKET every piece that is written is read on its own, so a
 // test says where a stream is split.

@@ -8,8 +8,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-
 using Lines = std::vector<std::string>;
 
 class DeviceInfoTest : public ScriptTest {

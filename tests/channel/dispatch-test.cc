@@ -12,8 +12,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-
 using Journal = std::vector<std::string>;
 
 // Hears a message as `hear` tells it to, and notes when it goes.

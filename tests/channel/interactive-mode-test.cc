@@ -11,9 +11,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::ExitedWithCode;
-
 using Lines = std::vector<std::string>;
 
 class InteractiveModeTest : public ScriptTest {

@@ -1,11 +1,10 @@
 // Fresh messages, enum names, and what is kept of payloads that do not parse.
 #include "channel/message.h"
 
-#include <gmock/gmock.h>
-
 #include <set>
 
 #include "support/fresh-id.h"
+#include "support/matchers.h"
 #include "support/text-message.h"
 
 namespace morvik::test {

@@ -9,8 +9,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-
 class PumpOnTheLoopTest : public ScriptTest {
  protected:
   PumpOnTheLoopTest() { run("morvik.button.addListener(function(p) { log(p); return true; })"); }

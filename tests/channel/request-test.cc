@@ -17,7 +17,6 @@ namespace morvik::test {
 namespace {
 
 using namespace std::string_literals;
-using testing::ElementsAre;
 
 std::string read;  // what a function read of its arguments
 

@@ -7,8 +7,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-
 constexpr const char* kCall = "morvik.asr.string('oui|non', 'fr', tell)";
 
 class AsrTest : public FeatureTest {

@@ -5,8 +5,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-
 constexpr const char* kPress = "buttonCallback { type: SIMPLE }";
 
 class ButtonTest : public FeatureTest {

@@ -9,8 +9,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-
 int listenersAlive = 0;
 
 // Hears schedule events and tells their uuid.

@@ -5,8 +5,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-
 class MultimediaTest : public FeatureTest {};
 
 std::string playing(const std::string& url) {

@@ -5,8 +5,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-
 class RfidTest : public FeatureTest {
  protected:
   // What the listener logs of a tag with this one field beside its id.

@@ -10,8 +10,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-
 constexpr const char* kLine =
     "serialCallback { readline { port: '/dev/p' data: 'abc' base: 'h' } }";
 constexpr const char* kPuts = "call onMessage\ncast\narg0\n";

@@ -1,19 +1,16 @@
 // The device of a session: a real one behind the relay is known by what its applications send.
 #include "run/session-device.h"
 
-#include <gmock/gmock.h>
-
 #include "app-client.h"
 #include "loop.h"
 #include "server/device-server.h"
+#include "support/matchers.h"
 #include "support/temporary-folder.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::HasSubstr;
 
 TEST(RelayedDevice, isSeenByWhatApplicationsSend) {
   Loop loop;

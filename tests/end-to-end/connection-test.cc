@@ -1,22 +1,16 @@
 // morvik.connect and the frames on the connection: what is sent, how what comes is put together,
 // and how an application ends when its connection fails.
-#include <gmock/gmock.h>
 #include <signal.h>
 #include <syslog.h>
 
 #include <string>
 #include <vector>
 
+#include "support/matchers.h"
 #include "support/system/system-test.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
 
 constexpr char kLengthFailed[] = "Failed to receive bytes length from server";
 constexpr char kPayloadFailed[] = "Failed to receive bytes from server";

@@ -1,21 +1,16 @@
 // What becomes of a script's uncaught exceptions: one report in the log, nothing on standard
 // output, and the application goes on.
-#include <gmock/gmock.h>
 #include <syslog.h>
 
 #include <algorithm>
 #include <string>
 #include <vector>
 
+#include "support/matchers.h"
 #include "support/system/system-test.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::ElementsAre;
-using testing::ElementsAreArray;
-using testing::SizeIs;
-using testing::StartsWith;
 
 struct Report {
   std::string name;

@@ -12,10 +12,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::ElementsAreArray;
-using testing::MatchesRegex;
-
 constexpr char kLocations[] = R"(
   types {
     text/html html; text/plain txt; text/xml xml;

@@ -1,20 +1,15 @@
 // Interactive mode: asking for it, getting it or being refused, giving it up, and the stop notice.
-#include <gmock/gmock.h>
 #include <syslog.h>
 
 #include <algorithm>
 #include <string>
 #include <vector>
 
+#include "support/matchers.h"
 #include "support/system/system-test.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::Contains;
-using testing::ElementsAre;
-using testing::MatchesRegex;
-using testing::Not;
 
 constexpr char kStopNotice[] = "interactive mode stopped, autokill in 300000ms";
 constexpr char kStopped[] = "interactive mode stopped, autokill";

@@ -1,17 +1,15 @@
 // What a script's functions hear of the answers to ping, info and the LED.
-#include <gmock/gmock.h>
 #include <syslog.h>
 
 #include <algorithm>
 #include <string>
 #include <vector>
 
+#include "support/matchers.h"
 #include "support/system/system-test.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::ElementsAre;
 
 // --- codes
 

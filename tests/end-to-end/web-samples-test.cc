@@ -19,8 +19,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::HasSubstr;
-
 constexpr char kWeather[] = "weather";
 constexpr char kPhotoUpload[] = "photo-upload";
 constexpr char kSignedRequest[] = "signed-request";

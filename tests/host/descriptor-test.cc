@@ -10,9 +10,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::ExitedWithCode;
-
 void answerWithData(const Args& args) { args.GetReturnValue().Set(args.Data()); }
 
 class DescriptorTest : public ScriptTest {

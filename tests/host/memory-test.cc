@@ -2,18 +2,16 @@
 #include "host/memory.h"
 
 #include <glib.h>
-#include <gmock/gmock.h>
 
 #include <csignal>
 #include <cstdlib>
 #include <memory>
 
+#include "support/matchers.h"
 #include "support/unit/exhausted.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::KilledBySignal;
 
 constexpr std::size_t kTooMuch = std::size_t{1} << 40;
 

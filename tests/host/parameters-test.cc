@@ -9,9 +9,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::ElementsAreArray;
-
 class ParametersTest : public ScriptTest {
  protected:
   // `params` from a file with these bytes, as JSON.

@@ -1,10 +1,9 @@
 // A form that there is no memory for. What a form sends is in http-body-test.cc.
 #include "web/curl-form.h"
 
-#include <gmock/gmock.h>
-
 #include <csignal>
 
+#include "support/matchers.h"
 #include "support/unit/exhausted.h"
 
 #ifndef __SANITIZE_ADDRESS__  // its allocator never says no

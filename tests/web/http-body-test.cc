@@ -12,9 +12,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-
 class HttpBodyTest : public WebTest {
  protected:
   // The urlencoded body of an expression's value, or what it threw. `len` is kept aside.

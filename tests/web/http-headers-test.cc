@@ -10,7 +10,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
 using Lines = std::vector<std::string>;
 
 class HttpHeadersTest : public ScriptTest {

@@ -10,9 +10,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 class MessageBoxTest : public FeatureTest {
  protected:
   // Throws this text, and sends and prints nothing.

@@ -15,12 +15,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-
 // With characters that are escaped in a body and not in a URL.
 const std::string kToken = "SECRET+/=\xc3\xa9";
 const std::string kEscapedToken = "SECRET%2B%2F%3D%C3%A9";

@@ -10,9 +10,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 const std::string kHeard = "DEBUG getSocialCallbackFunction";
 const std::string kTwitter =
     "twitterConsumerKey: 'ck' twitterConsumerSecret: 'cs' twitterToken: 'tk' "

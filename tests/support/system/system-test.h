@@ -2,7 +2,6 @@
 // that a test reads as a conversation. The whole log is printed when a test fails.
 #pragma once
 
-#include <gmock/gmock.h>
 #include <signal.h>
 #include <syslog.h>
 
@@ -14,6 +13,7 @@
 #include <vector>
 
 #include "support/fresh-id.h"
+#include "support/matchers.h"
 #include "support/system/app-folder.h"
 #include "support/system/host-process.h"
 #include "support/system/test-device.h"
