@@ -4,6 +4,7 @@
 
 #include "channel/dispatch.h"
 #include "host/morvik-data.h"
+#include "support/matchers.h"
 #include "support/text-message.h"
 #include "support/unit/log-texts.h"
 

@@ -6,6 +6,7 @@
 #include "channel/callback-table.h"
 #include "channel/timers.h"
 #include "host/morvik-data.h"
+#include "support/matchers.h"
 #include "support/text-message.h"
 #include "support/unit/log-texts.h"
 
