@@ -19,7 +19,6 @@ void append(CurlList& list, const std::string& line) {
   list.reset(grown);
 }
 
-// False when the script threw.
 bool appendProperty(v8::Isolate* isolate, v8::Local<v8::Object> map, v8::Local<v8::Value> key,
                     CurlList& list) {
   v8::Local<v8::Value> value;
