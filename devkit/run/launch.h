@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "device/owned.h"
 #include "run/ends.h"
 #include "run/evidence.h"
 #include "run/file-descriptor.h"

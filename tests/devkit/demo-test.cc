@@ -1,18 +1,14 @@
 // script/demo, the first thing that a newcomer runs: a sample at work on the device, and nothing
 // left of it. What `morvik-dev run` does beyond is tested there.
-#include <gmock/gmock.h>
 
 #include "desk-fixture.h"
+#include "support/matchers.h"
 #include "support/program.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::ContainsRegex;
-using ::testing::HasSubstr;
-using ::testing::StartsWith;
 
 class Demo : public DeskTest {
  protected:

@@ -1,21 +1,15 @@
 // What a reader sees.
 #include "terminal/display.h"
 
-#include <gmock/gmock.h>
-
 #include "app-client.h"
 #include "device/describe.h"
 #include "device/text.h"
+#include "support/matchers.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::EndsWith;
-using ::testing::HasSubstr;
-using ::testing::MatchesRegex;
 
 zeph::ZephMsg withId(zeph::ZephMsg message, const std::string& id) {
   message.set_id(id);

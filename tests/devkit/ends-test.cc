@@ -1,7 +1,6 @@
 // Every end, made to happen on the real host, and what is said of it.
 #include "run/ends.h"
 
-#include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -12,15 +11,12 @@
 
 #include "fake-server.h"
 #include "launched.h"
+#include "support/matchers.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::SizeIs;
 
 // Keeps a script busy until what the server does has arrived.
 // Keeps a script busy until the scene has said go.

@@ -1,13 +1,12 @@
 // Events and messages in JSON.
 #include "device/event-json.h"
 
-#include <gmock/gmock.h>
-
 #include <nlohmann/json.hpp>
 
 #include "app-client.h"
 #include "bench.h"
 #include "device/secrets.h"
+#include "support/matchers.h"
 
 namespace morvik::test {
 
@@ -15,8 +14,6 @@ using namespace devkit;
 namespace {
 
 using std::chrono::milliseconds;
-using ::testing::HasSubstr;
-using ::testing::Not;
 
 std::string lineOf(const Event::What& what) {
   return devkit::lineOf(Event{7, milliseconds(5), what});

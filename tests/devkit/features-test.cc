@@ -1,11 +1,11 @@
 // How each feature of the device answers, goes on and ends.
-#include <gmock/gmock.h>
 
 #include <filesystem>
 #include <fstream>
 
 #include "bench.h"
 #include "device/media-files.h"
+#include "support/matchers.h"
 #include "support/temporary-folder.h"
 
 namespace morvik::test {
@@ -15,11 +15,6 @@ namespace {
 
 using std::chrono::milliseconds;
 using std::chrono::seconds;
-using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::StartsWith;
 
 const std::string kOk = "1: re response { code: OK }";
 const std::string kTerminated = "1: re event { code: TERMINATED }";

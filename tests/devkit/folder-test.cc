@@ -1,12 +1,12 @@
 // An application's folder before a launch: what is wrong with it, and how a launch line names it.
 #include "run/folder.h"
 
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 
 #include <fstream>
 
 #include "run/link-folder.h"
+#include "support/matchers.h"
 #include "support/temporary-folder.h"
 
 namespace morvik::test {
@@ -15,10 +15,6 @@ using namespace devkit;
 namespace {
 
 namespace fs = std::filesystem;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::MatchesRegex;
 
 constexpr char kDescriptor[] = "<descriptor><accesses/></descriptor>";
 

@@ -1,5 +1,4 @@
 // The log for people: lines, records, files of the system log, and what they tell of applications.
-#include <gmock/gmock.h>
 #include <syslog.h>
 
 #include <fstream>
@@ -7,6 +6,7 @@
 #include "run/log-text.h"
 #include "run/log-view.h"
 #include "run/record-joiner.h"
+#include "support/matchers.h"
 #include "support/program.h"
 #include "support/temporary-folder.h"
 
@@ -14,14 +14,6 @@ namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::AllOf;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Pair;
-using ::testing::SizeIs;
-using ::testing::StartsWith;
 
 TEST(LogText, showsMessagesAsTheTextThatTheyStandFor) {
   EXPECT_EQ(withoutEscapes(R"(text: "caf\303\251 \342\202\254")"), "text: \"café €\"");

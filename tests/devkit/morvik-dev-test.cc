@@ -1,5 +1,4 @@
 // morvik-dev as its users meet it.
-#include <gmock/gmock.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -12,6 +11,7 @@
 #include "app-client.h"
 #include "device/json.h"
 #include "loop.h"
+#include "support/matchers.h"
 #include "support/program.h"
 #include "support/temporary-folder.h"
 
@@ -19,10 +19,6 @@ namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::ContainsRegex;
-using ::testing::HasSubstr;
-using ::testing::StartsWith;
 
 ProgramResult morvikDev(std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), MORVIK_DEV);

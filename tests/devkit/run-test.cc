@@ -1,6 +1,5 @@
 // morvik-dev run without a terminal: folders that become running applications, saves, ends, and
 // what a pipe gets of it.
-#include <gmock/gmock.h>
 #include <sys/wait.h>
 
 #include <fstream>
@@ -8,6 +7,7 @@
 
 #include "desk-fixture.h"
 #include "support/file-content.h"
+#include "support/matchers.h"
 #include "support/program.h"
 
 namespace morvik::test {
@@ -16,10 +16,6 @@ using namespace devkit;
 namespace {
 
 namespace fs = std::filesystem;
-using ::testing::ContainsRegex;
-using ::testing::HasSubstr;
-using ::testing::Not;
-using ::testing::StartsWith;
 
 class RunTest : public DeskTest {
  protected:

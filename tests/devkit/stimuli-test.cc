@@ -1,12 +1,11 @@
 // The lines of the command input.
 #include "device/stimuli.h"
 
-#include <gmock/gmock.h>
-
 #include <map>
 #include <set>
 
 #include "bench.h"
+#include "support/matchers.h"
 
 namespace morvik::test {
 
@@ -14,13 +13,6 @@ using namespace devkit;
 namespace {
 
 using std::chrono::milliseconds;
-using ::testing::ElementsAre;
-using ::testing::EndsWith;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Not;
-using ::testing::SizeIs;
-using ::testing::StartsWith;
 
 class StimuliTest : public ::testing::Test {
  protected:

@@ -1,8 +1,6 @@
 // The picture of the device, in records and in JSON.
 #include "device/view.h"
 
-#include <gmock/gmock.h>
-
 #include <set>
 
 #include <nlohmann/json.hpp>
@@ -10,6 +8,7 @@
 #include "bench.h"
 #include "every-stimulus.h"
 #include "json-blocks.h"
+#include "support/matchers.h"
 
 namespace morvik::test {
 
@@ -17,7 +16,6 @@ using namespace devkit;
 namespace {
 
 using std::chrono::milliseconds;
-using ::testing::Not;
 
 // What is made anew each time gets the value that the page has.
 void normalise(Json& view) {

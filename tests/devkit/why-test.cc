@@ -1,5 +1,4 @@
 // The kept ends, and morvik-dev why, which shows them.
-#include <gmock/gmock.h>
 
 #include <filesystem>
 #include <fstream>
@@ -9,6 +8,7 @@
 
 #include "run/end-history.h"
 #include "support/file-content.h"
+#include "support/matchers.h"
 #include "support/program.h"
 #include "support/temporary-folder.h"
 
@@ -16,10 +16,6 @@ namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::HasSubstr;
-using ::testing::SizeIs;
-using ::testing::StartsWith;
 
 End endOf(const std::string& app, EndKind kind = EndKind::kNeverConnected) {
   End end;

@@ -5,15 +5,12 @@
 #include "device/media-files.h"
 #include "support/file-content.h"
 #include "support/system/feature-test.h"
+#include "support/text-message.h"
 #include "support/web/nginx.h"
 #include "support/web/recording-server.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::ElementsAre;
-using testing::ElementsAreArray;
-using testing::MatchesRegex;
 
 constexpr char kLocations[] = R"(
   types {
@@ -159,7 +156,7 @@ TEST_F(HttpTest, aRequestKeepsTimersAndMessagesWaiting) {
       {"http", "button"});
   EXPECT_EQ(app.logged(), "asks");
   ASSERT_NE(origin.takeRequest(), "");
-  device.send(messageOf("buttonCallback { type: SIMPLE }"));
+  device.send(zephMsg("buttonCallback { type: SIMPLE }"));
   App other = run("setTimeout(20, function() { log('later'); });");
   EXPECT_EQ(other.logged(), "later");
   origin.letGo();

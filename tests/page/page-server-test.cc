@@ -1,20 +1,14 @@
 // The page's server as a browser, another site and a stranger meet it.
 #include "page/page-server.h"
 
-#include <gmock/gmock.h>
-
 #include "page-client.h"
 #include "page/page-files.h"
+#include "support/matchers.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::EndsWith;
-using ::testing::HasSubstr;
-using ::testing::Not;
-using ::testing::StartsWith;
 
 class PageServerTest : public ::testing::Test {
  protected:

@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <regex>
 #include <stdexcept>
 
 namespace morvik::test {
@@ -34,18 +33,6 @@ Program::~Program() {
   } catch (const std::exception&) {
     ADD_FAILURE() << "output is still open";
   }
-}
-
-std::string Program::waitForPattern(const std::string& pattern) const {
-  const std::regex expression(pattern);
-  std::smatch match;
-  std::string said;
-  const bool found = output_->awaitThat([&](const std::string& soFar) {
-    said = soFar;
-    return std::regex_search(said, match, expression);
-  });
-  if (!found) throw std::runtime_error("never said: " + pattern);
-  return match.str();
 }
 
 std::string Program::waitForLine(std::size_t from) const {
@@ -79,13 +66,6 @@ ProgramResult run(const std::vector<std::string>& command) {
   program.endInput();
   const int status = program.waitForEnd();
   return {status, program.output()};
-}
-
-VirtualDevice::VirtualDevice(const std::string& program)
-    : program_({program, "device", "--port=0", "--state=" + state_.path().string()}) {
-  const std::string beginning = "listening on ";
-  const std::string line = shows(beginning + ".*\n");
-  address_ = line.substr(beginning.size(), line.size() - beginning.size() - 1);
 }
 
 }  // namespace morvik::test

@@ -5,6 +5,7 @@
 
 #include "support/browser/browser.h"
 #include "support/browser/said.h"
+#include "support/temporary-folder.h"
 
 namespace {
 
