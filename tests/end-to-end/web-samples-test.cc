@@ -19,10 +19,6 @@
 namespace morvik::test {
 namespace {
 
-constexpr char kWeather[] = "weather";
-constexpr char kPhotoUpload[] = "photo-upload";
-constexpr char kSignedRequest[] = "signed-request";
-
 class WebSamplesTest : public SystemTest {
  protected:
   // Runs a sample from a copy.
@@ -145,7 +141,5 @@ TEST_F(WebSamplesTest, signedRequestCarriesTheSignatureOfWhatItAsks) {
 }
 
 }  // namespace
-
-std::set<std::string> webSamples() { return {kWeather, kPhotoUpload, kSignedRequest}; }
 
 }  // namespace morvik::test
