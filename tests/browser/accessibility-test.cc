@@ -1,12 +1,10 @@
 // The page as those meet it who cannot see it, or see it in another light or size.
 #include <nlohmann/json.hpp>
 
-#include "desk-test.h"
+#include "device-page-fixture.h"
 #include "support/file-content.h"
 
 namespace morvik::test {
-
-using namespace devkit;
 namespace {
 
 using nlohmann::json;
@@ -20,7 +18,7 @@ void PrintTo(const Look& look, std::ostream* out) {
   *out << look.width << (look.isDark ? " dark" : " light");
 }
 
-class PageForEveryone : public DeskTest, public ::testing::WithParamInterface<Look> {
+class PageForEveryone : public DevicePageTest, public ::testing::WithParamInterface<Look> {
  protected:
   PageForEveryone() { browser_.show(GetParam().width, 900, GetParam().isDark); }
 
