@@ -50,6 +50,17 @@ export function setFlag(element, name, value) {
   }
 }
 
+const measured = new ResizeObserver((places) => {
+  for (const { target } of places)
+    setFlag(target, 'tabindex', target.scrollHeight > target.clientHeight + 1 ? 0 : null);
+});
+
+/** Writes a text that may be longer than its place, which then can be scrolled with the keyboard. */
+export function setLongText(element, text, place = element) {
+  setText(element, text);
+  measured.observe(place); // measures once more, without a layout in between
+}
+
 // Whoever was at a button that is made anew stays there, or else stays near.
 function comeBack(element, text) {
   const same = [...element.querySelectorAll('button')].find((one) => one.textContent === text);
