@@ -215,6 +215,9 @@ std::string Desk::nameOf(AppNumber application) {
 
 void Desk::happened(const Event& event) {
   showEvent(event);
+  if (const auto* came = std::get_if<Came>(&event.what); came != nullptr && session_) {
+    if (RunningApp* app = session_->appOf(came->application)) app->connected();
+  }
   if (const auto* left = std::get_if<Left>(&event.what); left != nullptr && session_) {
     session_->forget(left->application);
   }

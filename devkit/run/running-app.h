@@ -79,6 +79,8 @@ class RunningApp : private LaunchObserver {
   void restart() { launch(type_); }
   /// Ends what runs and launches nothing.
   void stop();
+  /// The device has its connection, of which the application itself says nothing.
+  void connected();
 
   const std::string& name() const { return plan_.name; }
   const std::filesystem::path& folder() const { return plan_.folder; }
