@@ -17,7 +17,8 @@ const kWords = {
   stopping: 'stops',
   ended: 'ended',
 };
-const kCalm = new Set(['exit', 'left', 'restart', 'quit', 'author']); // ends that somebody wanted
+// Ends that somebody wanted.
+const kCalm = new Set(['left', 'script-exit', 'restarted', 'quit', 'told-to-end']);
 const ended = new Map(); // what was announced, by name
 
 const nameOf = (app) => app.name ?? `app ${app.number}`;

@@ -16,11 +16,13 @@ function apply(element, attributes) {
   }
 }
 
+const present = (children) => children.filter((child) => child !== null && child !== undefined);
+
 /** An element with attributes, listeners (`onclick: function`) and children: elements, or texts. */
 export function el(name, attributes = {}, ...children) {
   const element = document.createElement(name);
   apply(element, attributes);
-  element.append(...children.flat().filter((child) => child !== null && child !== undefined));
+  element.append(...present(children.flat()));
   return element;
 }
 
@@ -74,7 +76,7 @@ export function replaceWhenNew(element, key, make) {
   element.shownKey = text;
   const focused = document.activeElement;
   const within = focused !== element && element.contains(focused);
-  element.replaceChildren(...make());
+  element.replaceChildren(...present(make()));
   if (within) comeBack(element, focused.textContent);
 }
 
