@@ -79,6 +79,10 @@ void BrowserTest::watch(const std::string& expression) {
       "note();");
 }
 
+void BrowserTest::expectWatched(const nlohmann::json& values) {
+  expect("JSON.stringify(window.noted.map(({ value }) => value)) === " + quoted(values.dump()));
+}
+
 nlohmann::json BrowserTest::watched() {
   return driver_.run("const all = window.noted; window.noted = null; return all;");
 }

@@ -38,6 +38,8 @@ class BrowserTest : public ::testing::Test {
   /// From now on notes what an expression gives in each frame of the browser, when it is another
   /// value than in the frame before.
   void watch(const std::string& expression);
+  /// Waits until these values were noted, in this order and no others.
+  void expectWatched(const nlohmann::json& values);
   /// What was noted since, each as {"time": milliseconds, "value": ...}; nothing is noted any more.
   nlohmann::json watched();
 

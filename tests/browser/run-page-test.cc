@@ -139,6 +139,15 @@ TEST_F(PageOfARun, anEndThatWasWantedIsToldCalmly) {
   expect("!document.querySelector('.application-about').textContent.includes('null')");
 }
 
+TEST_F(PageOfARun, anApplicationThatHasLeftKeepsItsName) {
+  run({write("app", interactiveScript("log('ready');"))});
+  expectLogged("ready");
+  driver_.click(cardOf("app") + " [data-act=stop]");
+  expectState("app", "ended");
+  driver_.click("#tab-notes");
+  expect("document.querySelector('#notes .line[data-kind=left] .who').textContent === 'app'");
+}
+
 TEST_F(PageOfARun, whatTheAuthorShouldMendIsHinted) {
   run({write("app", "morvik.led.light('red');", "<access>button</access>")});
   expectText(cardOf("app") + " .hint", "<access>led</access>");
@@ -218,6 +227,23 @@ TEST_F(LogOfARun, isPausedAndGoesOn) {
   expectNoLine("two plums");
   driver_.run("document.querySelector('#panel-log button[aria-pressed=true]').click()");
   expectLine("two plums");
+}
+
+// Long lines have their height only once they are in sight.
+TEST_F(LogOfARun, followsItsEnd) {
+  browser_.show(360, 900, false);
+  const std::string lines =
+      "for (var i = 1; i <= 200; ++i) log('a line that is too long for its place, number ' + i);";
+  run({write("one", lines + "log('the first end');")});
+  const std::string rest =
+      "(({ scrollHeight, scrollTop, clientHeight }) => scrollHeight - scrollTop - clientHeight)("
+      "document.getElementById('log'))";
+  expectLine("the first end");
+  expect(rest + " < 2");
+  write("one", lines + "log('the second end');");
+  expectLine("the second end");
+  expect(rest + " < 2");
+  EXPECT_GT(driver_.run("return document.getElementById('log').scrollTop"), 1000);
 }
 
 TEST_F(LogOfARun, isKeptAsAFile) {

@@ -59,7 +59,7 @@ function callBubble(call) {
     el('span', { class: 'call-sign', 'aria-hidden': 'true' }, '☎'),
     el('span', {}, el('b', {}, call.who || 'somebody'), ` ${kCallWords[call.state] ?? call.state}`),
     el('span', { class: 'chip' }, call.name),
-    ...callActions(call),
+    el('span', { class: 'row' }, callActions(call)),
   );
 }
 

@@ -33,6 +33,10 @@ export function drawn(name, attributes = {}) {
   return element;
 }
 
+/** A text in whose `words` are code. */
+export const marked = (text) =>
+  text.split(/`([^`]+)`/).map((part, i) => (i % 2 === 1 ? el('code', {}, part) : part));
+
 export const button = (text, onclick, attributes = {}) =>
   el('button', { type: 'button', onclick, ...attributes }, text);
 

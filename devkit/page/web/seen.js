@@ -28,6 +28,7 @@ function photo({ active, name }) {
 }
 
 function mailbox({ messages, unread }) {
+  if (messages === 0) return 'empty';
   return `${messages} ${messages === 1 ? 'message' : 'messages'}, ${unread} unread`;
 }
 
