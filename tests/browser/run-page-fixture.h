@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "browser-fixture.h"
-#include "support/browser/child.h"
+#include "support/browser/running-folders.h"
 #include "support/temporary-folder.h"
 
 namespace morvik::test {
@@ -20,7 +20,7 @@ class RunPageTest : public BrowserTest {
 
   /// Runs the folders, with further options among them perhaps, and opens their page.
   void run(const std::vector<std::string>& words);
-  void openPage() { BrowserTest::openPage(address_); }
+  void openPage() { BrowserTest::openPage(run_->page()); }
 
   /// The application's card says so in its attribute data-state.
   void expectState(const std::string& app, const std::string& state);
@@ -28,14 +28,10 @@ class RunPageTest : public BrowserTest {
   void expectLogged(const std::string& text);
 
   TemporaryFolder folder_;
-  std::unique_ptr<Child> run_;
-  std::string address_;  // of the page
+  std::unique_ptr<RunningFolders> run_;
 };
 
 /// The card of an application, as a CSS selector.
 std::string cardOf(const std::string& app);
-
-/// A main.js that connects, is granted interactive mode, and then does this.
-std::string interactiveScript(const std::string& onGrant);
 
 }  // namespace morvik::test
