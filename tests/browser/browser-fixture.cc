@@ -17,8 +17,8 @@ std::string attributeOf(const std::string& selector, const std::string& name) {
 }
 
 BrowserTest::BrowserTest() {
-  window_ = driver_.openWindow();
-  driver_.console();  // what older windows said
+  browser_.show(1280, 900, /*isDark=*/false);
+  driver_.console();  // what older pages said
 }
 
 void BrowserTest::TearDown() {
@@ -26,11 +26,12 @@ void BrowserTest::TearDown() {
     EXPECT_NE(line.at("level"), "SEVERE") << line.dump();
   }
   for (const std::string& window : driver_.windows()) {
-    if (window == firstWindow_) continue;
+    if (window == window_) continue;
     driver_.switchTo(window);
     driver_.closeWindow();
   }
-  driver_.switchTo(firstWindow_);
+  driver_.switchTo(window_);
+  driver_.open("about:blank");
 }
 
 void BrowserTest::openPage(const std::string& address) {

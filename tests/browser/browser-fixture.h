@@ -1,4 +1,4 @@
-// A window of each test's own in the one browser.
+// The one browser, whose window each test finds empty.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -45,10 +45,7 @@ class BrowserTest : public ::testing::Test {
 
   Browser& browser_ = Browser::shared();
   WebDriver& driver_ = browser_.driver();
-  std::string window_;
-
- private:
-  std::string firstWindow_ = driver_.window();
+  std::string window_ = driver_.window();
 };
 
 /// A text as an expression of JavaScript.
