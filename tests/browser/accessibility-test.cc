@@ -24,8 +24,8 @@ class PageForEveryone : public DevicePageTest {
     command(app, "asr { dictionary: '" + longWord_ + "|yes' lang: 'en' }");
     command(app, "webcam { photo: '" + longWord_ + "' }");
     command(app, "serial { open { port: '" + longWord_ + "' baud: 9600 } }");
-    device_.say("call INCOMING " + longWord_ + "\n" + "message anna " + longWord_ + "\n" +
-                "rfid " + longWord_ + " IN\nrefuse BUSY ears ALWAYS\n");
+    device_.say("call INCOMING " + longWord_ + "\n" + "message anna " + longWord_ + "\n" + "rfid " +
+                longWord_ + " IN\nrefuse BUSY ears ALWAYS\n");
     expectThere("#device[data-speaks][data-listens][data-record][data-call=ringing]");
     expectThere("#tag[data-on]");
   }
@@ -111,7 +111,8 @@ TEST_P(PageInMotion, drawsWhatMovesAtItsEndWhereThatIsWished) {
   browser_.show(1280, 900, false, /*wantsLittleMotion=*/GetParam());
   openPage();
   const auto app = application();
-  watch(attributeOf("#turn-left", "transform") + " + document.getElementById('halo').style.opacity");
+  watch(attributeOf("#turn-left", "transform") +
+        " + document.getElementById('halo').style.opacity");
   command(*app, "led { pulse { color: 'lime' period: 100 pulse: 5 } }");
   command(*app, "ears { left: 5 }");
   expectAttribute("#turn-left", "transform", "rotate(-58.00)");

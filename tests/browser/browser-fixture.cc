@@ -53,9 +53,10 @@ void BrowserTest::expectAttribute(const std::string& selector, const std::string
 }
 
 void BrowserTest::expectLed(const std::string& color) {
-  expect("document.getElementById('led').hasAttribute('data-lit') && "
-         "getComputedStyle(document.getElementById('led-disc')).fill === " +
-         quoted(color));
+  expect(
+      "document.getElementById('led').hasAttribute('data-lit') && "
+      "getComputedStyle(document.getElementById('led-disc')).fill === " +
+      quoted(color));
 }
 
 void BrowserTest::tabTo(const std::string& selector) {
@@ -74,7 +75,8 @@ void BrowserTest::watch(const std::string& expression) {
       "  const value = " +
       expression +
       ";"
-      "  if (window.noted.at(-1)?.value !== value) window.noted.push({ time: performance.now(), value });"
+      "  if (window.noted.at(-1)?.value !== value) window.noted.push({ time: performance.now(), "
+      "value });"
       "  requestAnimationFrame(note);"
       "};"
       "note();");

@@ -3,8 +3,9 @@
 
 #include <gmock/gmock.h>
 
-#include <nlohmann/json.hpp>
 #include <string>
+
+#include <nlohmann/json.hpp>
 
 #include "support/browser/browser.h"
 

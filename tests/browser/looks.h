@@ -1,9 +1,10 @@
 // The page as those meet it who cannot see it, or see it in another light or size.
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
+
+#include <nlohmann/json.hpp>
 
 #include "support/browser/browser.h"
 

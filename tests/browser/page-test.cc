@@ -2,6 +2,7 @@
 #include <csignal>
 
 #include "device-page-fixture.h"
+#include "looks.h"
 
 namespace morvik::test {
 namespace {
@@ -65,7 +66,8 @@ TEST_F(PageInBrowser, comesBackWhenTheConnectionWasLost) {
 TEST_F(PageInBrowser, tellsThatTheDeviceIsGone) {
   openPage();
   kill(device_.pid(), SIGTERM);
-  expect("document.body.dataset.connection !== 'open'");
+  expectText("[data-connection=lost] #connection-text", "Connection lost");
+  EXPECT_EQ(seriousFindings(driver_), nlohmann::json::array());
   driver_.console();  // the browser tells there that nobody listens any more
 }
 

@@ -21,9 +21,10 @@ void RunPageTest::expectState(const std::string& app, const std::string& state) 
 }
 
 void RunPageTest::expectLogged(const std::string& text) {
-  expect("[...document.querySelectorAll('#log .line[data-kind=script] .what')].some((line) => "
-         "line.textContent.includes(" +
-         quoted(text) + "))");
+  expect(
+      "[...document.querySelectorAll('#log .line[data-kind=script] .what')].some((line) => "
+      "line.textContent.includes(" +
+      quoted(text) + "))");
 }
 
 std::string cardOf(const std::string& app) { return ".application[data-app=\"" + app + "\"]"; }

@@ -99,10 +99,11 @@ void measureWeight() {
     return { requests: all.length, bytes: sum('encodedBodySize'), transferred: sum('transferSize'),
              ready: Math.max(...all.map((one) => one.responseEnd)) };
   )js");
-  std::printf("the page: %d requests and a WebSocket, %d bytes of files, %d with headers; the last "
-              "file is there after %.0f ms\n",
-              weight["requests"].get<int>(), weight["bytes"].get<int>(),
-              weight["transferred"].get<int>(), weight["ready"].get<double>());
+  std::printf(
+      "the page: %d requests and a WebSocket, %d bytes of files, %d with headers; the last "
+      "file is there after %.0f ms\n",
+      weight["requests"].get<int>(), weight["bytes"].get<int>(), weight["transferred"].get<int>(),
+      weight["ready"].get<double>());
   std::fflush(stdout);
 }
 
