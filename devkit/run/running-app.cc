@@ -130,6 +130,11 @@ std::optional<TimePoint> RunningApp::autokillAt() const {
   return startedAt_ + kTimeToBecomeInteractive;
 }
 
+void RunningApp::connected() {
+  if (launch_) launch_->connected(process_);
+  lookAtState();
+}
+
 void RunningApp::began(const std::string& /*app*/, pid_t pid) {
   process_ = pid;
   startedAt_ = now();

@@ -109,6 +109,8 @@ void Session::hear(const Event& event) {
   if (const auto* trouble = std::get_if<Trouble>(&event.what);
       trouble != nullptr && trouble->application && !trouble->serverMissing.empty()) {
     if (RunningApp* app = appOf(*trouble->application)) app->serverMissing(trouble->serverMissing);
+  } else if (const auto* came = std::get_if<Came>(&event.what)) {
+    if (RunningApp* app = appOf(came->application)) app->connected();
   } else if (const auto* sent = std::get_if<Sent>(&event.what)) {
     const auto known = owners_.find(sent->application);
     if (known != owners_.end()) known->second->serverMissing("");

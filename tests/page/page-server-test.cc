@@ -83,6 +83,14 @@ TEST_F(PageServerTest, tellsTheBrowserToKeepThePageToItself) {
   }
 }
 
+TEST_F(PageServerTest, tellsOfAllModulesAtOnce) {
+  const std::string answer = answerTo("GET " + pathTo(""));
+  EXPECT_THAT(answer, HasSubstr("Link: <main.js>; rel=modulepreload\r\n"));
+  EXPECT_THAT(answer, HasSubstr("Link: <socket.js>; rel=modulepreload\r\n"));
+  EXPECT_THAT(answer, Not(HasSubstr("Link: <page.css>")));
+  EXPECT_THAT(answerTo("GET " + pathTo("main.js")), Not(HasSubstr("Link: ")));
+}
+
 TEST_F(PageServerTest, hasNothingButItsOwnFiles) {
   const std::string token = pathTo("");
   for (const std::string& path :

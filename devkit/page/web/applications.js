@@ -2,8 +2,8 @@
 
 import { announce } from './announce.js';
 import { deviceNow, lengthOf } from './clock.js';
-import { button, byId, el, replaceWhenNew, setFlag, setText } from './dom.js';
-import { hueOf } from './names.js';
+import { button, byId, el, marked, replaceWhenNew, setFlag, setText } from './dom.js';
+import { hueOf, rememberNames } from './names.js';
 import { act } from './perform.js';
 import { state, watch } from './store.js';
 
@@ -17,7 +17,8 @@ const kWords = {
   stopping: 'stops',
   ended: 'ended',
 };
-const kCalm = new Set(['exit', 'left', 'restart', 'quit', 'author']); // ends that somebody wanted
+// Ends that somebody wanted.
+const kCalm = new Set(['left', 'script-exit', 'restarted', 'quit', 'told-to-end']);
 const ended = new Map(); // what was announced, by name
 
 const nameOf = (app) => app.name ?? `app ${app.number}`;
@@ -32,8 +33,8 @@ function lastLines(lines) {
 
 function endOf(end) {
   return [
-    el('p', { class: 'why' }, el('strong', {}, end.sentence ?? end.kind)),
-    end.cure ? el('p', { class: 'cure' }, end.cure) : null,
+    el('p', { class: 'why' }, el('strong', {}, marked(end.sentence ?? end.kind))),
+    end.cure ? el('p', { class: 'cure' }, marked(end.cure)) : null,
     lastLines(end.lines),
   ];
 }
@@ -46,7 +47,7 @@ const doubtsOf = ({ number }) =>
 
 const doubt = ({ about, text }) => el('p', { class: 'hint', 'data-doubt': about }, `? ${text}`);
 
-const hint = (thing) => el('p', { class: 'hint' }, `⚠ ${textOf(thing)}${cureOf(thing)}`);
+const hint = (thing) => el('p', { class: 'hint' }, '⚠ ', marked(textOf(thing) + cureOf(thing)));
 
 function launchWith(app) {
   const how = el('input', {
@@ -200,6 +201,8 @@ function untilOf(autokill, now, before) {
 
 /** The server tells seconds that are left; kept as a time, for they pass. */
 export function takeApplications(applications, now = deviceNow()) {
+  rememberNames(applications ?? []);
+  for (const app of applications ?? []) hueOf(nameOf(app)); // in this order, on every page
   const before = new Map(state.applications.map((app) => [nameOf(app), app.until]));
   state.applications = (applications ?? []).map(({ autokill, ...app }) =>
     Number.isFinite(autokill) ? { ...app, until: untilOf(autokill, now, before.get(nameOf(app))) } : app,
