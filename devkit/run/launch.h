@@ -76,6 +76,8 @@ class Launch {
   void connected(pid_t pid);
   void told(pid_t pid, const MessageFacts& message);
   void left(pid_t pid, const std::string& how);
+  /// Behind a relay there was none, or, with an empty text, there is one after all.
+  void serverMissing(pid_t pid, const std::string& why);
 
  private:
   struct App {

@@ -47,6 +47,10 @@ void RunningApp::stop() {
   launch_->end(EndedBy::kQuit);
 }
 
+void RunningApp::serverMissing(const std::string& why) {
+  if (launch_) launch_->serverMissing(process_, why);
+}
+
 // A launch must not go while it tells of its end.
 void RunningApp::settleSoon() {
   if (settling_) g_source_destroy(settling_.get());

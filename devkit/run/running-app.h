@@ -80,6 +80,9 @@ class RunningApp : private LaunchObserver {
   /// Ends what runs and launches nothing.
   void stop();
 
+  /// The device server behind a relay could not be reached, or, with an empty text, is there.
+  void serverMissing(const std::string& why);
+
   const std::string& name() const { return plan_.name; }
   const std::filesystem::path& folder() const { return plan_.folder; }
   RunPhase phase() const { return phase_; }

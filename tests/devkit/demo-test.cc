@@ -63,7 +63,7 @@ TEST_F(Demo, endsByItselfAfterTheTimeThatItIsGiven) {
 
 TEST_F(Demo, refusesWhatMakesNoSense) {
   for (const char* option : {"--app=nothing", "--app=../apps/hello", "hello"}) {
-    const Outcome outcome = run(command({option}));
+    const ProgramResult outcome = run(command({option}));
     EXPECT_EQ(outcome.status, 2) << option;
     EXPECT_THAT(outcome.output, HasSubstr("script/demo --help tells what it takes."));
   }
@@ -73,7 +73,7 @@ TEST_F(Demo, refusesWhatMakesNoSense) {
 }
 
 TEST_F(Demo, saysThatAProgramIsMissing) {
-  const Outcome outcome = run({SOURCE_DIR "/script/demo", "--programs=/nowhere"});
+  const ProgramResult outcome = run({SOURCE_DIR "/script/demo", "--programs=/nowhere"});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.output, HasSubstr("there is no program /nowhere/morvik-dev"));
 }

@@ -128,6 +128,20 @@ TEST_F(DisplayTest, showsWhatHappensToTheDevice) {
   EXPECT_THAT(lines_, ElementsAre(EndsWith(" device --  wrote?a file")));
 }
 
+TEST_F(DisplayTest, showsOnceWhatIsSentToAll) {
+  zeph::ZephMsg press = withId(zeph::ZephMsg(), "own id");
+  press.mutable_buttoncallback()->set_type(zeph::ButtonCallback::SIMPLE);
+  for (const AppNumber number : {1U, 2U, 3U}) show(Sent{number, passed(press), {1, 2, 3}});
+  show(Sent{3, passed(press)});
+  EXPECT_THAT(lines_, ElementsAre(EndsWith(" all <-  buttonCallback { type: SIMPLE }"),
+                                  EndsWith(" app 3 <-  buttonCallback { type: SIMPLE }")));
+}
+
+TEST_F(DisplayTest, showsDoubts) {
+  show(Doubted{2, {Doubt::About::kColor, "rde", "no\ncolour"}});
+  EXPECT_THAT(lines_, ElementsAre(EndsWith(" app 2 ??  no?colour")));
+}
+
 TEST_F(DisplayTest, cutsWhatIsTooLongToRead) {
   show(Noted{std::string(5000, 'x')});
   EXPECT_THAT(lines_, ElementsAre(EndsWith(" device --  " + std::string(200, 'x') + " ...")));

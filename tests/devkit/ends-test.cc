@@ -174,6 +174,16 @@ const Row kRows[] = {
          server.answer(message, zeph::BUSY);
        };
      }},
+    {"serverMissing", EndKind::kServerMissing, "killed by SIGTRAP",
+     "cannot be reached: Connection refused", "--device",
+     [](Scene& scene) {
+       scene.apps.app("app", "log('ready');" + std::string(kWait) + connected());
+       scene.onReady = [&scene](pid_t pid) {
+         scene.launch.serverMissing(pid, "Connection refused");
+         scene.go();
+       };
+       scene.came = [](FakeServer& server) { server.reset(); };
+     }},
     {"serverEnded", EndKind::kServerClosed, "killed by SIGTRAP", "server ended the connection",
      "launch the application again",
      [](Scene& scene) {

@@ -309,10 +309,10 @@ TEST(LogFiles, areShownByTheVerb) {
   const test::TemporaryFolder folder;
   std::ofstream(folder / "syslog") << "Feb 28 12:00:01 box MorvikVM[2]: JSLOG: a\n"
                                       "Feb 28 12:00:01 box MorvikVM[2]: JSLOG: b\n";
-  const Outcome outcome = run({MORVIK_DEV, "log", "--grep=a", folder / "syslog"});
+  const ProgramResult outcome = run({MORVIK_DEV, "log", "--grep=a", folder / "syslog"});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.output, "Feb 28 12:00:01 MorvikVM[2] JSLOG: a\n");
-  const Outcome missing = run({MORVIK_DEV, "log", folder / "none"});
+  const ProgramResult missing = run({MORVIK_DEV, "log", folder / "none"});
   EXPECT_EQ(missing.status, 1);
   EXPECT_EQ(missing.output,
             "morvik-dev log: cannot read " + (folder / "none") + ": No such file or directory\n");

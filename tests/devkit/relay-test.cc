@@ -131,7 +131,10 @@ class RelayTest : public ::testing::Test, protected Observer {
 
   void happened(const Event& event) override {
     if (std::holds_alternative<Left>(event.what)) told_.emplace_back("left");
-    if (const auto* trouble = std::get_if<Trouble>(&event.what)) told_.push_back(trouble->text);
+    if (const auto* trouble = std::get_if<Trouble>(&event.what)) {
+      told_.push_back(trouble->text);
+      missing_ = trouble->serverMissing;
+    }
     if (const auto* message = std::get_if<Received>(&event.what)) {
       told_.push_back("-> " + message->message->id());
     }
@@ -147,6 +150,7 @@ class RelayTest : public ::testing::Test, protected Observer {
   int listening_;
   std::uint16_t serverPort_ = 0;
   std::vector<std::string> told_;
+  std::string missing_;  // why there is no server, as the last trouble tells
   Events events_{[] { return std::chrono::milliseconds(0); }};
   Relay relay_{events_};
   std::unique_ptr<Peer> application_;
@@ -270,6 +274,7 @@ TEST_F(RelayTest, breaksOffWhenThereIsNoServer) {
   EXPECT_TRUE(application_->sawReset());
   EXPECT_TRUE(hasTold("left"));
   EXPECT_THAT(told_.at(0), HasSubstr("the server cannot be reached: "));
+  EXPECT_THAT(missing_, HasSubstr("Connection refused"));
 }
 
 TEST_F(RelayTest, resetsWhatIsLeftAtItsEnd) {

@@ -29,6 +29,21 @@ TEST(RelayedDevice, isSeenByWhatApplicationsSend) {
   const Outcome outcome = device->stimulate("button SIMPLE");
   EXPECT_FALSE(outcome.done);
   EXPECT_THAT(outcome.text, HasSubstr("this is a real device"));
+  EXPECT_THAT(device->stimulate("state").text, HasSubstr("LED          red\n"));
+}
+
+TEST(RelayedDevice, isNotDoubted) {
+  Loop loop;
+  DeviceServer real;
+  std::string trouble;
+  ASSERT_FALSE(real.listen(0, trouble)) << trouble;
+  const auto device = makeRelayedDevice("127.0.0.1:" + std::to_string(real.port()), trouble);
+  ASSERT_NE(device, nullptr) << trouble;
+  AppClient app(loop, device->port());
+  app.ask(startRequest("our-id"));
+  app.ask(lightRequest("our-id", "rde"));
+  EXPECT_EQ(device->view().applications.at(1).doubts.size(), 0U);
+  EXPECT_EQ(real.device().application(1)->doubts.size(), 1U);
 }
 
 class VirtualDeviceTest : public ::testing::Test {

@@ -46,6 +46,20 @@ TEST_F(StimuliTest, goToAllApplicationsOrToOne) {
               ElementsAre("2: buttonCallback { type: SIMPLE }"));
 }
 
+TEST_F(StimuliTest, whatGoesToAllIsToldAsSuch) {
+  for (const char* line : {"button SIMPLE", "stop"}) {
+    bench_.events.all.clear();
+    bench_.stimulus(line);
+    for (const Sent& sent : bench_.events.of<Sent>()) {
+      EXPECT_THAT(sent.together, ElementsAre(1U, 2U)) << line;
+      EXPECT_EQ(isRepeated(sent), sent.application == 2) << line;
+    }
+    EXPECT_EQ(bench_.events.of<Sent>().size(), 2U) << line;
+  }
+  bench_.stimulus("app 2 button SIMPLE");
+  EXPECT_THAT(bench_.events.of<Sent>().back().together, ::testing::IsEmpty());
+}
+
 TEST_F(StimuliTest, doNothingForAnEmptyLineAndAComment) {
   for (const char* line : {"", "   ", "\t", "\r", "# button SIMPLE"}) {
     EXPECT_THAT(bench_.stimulus(line), IsEmpty());

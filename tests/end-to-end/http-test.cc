@@ -316,14 +316,12 @@ TEST_F(HttpTest, aFormArrivesPartByPart) {
 TEST_F(HttpTest, whatTheDeviceHasTakenGoesUp) {
   const struct {
     const char* take;
-    std::optional<std::string> (*write)();
-    const char* path;
-  } rows[] = {{"webcam.photo('x', ", devkit::writePicture, devkit::kPicturePath},
-              {"multimedia.record(", devkit::writeRecording, devkit::kRecordingPath}};
+    const devkit::MediaKind& kind;
+  } rows[] = {{"webcam.photo('x', ", devkit::kPicture}, {"multimedia.record(", devkit::kRecording}};
   for (const auto& row : rows) {
-    SCOPED_TRACE(row.path);
-    ASSERT_EQ(row.write(), std::nullopt);
-    const std::string bytes = contentOf(row.path);
+    SCOPED_TRACE(row.kind.path);
+    ASSERT_EQ(writeMedia(row.kind, {}), std::nullopt);
+    const std::string bytes = contentOf(row.kind.path);
     interactive("morvik." + std::string(row.take) + "function(event) { log(http.post('" +
                     origin.url() + "', {a: event.data}) + http.post('" + origin.url() +
                     "', {a: event.data}, {}, true)); });",

@@ -61,7 +61,7 @@ int Program::waitForEnd() {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-Outcome run(const std::vector<std::string>& command) {
+ProgramResult run(const std::vector<std::string>& command) {
   Program program(command);
   program.endInput();
   const int status = program.waitForEnd();

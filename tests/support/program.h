@@ -47,12 +47,12 @@ class Program {
   std::unique_ptr<Stream> output_;
 };
 
-struct Outcome {
+struct ProgramResult {
   int status;
   std::string output;
 };
 
 /// Runs a program to its end.
-Outcome run(const std::vector<std::string>& command);
+ProgramResult run(const std::vector<std::string>& command);
 
 }  // namespace morvik::test

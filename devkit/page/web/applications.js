@@ -38,6 +38,14 @@ function endOf(end) {
   ];
 }
 
+// What a real device may not do for it; the device tells that by number.
+const doubtsOf = ({ number }) =>
+  (number === null ? [] : (state.view?.applications ?? []))
+    .filter((app) => app.number === number)
+    .flatMap((app) => app.doubts ?? []);
+
+const doubt = ({ about, text }) => el('p', { class: 'hint', 'data-doubt': about }, `? ${text}`);
+
 const hint = (thing) => el('p', { class: 'hint' }, `⚠ ${textOf(thing)}${cureOf(thing)}`);
 
 function launchWith(app) {
@@ -80,6 +88,7 @@ function about(app) {
     ...(app.end ? endOf(app.end) : []),
     ...(app.findings ?? []).map(hint),
     ...(app.hints ?? []).map(hint),
+    ...app.doubts.map(doubt),
   ];
 }
 
@@ -146,6 +155,7 @@ function drawChoice() {
 
 const kNobody = () => el('li', { class: 'empty' }, 'No application is connected.');
 const cards = new Map(); // by name and number
+let drawnDoubts = '[]';
 
 // A name may come more than once.
 function keyFor(app) {
@@ -160,13 +170,19 @@ function cardsNow() {
   for (const app of state.applications) {
     const key = keyFor(app);
     const card = old.get(key) ?? cardFor(app);
-    card.show(app);
+    card.show({ ...app, doubts: doubtsOf(app) });
     cards.set(key, card);
   }
   return cards.size > 0 ? [...cards.values()] : [kNobody()];
 }
 
+function drawDoubts() {
+  const now = JSON.stringify(state.applications.map(doubtsOf));
+  if (now !== drawnDoubts) draw();
+}
+
 function draw() {
+  drawnDoubts = JSON.stringify(state.applications.map(doubtsOf));
   const list = byId('applications');
   const now = cardsNow();
   if (now.length !== list.children.length || now.some((card, i) => card !== list.children[i])) {
@@ -192,6 +208,7 @@ export function takeApplications(applications, now = deviceNow()) {
 
 export function startApplications() {
   watch(['applications', 'hello'], draw);
+  watch(['view'], drawDoubts);
   watch(['view', 'applications'], drawChoice);
   setInterval(tick, kTick);
 }
