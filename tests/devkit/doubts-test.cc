@@ -1,5 +1,4 @@
 // What the virtual device takes and a real one may not: answered all the same, and told.
-#include <gmock/gmock.h>
 
 #include <filesystem>
 #include <fstream>
@@ -10,17 +9,13 @@
 #include "device/colors.h"
 #include "device/doubt.h"
 #include "device/view.h"
+#include "support/matchers.h"
 #include "support/temporary-folder.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Not;
 
 class DoubtsTest : public ::testing::Test {
  protected:

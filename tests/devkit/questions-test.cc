@@ -1,9 +1,8 @@
 // What is answered to whoever asks who is there and how the device stands.
 #include "device/questions.h"
 
-#include <gmock/gmock.h>
-
 #include "bench.h"
+#include "support/matchers.h"
 
 namespace morvik::test {
 
@@ -11,8 +10,6 @@ using namespace devkit;
 namespace {
 
 using std::chrono::milliseconds;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 
 class QuestionsTest : public ::testing::Test {
  protected:
