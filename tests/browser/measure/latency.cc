@@ -23,7 +23,8 @@ constexpr const char* kChanges = R"js(
     if (times.length === 400) log('all done');
     else setTimeout(60 + morvik.random() % 60, change);
   }
-  setTimeout(1000, change);
+  morvik.button.addListener(change); // once, when somebody watches
+  log('ready');
 )js";
 
 // Notes for each colour when it is in the DOM, and when the frame that paints it is over.
@@ -73,11 +74,15 @@ void report(const std::string& what, const Json& shown, const std::vector<double
 
 void measureLatency() {
   const TemporaryFolder folder;
-  writeApplication(folder / "app", interactiveScript(kChanges), "<access>led</access>");
+  writeApplication(folder / "app", interactiveScript(kChanges),
+                   "<access>led</access><access>button</access>");
   RunningFolders run(folder.path(), MORVIK_DEV, {folder / "app"});
   WebDriver& driver = Browser::shared().driver();
   driver.open(run.page());
+  driver.waitFor("document.body.dataset.connection === 'open'");
   driver.run(kWatchLed);
+  run.program().await("log     ready");
+  run.program().say("button SIMPLE\n");
   run.program().await("all done");
   const std::vector<double> called = calledAt(run.program().output());
   driver.waitFor("window.painted['" + colorOf(called.size() - 1) + "']");
