@@ -27,7 +27,8 @@ function(write_batches out name how namespace)
     if(how STREQUAL APART)
       set(copy ${last}_${number})
       string(REGEX REPLACE "[^:]+$" "${copy}" whole ${namespace})
-      string(CONCAT text "namespace ${whole} {\nusing namespace ::${namespace};\n}\n"
+      string(CONCAT text "#pragma GCC diagnostic ignored \"-Wunused-const-variable\"\n"
+                         "namespace ${whole} {\nusing namespace ::${namespace};\n}\n"
                          "#define ${last} ${copy}\n" "${text}" "#undef ${last}\n")
     endif()
     string(APPEND sources_${batch} "${text}")

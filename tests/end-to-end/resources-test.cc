@@ -12,7 +12,6 @@
 namespace morvik::test {
 namespace {
 
-using std::string_literals::operator""s;
 
 class ResourcesTest : public FeatureTest {
  protected:
