@@ -23,6 +23,7 @@ constexpr Verb kVerbs[] = {
     {"device", "run a virtual device that applications connect to", morvik::devkit::runDevice},
     {"log", "stand in for the system log on a machine that has none", morvik::devkit::runLog},
     {"why", "tell why applications ended", morvik::devkit::runWhy},
+    {"check", "tell what is wrong with applications", morvik::devkit::runCheck},
     {"api", "tell what a script can call", morvik::devkit::runApi},
     {"help", "show this, or what one of them takes", help},
 };
