@@ -57,6 +57,8 @@ void addCure(const fs::path& folder, FolderTrouble& trouble) {
     trouble.cure = "Rename " + other + ": capitals count.";
   } else if (trouble.kind == "missing") {
     trouble.cure = "morvik-dev new NAME makes a folder with all that is needed.";
+  } else if (trouble.kind == "not-xml") {
+    trouble.cure = "Every element that is opened is closed, and & is written &amp;.";
   } else if (trouble.kind == "zero-byte") {
     trouble.cure = "Save it as text, in UTF-8.";
   } else if (trouble.kind == "config-damaged") {
@@ -94,7 +96,8 @@ Findings checkApplication(const fs::path& folder) {
 }
 
 std::string asText(const fs::path& folder, const FolderTrouble& finding) {
-  std::string place = (folder / finding.file).lexically_normal();
+  std::string place =
+      finding.file.empty() ? folder.string() : (folder / finding.file).lexically_normal().string();
   if (finding.line > 0) place += ':' + std::to_string(finding.line);
   if (finding.line > 0 && finding.column > 0) place += ':' + std::to_string(finding.column);
   return place + ": " + finding.text + " [" + finding.kind + "]\n" +

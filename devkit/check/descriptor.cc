@@ -104,6 +104,8 @@ class Accesses {
   void lookAtContent(const xmlNode* content, Place place) {
     const bool isText = content->type == XML_TEXT_NODE || content->type == XML_CDATA_SECTION_NODE;
     if (!isText || content->next != nullptr) {
+      for (const xmlNode* part = content; part != nullptr; part = part->next)
+        intend(trimmed(textOf(part->content)));
       tell(place, "access-misplaced", "holds something else than a name",
            "Write <access>led</access>, with nothing else in it.");
       return;
