@@ -208,6 +208,8 @@ TEST_F(CheckTest, takesWhatIsAskedForBeforeItIsUsed) {
   expectNothing(
       "social.init(function () { log(social.twitter ? social.twitter.sign('a') : ''); });");
   expectNothing("log(globalThis.console ? 'mute' : 'none');");
+  expectNothing("if (morvik.hasOwnProperty('led')) { log(morvik.led.light.name); }");
+  expectNothing("if ('led' in morvik) { log(morvik.led.light.name); }");
 }
 
 TEST_F(CheckTest, takesListenersThatMayStay) {
@@ -264,6 +266,28 @@ TEST_F(CheckTest, readsScriptsOfAnyNameWhenTheNameIsMade) {
   EXPECT_THAT(run({MORVIK_DEV, "check", folder}).output, ContainsRegex("a.js:1:1: .*console"));
   write("app", "log('alone');", "");
   EXPECT_THAT(run({MORVIK_DEV, "check", folder}).output, IsEmpty());
+}
+
+TEST_F(CheckTest, knowsWhenAnIncludedScriptRuns) {
+  const std::string connect = "morvik.connect('127.0.0.1', 7410);\n";
+  const fs::path folder =
+      write("app", connect + "morvik.start(function () { include('lit.js'); });");
+  std::ofstream(folder / "lit.js") << "morvik.led.light('red');";
+  EXPECT_THAT(run({MORVIK_DEV, "check", folder}).output, IsEmpty());
+  write("app", connect + "include('lit.js');");
+  EXPECT_THAT(run({MORVIK_DEV, "check", folder}).output,
+              ContainsRegex("lit.js:1:1: .*not-interactive"));
+}
+
+TEST_F(CheckTest, letsAFunctionUseWhatItHears) {
+  const std::string listener = "morvik.rfid.addListener(function (tag) {";
+  const std::string accesses = "<access>rfid</access>";
+  expectNothing(listener + "var now; now = tag; log(now.id); return true; });", accesses);
+  expectNothing(listener + "var all = []; all.push(tag); tag.self = tag; return true; });",
+                accesses);
+  expectKind("kept-object", "var last;\n" + listener + "last = tag; return true; });", accesses);
+  expectKind("kept-object", "var all = [];\n" + listener + "all.push(tag); return true; });",
+             accesses);
 }
 
 TEST_F(CheckTest, survivesWhatIsNoProgram) {

@@ -65,13 +65,14 @@ class Callbacks {
   }
 
   checkHeard(called, name, type) {
+    const own = this.namesIn(called);
     walk(called.body, (node) => {
       if (kFunctions.has(node.type) && node.params.some((one) => one.name === name)) return false;
       if (node.type === 'BinaryExpression' && /^[!=]==?$/.test(node.operator)) this.checkComparison(node, name, type);
       if (node.type === 'SwitchStatement') node.cases.forEach((one) => one.test && this.compare(node.discriminant, one.test, name, type));
-      if (node.type === 'AssignmentExpression') this.checkKept(node.right, node, name, type);
+      if (node.type === 'AssignmentExpression') this.checkKept(node.right, node.left, own, name, type);
       if (node.type === 'CallExpression' && node.callee.type === 'MemberExpression' && propertyName(node.callee) === 'push') {
-        node.arguments.forEach((argument) => this.checkKept(argument, node, name, type));
+        node.arguments.forEach((argument) => this.checkKept(argument, node.callee, own, name, type));
       }
       return true;
     });
@@ -97,8 +98,20 @@ class Callbacks {
     this.report(other, 'unknown-name', `${name} is never ${JSON.stringify(known.value)} here`, meant(known.value, names));
   }
 
+  // What a function declares goes with it.
+  namesIn(called) {
+    const names = new Set();
+    walk(called.body, (node) => {
+      if (node.type === 'VariableDeclarator' && node.id.type === 'Identifier') names.add(node.id.name);
+    });
+    return names;
+  }
+
   // What outlives the function holds the whole context of the object.
-  checkKept(value, place, name, type) {
+  checkKept(value, place, own, name, type) {
+    let root = place;
+    while (root.type === 'MemberExpression') root = root.object;
+    if (root.type === 'Identifier' && (own.has(root.name) || root.name === name)) return;
     if (value.type !== 'Identifier' || value.name !== name) return;
     if (!this.api.shapes.has(type.replace('[]', '')) && !type.startsWith('{')) return;
     this.report(place, 'kept-object', `${name} is kept, and holds some 160 KB for as long as it is`, `Keep a copy: Object.assign({}, ${name}), or its texts.`);

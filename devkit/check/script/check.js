@@ -44,6 +44,10 @@ function isAtTop(ancestors) {
   return !ancestors.some((node) => kFunctions.has(node.type) || node.type === 'ClassBody');
 }
 
+function isInclude(node) {
+  return node.type === 'CallExpression' && node.callee.type === 'Identifier' && node.callee.name === 'include' && node.arguments.length === 1;
+}
+
 function isInTry(ancestors) {
   return ancestors.some((node, i) => node.type === 'TryStatement' && ancestors[i + 1] === node.block);
 }
@@ -57,7 +61,6 @@ class Check {
     this.failed = false;
     this.current = null;
     const report = (node, kind, text, cure) => this.report(node, kind, text, cure);
-    this.reportTo = report;
     this.folder = new Folder(names, app, report);
     this.trees = this.readAll();
     this.program = new Program(this.trees);
@@ -92,17 +95,18 @@ class Check {
       if (tree === null) return;
       trees.push({ name, tree });
       reading.push(name);
-      walk(tree, (node) => this.followInclude(node, name, reading, seen, read));
+      walk(tree, (node, ancestors) => {
+        if (isInclude(node)) this.followInclude(node, name, isAtTop(ancestors), reading, seen, read);
+      });
       reading.pop();
     };
+    this.atTop = new Set(['main.js']); // files whose top runs in the first run of main.js
     if ('main.js' in this.sources) read('main.js');
     this.reached = [...seen];
     return trees;
   }
 
-  followInclude(node, from, reading, seen, read) {
-    const isInclude = node.type === 'CallExpression' && node.callee.type === 'Identifier' && node.callee.name === 'include';
-    if (!isInclude || node.arguments.length !== 1) return;
+  followInclude(node, from, isTop, reading, seen, read) {
     const argument = node.arguments[0];
     if (argument.type !== 'Literal' || typeof argument.value !== 'string') return this.followAny(seen, read);
     const name = plainName(argument.value);
@@ -110,6 +114,7 @@ class Check {
       this.current = from;
       this.report(node, 'include-circle', `${[...reading.slice(reading.indexOf(name)), name].join(' includes ')}, and so for ever`, 'Include each file once, from main.js.');
     } else if (name in this.sources && !seen.has(name)) {
+      if (isTop && this.atTop.has(from)) this.atTop.add(name);
       read(name);
     }
   }
@@ -158,7 +163,7 @@ class Check {
     if (isInTry(ancestors)) this.folder.unread.length = unread; // it is known that the file may be missing
     if (callback) this.callbacks.check(callback, path, description.callback ?? { hears: [] });
     if (path === 'morvik.serial.addListener__' && node.arguments.length > 0) this.callbacks.checkObject(node.arguments[0], path);
-    if (isAtTop(ancestors)) this.lookAtTop(node, path, description);
+    if (this.atTop.has(node.file) && isAtTop(ancestors)) this.lookAtTop(node, path, description);
   }
 
   lookAtTop(node, path, description) {

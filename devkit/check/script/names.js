@@ -32,6 +32,7 @@ class Names {
     if (node.type === 'IfStatement' || node.type === 'ConditionalExpression') this.guardTest(node.test);
     if (node.type === 'LogicalExpression') this.guardTest(node.left);
     if (node.type === 'MemberExpression' && node.optional) this.guard(node.object);
+    if (node.type === 'MemberExpression' && /^hasOwn/.test(propertyName(node) ?? '')) this.everything = true;
   }
 
   guardTest(node) {
@@ -123,7 +124,7 @@ class Names {
     const object = this.api.objects.get(path);
     if (!object || !object.grant) return;
     this.used.add(object.grant);
-    if (this.granted === null || this.granted.includes(object.grant) || this.guards.has(path)) return;
+    if (this.everything || this.granted === null || this.granted.includes(object.grant) || this.guards.has(path)) return;
     this.tellOnce(node, path, 'not-granted', `${path} is not there: descriptor.xml does not grant it`, `Add <access>${object.grant}</access> to <accesses>.`);
   }
 }

@@ -4,16 +4,23 @@
 
 const kFunctions = new Set(['FunctionDeclaration', 'FunctionExpression', 'ArrowFunctionExpression']);
 
-/** Calls visit(node, ancestors) for each node below and with this one, from the outside. */
+/**
+ * Calls visit(node, ancestors) for each node below and with this one, from the outside. What is
+ * below a node for which it gives false is left out. `ancestors` is valid during the call.
+ */
 function walk(node, visit, ancestors = []) {
   if (visit(node, ancestors) === false) return;
-  const below = ancestors.concat(node);
-  for (const key of Object.keys(node)) {
+  ancestors.push(node);
+  for (const key in node) {
     const value = node[key];
-    for (const child of Array.isArray(value) ? value : [value]) {
-      if (child !== null && typeof child === 'object' && typeof child.type === 'string') walk(child, visit, below);
+    if (value === null || typeof value !== 'object' || key === 'loc') continue;
+    if (Array.isArray(value)) {
+      for (const child of value) if (child !== null && typeof child.type === 'string') walk(child, visit, ancestors);
+    } else if (typeof value.type === 'string') {
+      walk(value, visit, ancestors);
     }
   }
+  ancestors.pop();
 }
 
 function propertyName(node) {
@@ -26,7 +33,6 @@ class Program {
     this.files = files; // {name, tree}
     this.names = new Map(); // to {writes, value}
     this.assignedMembers = new Set(); // texts of "a.b" that the program assigns
-    this.tested = new Set(); // paths and names that the program asks for before it uses them
     for (const file of files) walk(file.tree, (node) => this.takeNames(node));
   }
 
@@ -55,7 +61,7 @@ class Program {
       if (node.id) this.write(node.id.name, node);
       node.params.forEach((parameter) => this.takePattern(parameter, null));
     }
-    if (node.type === 'ClassDeclaration') this.write(node.id.name, null);
+    if (node.type.startsWith('Class') && node.id) this.write(node.id.name, null);
     if (node.type === 'CatchClause') this.takePattern(node.param, null);
     if (node.type === 'VariableDeclarator') this.takeDeclarator(node);
     if (node.type === 'AssignmentExpression') this.takeAssignment(node);

@@ -49,7 +49,7 @@ const kColorNames = new Set(('aliceblue antiquewhite aqua aquamarine azure beige
 
 function isColor(text) {
   const color = text.toLowerCase();
-  return kColorNames.has(color) || /^#([0-9a-f]{3}|[0-9a-f]{6})$/.test(color) || /^(rgb|hsl)\([0-9 ,.%]+\)$/.test(color);
+  return kColorNames.has(color) || /^#([0-9a-f]{3,4}|[0-9a-f]{6}|[0-9a-f]{8})$/.test(color) || /^(rgb|hsl)a?\([0-9 ,.%/]+\)$/.test(color);
 }
 
 /** What the host's filter has against a name, or null. */
