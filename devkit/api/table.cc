@@ -1,6 +1,8 @@
 // Reading of the table, and what several of its users say of an entry.
 #include "api/table.h"
 
+#include <algorithm>
+
 #include <nlohmann/json.hpp>
 
 #include "api/toolbox-files.h"
@@ -34,6 +36,11 @@ const Json& apiTable() {
 const std::set<std::string>& accessNames() {
   static const std::set<std::string> names = namesIn(apiTable());
   return names;
+}
+
+bool hasObject(const std::string& path) {
+  return std::ranges::any_of(apiTable()["objects"],
+                             [&path](const Json& object) { return object["name"] == path; });
 }
 
 std::string pathOf(const Json& object, const Json& member) {

@@ -15,6 +15,9 @@ const Json& apiTable();
 /// The names that a descriptor may grant.
 const std::set<std::string>& accessNames();
 
+/// Whether there is an object of this path, such as "morvik.led".
+bool hasObject(const std::string& path);
+
 /// "morvik.led.light", "log": as a script writes a member of an object of the table.
 std::string pathOf(const Json& object, const Json& member);
 
