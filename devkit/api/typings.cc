@@ -198,8 +198,8 @@ std::string qualified(const std::string& text) {
   std::string result;
   std::istringstream lines(text);
   for (std::string line; std::getline(lines, line);) {
-    result +=
-        (line.starts_with("/**") ? line : std::regex_replace(line, name, "$1Morvik.$2")) + '\n';
+    result += line.starts_with("/**") ? line : std::regex_replace(line, name, "$1Morvik.$2");
+    result += '\n';
   }
   return result;
 }

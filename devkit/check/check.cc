@@ -44,7 +44,7 @@ std::string lowerCase(std::string text) {
 std::string inOtherCase(const fs::path& folder, const std::string& name) {
   std::error_code error;
   for (const auto& entry : fs::directory_iterator(folder, error)) {
-    const std::string other = entry.path().filename();
+    std::string other = entry.path().filename();
     if (other != name && lowerCase(other) == lowerCase(name)) return other;
   }
   return "";

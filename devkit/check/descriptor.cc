@@ -39,7 +39,7 @@ std::string lowerCase(const std::string& text) {
 std::string pathOf(const xmlNode* node) {
   std::string path;
   for (; node != nullptr && node->type == XML_ELEMENT_NODE; node = node->parent) {
-    path = '/' + textOf(node->name) + path;
+    path.insert(0, '/' + textOf(node->name));
   }
   return path;
 }

@@ -1,6 +1,8 @@
 // Hands an application's scripts to the rules, and makes findings of what they say.
 #include "check/scripts.h"
 
+#include <glib.h>
+
 #include <algorithm>
 #include <map>
 #include <set>
@@ -22,19 +24,24 @@ using Sources = std::map<std::string, std::string>;  // bytes by name
 constexpr int kDeepestFolder = 6;
 constexpr std::size_t kMostFiles = 5000;
 
-// Names below the folder; hidden ones and modules of another world are left out.
+bool isLookedAt(const std::string& name) {
+  return !name.starts_with('.') && name != "node_modules" &&
+         g_utf8_validate(name.data(), static_cast<gssize>(name.size()), nullptr) != FALSE;
+}
+
+// Names below the folder. Hidden ones, modules of another world and names that no script can write
+// are left out; a link that leads nowhere is no file.
 std::vector<std::string> namesBelow(const fs::path& folder) {
+  constexpr auto kOptions = fs::directory_options::skip_permission_denied;
   std::vector<std::string> names;
   std::error_code error;
-  constexpr auto kOptions = fs::directory_options::skip_permission_denied;
+  std::error_code ignored;
   for (fs::recursive_directory_iterator entry(folder, kOptions, error), end;
        !error && entry != end && names.size() < kMostFiles; entry.increment(error)) {
-    const std::string name = entry->path().filename();
-    const bool skipped = name.starts_with('.') || name == "node_modules";
-    if (entry->is_directory(error) && (skipped || entry.depth() >= kDeepestFolder))
-      entry.disable_recursion_pending();
-    if (!skipped && entry->is_regular_file(error))
-      names.push_back(entry->path().lexically_relative(folder));
+    const bool lookedAt = isLookedAt(entry->path().filename());
+    if (!lookedAt || entry.depth() >= kDeepestFolder) entry.disable_recursion_pending();
+    if (!lookedAt || !entry->is_regular_file(ignored)) continue;
+    names.push_back(entry->path().lexically_relative(folder));
   }
   std::ranges::sort(names);
   return names;

@@ -290,6 +290,19 @@ TEST_F(CheckTest, letsAFunctionUseWhatItHears) {
              accesses);
 }
 
+TEST_F(CheckTest, survivesOddNamesInAFolder) {
+  const fs::path folder = write("app", "include('a' + '.js');", "");
+  std::ofstream(folder / "\xff.js") << "console.log(1);";
+  fs::create_symlink("nowhere", folder / "0.js");
+  fs::create_directory_symlink(".", folder / "again");
+  fs::create_directories(folder / ".hidden" / "node_modules");
+  std::ofstream(folder / "z.js") << "console.log(1);";
+  EXPECT_THAT(run({MORVIK_DEV, "check", folder}).output,
+              StartsWith(folder.string() + "/z.js:1:1:"));
+  const Outcome asFolder = run({MORVIK_DEV, "check", folder.string() + "/"});
+  EXPECT_THAT(asFolder.output, StartsWith(folder.string() + "/z.js:1:1:"));
+}
+
 TEST_F(CheckTest, survivesWhatIsNoProgram) {
   expectKind("zero-byte", std::string("\0\x01\xff", 3));
   expectKind("syntax", std::string(100000, '('));
