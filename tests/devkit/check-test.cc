@@ -190,6 +190,17 @@ TEST_F(CheckTest, leavesWordsOfTheLanguageAlone) {
       "for (var name in params) { log(name + arguments.length); }\n");
 }
 
+TEST_F(CheckTest, knowsWhereANameIsDeclared) {
+  expectNothing(
+      "function count() { later++; return inner(); function inner() { return later; } }\n"
+      "var later = 1; made = count(); log(made);\n"
+      "for (let i of [1]) { log(i); } try { log(1); } catch ({ message }) { log(message); }\n"
+      "log(function own(n) { return n ? own(n - 1) : 0; }(3));\n");
+  expectKind("not-defined", "function one(code) { log(code); }\nfunction two() { log(code); }");
+  expectKind("not-defined", "if (missing === 1) { log('one'); }");
+  expectKind("not-granted", "var o = {}; if (o.hasOwnProperty('led')) { morvik.led.light; }");
+}
+
 TEST_F(CheckTest, takesAnAccessByAnyName) {
   expectNothing(
       "var at = instanceName.split(':');\nmorvik.connect(at[0], Number(at[1]));\n"

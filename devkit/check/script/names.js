@@ -28,19 +28,25 @@ class Names {
 
   /** Takes what a program asks for: `if (morvik.led)`, `typeof fetch`. */
   takeGuards(node) {
-    if (node.type === 'UnaryExpression' && node.operator === 'typeof') this.guard(node.argument);
+    if (node.type === 'UnaryExpression' && node.operator === 'typeof') this.guardTypeof(node.argument);
     if (node.type === 'IfStatement' || node.type === 'ConditionalExpression') this.guardTest(node.test);
     if (node.type === 'LogicalExpression') this.guardTest(node.left);
     if (node.type === 'MemberExpression' && node.optional) this.guard(node.object);
-    if (node.type === 'MemberExpression' && /^hasOwn/.test(propertyName(node) ?? '')) this.everything = true;
+    const asked = node.type === 'MemberExpression' && propertyName(node) === 'hasOwnProperty' ? node.object : null;
+    const within = node.type === 'BinaryExpression' && node.operator === 'in' ? node.right : asked;
+    if (within !== null && this.api.objects.has(this.program.pathOf(within))) this.everything = true;
+  }
+
+  guardTypeof(node) {
+    if (node.type === 'Identifier') this.guards.add(node.name);
+    this.guard(node);
   }
 
   guardTest(node) {
     if (node.type === 'UnaryExpression') this.guardTest(node.argument);
     if (node.type === 'LogicalExpression') [node.left, node.right].forEach((side) => this.guardTest(side));
-    if (node.type === 'BinaryExpression' && node.operator === 'in') this.everything = true;
     if (node.type === 'BinaryExpression') [node.left, node.right].forEach((side) => this.guardTest(side));
-    this.guard(node);
+    if (node.type === 'MemberExpression') this.guard(node);
   }
 
   guard(node) {
@@ -71,7 +77,7 @@ class Names {
 
   checkName(node, ancestors) {
     const { name } = node;
-    if (this.program.isOwn(name) || this.guards.has(name)) return;
+    if (this.program.isVisible(name, ancestors) || this.guards.has(name)) return;
     const parent = ancestors[ancestors.length - 1];
     if (name === 'morvik' && !(parent.type === 'MemberExpression' && parent.object === node) && parent.type !== 'VariableDeclarator') this.everything = true;
     if (this.api.isGlobal(name)) return this.checkGrant(node, name);

@@ -28,12 +28,19 @@ function propertyName(node) {
   return node.property.type === 'Literal' ? String(node.property.value) : null;
 }
 
+function functionsAmong(nodes) {
+  return nodes.filter((node) => kFunctions.has(node.type));
+}
+
 class Program {
   constructor(files) {
     this.files = files; // {name, tree}
     this.names = new Map(); // to {writes, value}
+    this.scopes = new Map(); // a function, or null for the whole program, to the names that it declares
+    this.assigned = []; // [name, functions around it]
     this.assignedMembers = new Set(); // texts of "a.b" that the program assigns
-    for (const file of files) walk(file.tree, (node) => this.takeNames(node));
+    for (const file of files) walk(file.tree, (node, ancestors) => this.takeNames(node, functionsAmong(ancestors)));
+    this.declareAssigned();
   }
 
   write(name, value) {
@@ -42,51 +49,77 @@ class Program {
     else this.names.set(name, { writes: 1, value });
   }
 
+  declare(name, value, scope) {
+    if (!this.scopes.has(scope)) this.scopes.set(scope, new Set());
+    this.scopes.get(scope).add(name);
+    this.write(name, value);
+  }
+
+  /** What is assigned and nowhere declared becomes a global name. */
+  declareAssigned() {
+    const globals = this.assigned.filter(([name, around]) => !this.isVisible(name, around)).map(([name]) => name);
+    for (const name of globals) this.declare(name, null, null);
+  }
+
   /** The names of a pattern. `value` is what the whole pattern gets, as far as that is known. */
-  takePattern(pattern, value) {
+  takePattern(pattern, value, take) {
     if (pattern === null) return;
-    if (pattern.type === 'Identifier') this.write(pattern.name, value);
-    if (pattern.type === 'AssignmentPattern') this.takePattern(pattern.left, null);
-    if (pattern.type === 'RestElement') this.takePattern(pattern.argument, null);
-    if (pattern.type === 'ArrayPattern') pattern.elements.forEach((element) => this.takePattern(element, null));
+    if (pattern.type === 'Identifier') take(pattern.name, value);
+    if (pattern.type === 'AssignmentPattern') this.takePattern(pattern.left, null, take);
+    if (pattern.type === 'RestElement') this.takePattern(pattern.argument, null, take);
+    if (pattern.type === 'ArrayPattern') pattern.elements.forEach((element) => this.takePattern(element, null, take));
     if (pattern.type !== 'ObjectPattern') return;
     for (const property of pattern.properties) {
-      if (property.type === 'RestElement') this.takePattern(property.argument, null);
-      else this.takePattern(property.value, value && !property.computed && { type: 'MemberExpression', object: value, property: property.key, computed: false });
+      if (property.type === 'RestElement') this.takePattern(property.argument, null, take);
+      else this.takePattern(property.value, value && !property.computed && { type: 'MemberExpression', object: value, property: property.key, computed: false }, take);
     }
   }
 
-  takeNames(node) {
-    if (kFunctions.has(node.type)) {
-      if (node.id) this.write(node.id.name, node);
-      node.params.forEach((parameter) => this.takePattern(parameter, null));
-    }
-    if (node.type.startsWith('Class') && node.id) this.write(node.id.name, null);
-    if (node.type === 'CatchClause') this.takePattern(node.param, null);
-    if (node.type === 'VariableDeclarator') this.takeDeclarator(node);
-    if (node.type === 'AssignmentExpression') this.takeAssignment(node);
-    if (node.type === 'UpdateExpression') this.takePattern(node.argument, null);
-    if (node.type === 'ForInStatement' || node.type === 'ForOfStatement') this.takeLoop(node);
+  // A name counts in the whole function that declares it, wherever in there it does.
+  takeNames(node, around) {
+    const scope = around[around.length - 1] ?? null;
+    const declare = (name, value) => this.declare(name, value, scope);
+    if (kFunctions.has(node.type)) this.takeFunction(node, scope);
+    if (node.type.startsWith('Class') && node.id) declare(node.id.name, null);
+    if (node.type === 'CatchClause') this.takePattern(node.param, null, declare);
+    if (node.type === 'VariableDeclarator') this.takeDeclarator(node, declare);
+    const assign = (name, value) => {
+      this.assigned.push([name, around]);
+      this.write(name, value);
+    };
+    if (node.type === 'AssignmentExpression') this.takeAssignment(node, assign);
+    if (node.type === 'UpdateExpression') this.takePattern(node.argument, null, assign);
+    if (node.type === 'ForInStatement' || node.type === 'ForOfStatement') this.takeLoop(node, assign);
   }
 
-  takeDeclarator(node) {
-    // Without a value it is written by whoever assigns to it.
-    if (node.init !== null || !this.names.has(node.id.name)) this.takePattern(node.id, node.init);
+  takeFunction(node, scope) {
+    if (node.id) this.declare(node.id.name, node, node.type === 'FunctionDeclaration' ? scope : node);
+    node.params.forEach((parameter) => this.takePattern(parameter, null, (name) => this.declare(name, null, node)));
+  }
+
+  // Without a value it is written by whoever assigns to it.
+  takeDeclarator(node, declare) {
+    this.takePattern(node.id, node.init, declare);
     if (node.init === null && node.id.type === 'Identifier') this.names.get(node.id.name).writes++;
   }
 
-  takeAssignment(node) {
+  takeAssignment(node, assign) {
     if (node.left.type === 'MemberExpression') this.assignedMembers.add(this.pathOf(node.left));
-    this.takePattern(node.left, node.operator === '=' ? node.right : null);
+    this.takePattern(node.left, node.operator === '=' ? node.right : null, assign);
   }
 
-  takeLoop(node) {
-    if (node.left.type !== 'VariableDeclaration') this.takePattern(node.left, null);
-    else node.left.declarations.forEach((one) => this.names.get(one.id.name) && this.names.get(one.id.name).writes++);
+  takeLoop(node, assign) {
+    if (node.left.type !== 'VariableDeclaration') this.takePattern(node.left, null, assign);
   }
 
   isOwn(name) {
     return this.names.has(name);
+  }
+
+  /** Whether something declares the name for a place within these nodes. */
+  isVisible(name, ancestors) {
+    const declares = (scope) => this.scopes.get(scope)?.has(name) ?? false;
+    return declares(null) || functionsAmong(ancestors).some(declares);
   }
 
   /** What a name of the program's stands for when that never changes, or null. */
