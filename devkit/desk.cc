@@ -28,6 +28,12 @@ std::vector<std::string> namesOf(const std::vector<std::filesystem::path>& folde
   return names;
 }
 
+// The device knows numbers, the session names.
+bool asksForApps(const std::string& line) {
+  const GText text(g_strdup(line.c_str()));
+  return g_strstrip(text.get()) == std::string_view("apps");
+}
+
 gboolean quitLater(gpointer untilTold) {
   static_cast<UntilTold*>(untilTold)->quit();
   return G_SOURCE_REMOVE;
@@ -98,6 +104,7 @@ std::optional<std::string> Desk::begin() {
   hears_ = std::make_unique<Observation>(device_->events(), ofDevice);
   session_ = std::make_unique<Session>(ofApplications, *device_);
   if (!session_->prepare(plan_.session, trouble)) return trouble;
+  device_->setAppFolders(session_->folders());
   if (auto reason = beginPage()) return reason;
   greet();
   beginKeys();
@@ -166,6 +173,7 @@ void Desk::obey(const KeyCommand& command) {
 }
 
 void Desk::stimulate(const std::string& line) {
+  if (asksForApps(line)) return view_.showText(session_->inWords());
   const Outcome outcome = device_->stimulate(line);
   if (!outcome.text.empty()) view_.showText(outcome.text);
 }
@@ -215,9 +223,7 @@ std::string Desk::nameOf(AppNumber application) {
 
 void Desk::happened(const Event& event) {
   showEvent(event);
-  if (const auto* left = std::get_if<Left>(&event.what); left != nullptr && session_) {
-    session_->forget(left->application);
-  }
+  if (session_) session_->hear(event);
   if (page_) page_->happened(event);
 }
 
@@ -226,8 +232,12 @@ void Desk::showEvent(const Event& event) {
     log_.told(nameOf(came->application), "connected", RowLook::kFaint);
   } else if (const auto* received = std::get_if<Received>(&event.what)) {
     log_.passed(nameOf(received->application), Direction::kFromApplication, *received->message);
-  } else if (const auto* sent = std::get_if<Sent>(&event.what)) {
-    log_.passed(nameOf(sent->application), Direction::kToApplication, *sent->message);
+  } else if (const auto* sent = std::get_if<Sent>(&event.what);
+             sent != nullptr && !isRepeated(*sent)) {
+    log_.passed(sent->together.empty() ? nameOf(sent->application) : "all",
+                Direction::kToApplication, *sent->message);
+  } else if (const auto* doubted = std::get_if<Doubted>(&event.what)) {
+    log_.doubted(nameOf(doubted->application), doubted->doubt);
   } else if (const auto* noted = std::get_if<Noted>(&event.what)) {
     log_.told("device", noted->text, RowLook::kFaint);
   } else if (const auto* trouble = std::get_if<Trouble>(&event.what)) {

@@ -131,9 +131,9 @@ Json RunPage::applications() const {
 
 Outcome RunPage::stimulate(const std::string& name, const Json& arguments,
                            std::optional<unsigned> app) {
-  Json request{{"stimulus", name}, {"arguments", arguments}};
-  if (app) request["app"] = *app;
-  return device_.stimulate(request);
+  Json stimulus{{"stimulus", name}, {"arguments", arguments}};
+  if (app) stimulus["app"] = *app;
+  return device_.request(stimulus);
 }
 
 Outcome RunPage::act(const PageAct& act) {

@@ -42,7 +42,10 @@ constexpr VerbHelp kHelp = {
     "  12:00:01.123 app 1 ->  led light red  #3f2a\n"
     "  12:00:01.124 app 1 <-  response OK  #3f2a\n\n"
     "-> is a message from the application, <- one to it. Equal marks (#3f2a) belong together.\n"
-    "Lines on standard input tell what the world does to it, \"help\" which there are.\n"
+    "What goes to every application stands once, for \"all\". ?? marks what a real device may\n"
+    "not do.\n"
+    "Lines on standard input tell what the world does to it, \"help\" which there are; \"apps\"\n"
+    "and \"state\" tell how things stand.\n"
     "The user's messages, contacts and credentials stay in the state folder.\n"
     "With --page a browser shows it, at the address that is told; the address is a secret.\n"
     "With --events=json every line, in and out, is for programs; docs/device-json.md tells.",

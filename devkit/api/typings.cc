@@ -225,7 +225,10 @@ std::string typings(const Granted& granted) {
     globals +=
         comment("", object["about"]) + "declare var " + name + ": Morvik." + name + "Object;\n";
   }
-  return kHead + ("declare namespace Morvik {\n" + indented(inner) + "}\n\n") + qualified(globals);
+  std::string text = std::string(kHead) + "declare namespace Morvik {\n";
+  text += indented(inner);
+  text += "}\n\n";
+  return text + qualified(globals);
 }
 
 }  // namespace morvik::devkit

@@ -89,7 +89,7 @@ class Accesses {
            "Leave xmlns out.");
     } else if (path != kPlace) {
       tell(place, "access-misplaced", "grants nothing at " + path,
-           std::string("It belongs at ") + kPlace + '.');
+           "It belongs at /descriptor/accesses/access.");
     } else if (node->children == nullptr) {
       tell(place, "access-empty", "an empty access ends the application at its start",
            "Name an access, or remove the element.");

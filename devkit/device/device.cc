@@ -1,10 +1,22 @@
 // Who uses the device, and what is being done.
 #include "device/device.h"
 
+#include <algorithm>
+
 #include "device/features/features.h"
 #include "device/owned.h"
+#include "device/text.h"
 
 namespace morvik::devkit {
+namespace {
+
+bool isKnown(const std::vector<Doubt>& doubts, const Doubt& doubt) {
+  return std::ranges::any_of(doubts, [&](const Doubt& one) {
+    return one.about == doubt.about && one.value == doubt.value;
+  });
+}
+
+}  // namespace
 
 using std::chrono::milliseconds;
 
@@ -48,6 +60,19 @@ const Application* Device::application(AppNumber number) const {
   return found != applications_.end() ? &found->second : nullptr;
 }
 
+void Device::doubt(AppNumber number, Doubt doubt) {
+  const Application* asker = application(number);
+  doubt.value = shortened(doubt.value);
+  if (asker == nullptr || isKnown(asker->doubts, doubt)) return;
+  const auto before = std::ranges::count(asker->doubts, doubt.about, &Doubt::about);
+  if (static_cast<std::size_t>(before) >= kMostDoubts) return;
+  if (static_cast<std::size_t>(before) + 1 == kMostDoubts) {
+    doubt.text += " (more of this kind are not told)";
+  }
+  changeApplication(number, [&](Application& changed) { changed.doubts.push_back(doubt); });
+  events_.raise(Doubted{number, std::move(doubt)});
+}
+
 void Device::after(milliseconds delay, std::function<void()> what) {
   scheduler_.after(delay, [this, what = std::move(what)] {
     const Events::Pause pause(events_);
@@ -55,11 +80,13 @@ void Device::after(milliseconds delay, std::function<void()> what) {
   });
 }
 
-void Device::send(AppNumber to, zeph::ZephMsg message) {
+void Device::send(AppNumber to, zeph::ZephMsg message) { pass(to, std::move(message), {}); }
+
+void Device::pass(AppNumber to, zeph::ZephMsg message, std::vector<AppNumber> together) {
   if (application(to) == nullptr) return;
   message.set_id(GText(g_uuid_string_random()).get());
   const auto passed = std::make_shared<const zeph::ZephMsg>(std::move(message));
-  events_.raise(Sent{to, passed});
+  events_.raise(Sent{to, passed, std::move(together)});
   outlet_.send(to, *passed, deliveryTo(to));
 }
 
@@ -70,8 +97,15 @@ Delivery Device::deliveryTo(AppNumber application) {
   return delivery;
 }
 
+void Device::sendTo(const std::vector<AppNumber>& to, const zeph::ZephMsg& message) {
+  const std::vector<AppNumber> together = to.size() > 1 ? to : std::vector<AppNumber>{};
+  for (const AppNumber number : to) pass(number, message, together);
+}
+
 void Device::sendToAll(const zeph::ZephMsg& message) {
-  for (const auto& [number, application] : applications_) send(number, message);
+  std::vector<AppNumber> everybody;
+  for (const auto& [number, application] : applications_) everybody.push_back(number);
+  sendTo(everybody, message);
 }
 
 void Device::begin(Work work, Order order, milliseconds length) {

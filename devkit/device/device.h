@@ -11,10 +11,12 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "device/events.h"
 #include "device/faults.h"
 #include "device/scheduler.h"
+#include "device/sound-address.h"
 #include "device/state.h"
 #include "device/store.h"
 #include "device/works.h"
@@ -57,6 +59,10 @@ class Device {
   Store& store() const { return *store_; }
   std::chrono::milliseconds now() const { return scheduler_.now(); }
 
+  /// Where the files are that applications play from their folders.
+  const AppFolders& appFolders() const { return appFolders_; }
+  void setAppFolders(AppFolders folders) { appFolders_ = std::move(folders); }
+
   // What follows is for features.
 
   /// The only way to change the state: `part` names the part of the view that is then another.
@@ -82,9 +88,14 @@ class Device {
   /// Says so of a part that is kept elsewhere, in the store.
   void changed(const char* part) { events_.raise(Changed{part}); }
   void note(const std::string& what) { events_.raise(Noted{what}); }
+  /// Tells a doubt of what an application asks for, unless it was told before or there were
+  /// kMostDoubts of its kind. Nothing when the application is gone.
+  void doubt(AppNumber application, Doubt doubt);
 
   /// The message is given an id. One for an application that is gone is dropped.
   void send(AppNumber to, zeph::ZephMsg message);
+  /// The same to several; `to` are applications that are there.
+  void sendTo(const std::vector<AppNumber>& to, const zeph::ZephMsg& message);
   void sendToAll(const zeph::ZephMsg& message);
   void drop(AppNumber application) { outlet_.drop(application); }
   void after(std::chrono::milliseconds delay, std::function<void()> what);
@@ -101,6 +112,7 @@ class Device {
   std::optional<Underway> take(Work work);
 
  private:
+  void pass(AppNumber to, zeph::ZephMsg message, std::vector<AppNumber> together);
   Delivery deliveryTo(AppNumber application);
 
   Outlet& outlet_;
@@ -109,6 +121,7 @@ class Device {
   DeviceState state_;
   Faults faults_;
   std::map<AppNumber, Application> applications_;
+  AppFolders appFolders_;
   Events events_;
   Works works_;
 };

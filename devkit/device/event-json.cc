@@ -32,6 +32,7 @@ const char* add(JsonObject& shown, const Received& received) {
 
 const char* add(JsonObject& shown, const Sent& sent) {
   shown.number("application", sent.application).member("message", toJson(*sent.message));
+  if (!sent.together.empty()) shown.member("together", sent.together);
   return "sent";
 }
 
@@ -57,6 +58,12 @@ const char* add(JsonObject& shown, const Stimulated& stimulated) {
   JsonObject arguments = shown.object("arguments");
   for (const auto& [name, values] : stimulated.arguments) arguments.texts(name.c_str(), values);
   return "stimulus";
+}
+
+const char* add(JsonObject& shown, const Doubted& doubted) {
+  shown.number("application", doubted.application);
+  show(doubted.doubt, shown);
+  return "doubt";
 }
 
 const char* add(JsonObject& shown, const Noted& noted) {

@@ -12,6 +12,7 @@
 #include <variant>
 #include <vector>
 
+#include "device/doubt.h"
 #include "device/work.h"
 
 namespace morvik::devkit {
@@ -39,7 +40,15 @@ struct Received {
 struct Sent {
   AppNumber application;
   PassedMessage message;
+  /// All applications that are sent the same at once, each under an id of its own, in the order in
+  /// which that is told; empty for a message to one alone.
+  std::vector<AppNumber> together = {};
 };
+
+/// Of a message that goes to several applications, the first is enough for a reader.
+inline bool isRepeated(const Sent& sent) {
+  return !sent.together.empty() && sent.application != sent.together.front();
+}
 
 /// A part of the view is no longer what it was: one of the names at the top of the view's JSON
 /// form, such as "led" or "applications". Told after the change.
@@ -67,6 +76,12 @@ struct Stimulated {
   std::map<std::string, std::vector<std::string>> arguments;
 };
 
+/// An application was given something that a real device may not give it. Told once for each fact.
+struct Doubted {
+  AppNumber application;
+  Doubt doubt;
+};
+
 /// Something in words that no other event tells.
 struct Noted {
   std::string text;
@@ -76,12 +91,14 @@ struct Noted {
 struct Trouble {
   std::optional<AppNumber> application;
   std::string text;
+  /// Behind a relay, why there was no device server to pass the application on to; empty otherwise.
+  std::string serverMissing = {};
 };
 
 /// One thing that happened.
 struct Event {
-  using What =
-      std::variant<Came, Left, Received, Sent, Changed, Began, Ended, Stimulated, Noted, Trouble>;
+  using What = std::variant<Came, Left, Received, Sent, Changed, Began, Ended, Stimulated, Doubted,
+                            Noted, Trouble>;
 
   /// 1, 2, 3, ... without a gap, in the order in which things happened.
   std::uint64_t number = 0;

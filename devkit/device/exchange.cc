@@ -22,6 +22,10 @@ void Exchange::reply(zeph::ZephMsg message) const {
   device_.send(application_.number, std::move(message));
 }
 
+void Exchange::doubt(Doubt::About about, const std::string& value, const std::string& text) const {
+  device_.doubt(application_.number, {about, value, text});
+}
+
 void Exchange::undertake(Work work, std::chrono::milliseconds length, Order::AtEnd atEnd) const {
   device_.begin(work, Order{application_.number, request_.id(), std::move(atEnd)}, length);
 }

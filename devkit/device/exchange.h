@@ -29,6 +29,9 @@ class Exchange {
   /// correlation to the request.
   void reply(zeph::ZephMsg message) const;
 
+  /// Tells that a real device may not do what is asked; the request is answered all the same.
+  void doubt(Doubt::About about, const std::string& value, const std::string& text) const;
+
   /// Takes up a work that ends by itself after the given time, and then tells so by an event. The
   /// request is yet to be answered: it was CANCELLED work of the same kind that ended here.
   void undertake(Work work, std::chrono::milliseconds length, Order::AtEnd atEnd = {}) const;

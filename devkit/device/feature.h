@@ -32,11 +32,19 @@ struct Words {
   std::string (*of)(const net::quelta::zeph::message::ZephMsg& message);
 };
 
+/// A line of the device's state in words.
+struct Glance {
+  const char* label;  ///< "LED"
+  /// Empty when there is nothing to tell.
+  std::string (*of)(const DeviceView& view);
+};
+
 /// One feature, as the rest of the device sees it. What a feature does not have is left out.
 struct Feature {
   std::span<const Command> commands = {};
   std::span<const Stimulus> stimuli = {};
   std::span<const Words> words = {};
+  std::span<const Glance> glances = {};
   /// Adds the feature's parts to the JSON form of the view.
   void (*show)(const DeviceView& view, JsonObject& whole) = nullptr;
   /// Adds what the feature knows of an application.

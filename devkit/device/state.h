@@ -6,11 +6,13 @@
 #include <chrono>
 #include <deque>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "device/doubt.h"
 #include "device/work.h"
 
 namespace morvik::devkit {
@@ -77,6 +79,12 @@ struct SerialPort {
 };
 inline constexpr std::size_t kKeptLines = 20;
 
+/// A file of the user's that the camera or the microphone gives in the place of its own.
+struct ChosenFile {
+  std::string path;                          ///< empty for the device's own
+  std::shared_ptr<const std::string> bytes;  ///< as it was when it was chosen; null likewise
+};
+
 struct DeviceState {
   /// What `morvik.info` gives, in this order.
   std::vector<std::pair<std::string, std::string>> infos = {
@@ -92,7 +100,9 @@ struct DeviceState {
   Player player;
   std::string recording;  ///< what the last recording was asked for with
   Library library;
+  ChosenFile recordingFile;
   std::string photo;  ///< what the last photo was asked for with
+  ChosenFile picture;
   std::map<std::string, SerialPort> ports;
   bool credentialsWithheld = false;
 };
@@ -113,6 +123,7 @@ struct Application {
   std::string sipId;                  ///< its address for calls, once it told one
   std::string sipDomain;
   Call call;
+  std::vector<Doubt> doubts;  ///< what was told of it, oldest first
 };
 
 }  // namespace morvik::devkit

@@ -36,7 +36,7 @@ std::vector<AppNumber> Stimulation::targets() const {
 
 void Stimulation::send(const zeph::ZephMsg& message) {
   const std::vector<AppNumber> numbers = targets();
-  for (const AppNumber number : numbers) device_.send(number, message);
+  device_.sendTo(numbers, message);
   if (numbers.empty()) tellNobodyHears();
 }
 

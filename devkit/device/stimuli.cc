@@ -6,6 +6,7 @@
 
 #include "device/features/features.h"
 #include "device/owned.h"
+#include "device/questions.h"
 #include "device/stimulation.h"
 #include "device/text.h"
 
@@ -120,6 +121,7 @@ std::vector<const Stimulus*> stimuli() {
   for (const Feature* feature : features()) {
     for (const Stimulus& stimulus : feature->stimuli) all.push_back(&stimulus);
   }
+  for (const Stimulus& question : questions()) all.push_back(&question);
   all.push_back(&kHelp);
   std::stable_sort(all.begin(), all.end(),
                    [](const Stimulus* a, const Stimulus* b) { return a->group < b->group; });
@@ -165,6 +167,13 @@ Outcome stimulateBy(Device& device, std::optional<AppNumber> only, const std::st
   if (stimulation.trouble().empty()) return {true, stimulation.told()};
   return refused(std::string(stimulus->name) + ": " + asSentence(stimulation.trouble()) + ' ' +
                  correctUse(*stimulus));
+}
+
+bool isQuestion(std::string_view line) {
+  const std::size_t begin = std::min(line.find_first_not_of(" \t"), line.size());
+  const std::size_t end = std::min(line.find_first_of(" \t\r", begin), line.size());
+  const Stimulus* stimulus = findStimulus(std::string(line.substr(begin, end - begin)));
+  return stimulus != nullptr && stimulus->group == Stimulus::Group::kHelp;
 }
 
 Outcome stimulate(Device& device, std::string_view line) {

@@ -32,6 +32,9 @@ struct Outcome {
 /// begins with # do nothing.
 Outcome stimulate(Device& device, std::string_view line);
 
+/// Whether a line asks for something, such as help, and does nothing.
+bool isQuestion(std::string_view line);
+
 /// What all ways in have in common: looks the stimulus up, has its arguments filled, and does it.
 /// `only` is an application of the device, or nothing for all.
 Outcome stimulateBy(Device& device, std::optional<AppNumber> only, const std::string& name,

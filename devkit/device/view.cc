@@ -1,11 +1,14 @@
 // The picture taken, and written part by part.
 #include "device/view.h"
 
+#include <algorithm>
+
 #include <nlohmann/json.hpp>
 
 #include "device/device.h"
 #include "device/features/features.h"
 #include "device/payload.h"
+#include "device/text.h"
 
 namespace morvik::devkit {
 namespace {
@@ -33,6 +36,7 @@ void showApplication(const Application& application, JsonObject shown) {
   for (const Feature* feature : features()) {
     if (feature->showApplication != nullptr) feature->showApplication(application, shown);
   }
+  for (const Doubt& doubt : application.doubts) show(doubt, shown.added("doubts"));
 }
 
 }  // namespace
@@ -48,12 +52,27 @@ DeviceView viewOf(const Device& device) {
   return view;
 }
 
+const Underway* underwayIn(const DeviceView& view, Work work) {
+  const auto found = std::ranges::find(view.works, work, &Underway::work);
+  return found != view.works.end() ? &*found : nullptr;
+}
+
+std::string timeLeftOf(const DeviceView& view, const Underway& underway) {
+  if (!underway.length) return "at rest";
+  const auto left = underway.begun + *underway.length - view.time;
+  return inMilliseconds(static_cast<int>(std::max<std::int64_t>(left.count(), 0))) + " more";
+}
+
 void show(const Underway& underway, JsonObject shown) {
   shown.text("work", nameOf(underway.work))
       .number("application", underway.application)
       .text("request", underway.request)
       .number("begun", underway.begun.count());
   if (underway.length) shown.number("length", underway.length->count());
+}
+
+void show(const Doubt& doubt, JsonObject shown) {
+  shown.text("about", nameOf(doubt.about)).text("value", doubt.value).text("text", doubt.text);
 }
 
 Json toJson(const DeviceView& view) {

@@ -34,9 +34,16 @@ struct DeviceView {
 
 DeviceView viewOf(const Device& device);
 
+/// Null when none of the kind goes on.
+const Underway* underwayIn(const DeviceView& view, Work work);
+/// How long it still goes on: "300 ms more"; "at rest" for a work without an end of its own.
+std::string timeLeftOf(const DeviceView& view, const Underway& underway);
+
 /// docs/device-json.md describes it.
 Json toJson(const DeviceView& view);
 /// One work, as the view and the events have it.
 void show(const Underway& underway, JsonObject shown);
+/// One doubt, likewise.
+void show(const Doubt& doubt, JsonObject shown);
 
 }  // namespace morvik::devkit

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <string>
 
 // Made by glib-compile-resources.
 extern "C" GResource* morvikPage_get_resource();
@@ -41,6 +40,17 @@ std::optional<PageFile> pageFile(std::string_view name) {
                                              G_RESOURCE_LOOKUP_FLAGS_NONE, nullptr));
   if (content == nullptr) return std::nullopt;
   return PageFile{std::move(content), typeOf(name)};
+}
+
+std::vector<std::string> pageModules() {
+  using Names = std::unique_ptr<char*, Release<g_strfreev>>;
+  const Names all(g_resource_enumerate_children(morvikPage_get_resource(), "/page/",
+                                                G_RESOURCE_LOOKUP_FLAGS_NONE, nullptr));
+  std::vector<std::string> modules;
+  for (char** name = all.get(); name != nullptr && *name != nullptr; ++name) {
+    if (std::string_view(*name).ends_with(".js")) modules.emplace_back(*name);
+  }
+  return modules;
 }
 
 }  // namespace morvik::devkit

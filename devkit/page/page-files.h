@@ -5,7 +5,9 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "device/owned.h"
 
@@ -21,5 +23,8 @@ struct PageFile {
 /// The file of that name, such as "index.html"; the empty name means that one too. Nothing when the
 /// page has no such file.
 std::optional<PageFile> pageFile(std::string_view name);
+
+/// The names of its modules of JavaScript.
+std::vector<std::string> pageModules();
 
 }  // namespace morvik::devkit

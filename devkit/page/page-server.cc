@@ -47,11 +47,19 @@ void refuse(SoupServerMessage* message, guint status) {
   soup_server_message_set_status(message, status, nullptr);
 }
 
+// A browser learns of a module from the one that wants it. Told of all at once it need not wait.
+void announceModules(SoupMessageHeaders* headers) {
+  for (const std::string& module : pageModules()) {
+    soup_message_headers_append(headers, "Link", ("<" + module + ">; rel=modulepreload").c_str());
+  }
+}
+
 void give(SoupServerMessage* message, std::string_view name) {
   const auto file = pageFile(name);
   if (!file) return refuse(message, SOUP_STATUS_NOT_FOUND);
-  soup_message_headers_set_content_type(soup_server_message_get_response_headers(message),
-                                        file->type, nullptr);
+  SoupMessageHeaders* headers = soup_server_message_get_response_headers(message);
+  soup_message_headers_set_content_type(headers, file->type, nullptr);
+  if (std::string_view(file->type).starts_with("text/html")) announceModules(headers);
   soup_message_body_append_bytes(soup_server_message_get_response_body(message),
                                  file->content.get());
   soup_server_message_set_status(message, SOUP_STATUS_OK, nullptr);

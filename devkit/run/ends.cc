@@ -102,6 +102,13 @@ bool endedByUs(const Evidence& evidence, EndedBy by) {
 
 using Known = const Evidence&;
 
+// What a relay that found no server breaks off ends like any connection that breaks.
+bool lostMissingServer(Known known) {
+  const bool lost = fatal(known, "Failed to receive bytes") || fatal(known, "send failed: ") ||
+                    endedBySignal(known, {SIGPIPE});
+  return lost && !known.serverMissing.empty();
+}
+
 struct Explanation {
   EndKind kind;
   const char* name;
@@ -142,6 +149,9 @@ constexpr Explanation kExplanations[] = {
      [](Known known) { return fatal(known, "descriptor.xml: access element "); },
      "An access element of its descriptor.xml is empty: {fatal}.",
      "Write a name into the element, such as <access>led</access>, or remove it."},
+    {EndKind::kServerMissing, "server-missing", lostMissingServer,
+     "The device server refused the connection or cannot be reached: {missing}.",
+     "Start the device server, and see that --device names its host and port."},
     {EndKind::kServerClosed, "server-closed",
      [](Known known) { return fatal(known, "Failed to receive bytes length from server"); },
      "The device server ended the connection{left}, and no application outlives that.",
@@ -338,6 +348,7 @@ Facts factsOf(const Evidence& evidence) {
       {"source", evidence.lastSource},
       {"code", codeInWords(evidence)},
       {"trouble", evidence.connectTrouble},
+      {"missing", evidence.serverMissing},
       {"place", report.place()},
       {"thrown", evidence.report ? "; " + report.place() + " threw " + report.text : ""},
       {"thrownText", report.text},

@@ -31,6 +31,7 @@ enum class EndKind {
   kUnreadableMainScript,
   kIncludeMissing,
   // The device server.
+  kServerMissing,
   kServerClosed,
   kServerBrokeOff,
   kSendFailed,

@@ -65,6 +65,8 @@ struct Evidence {
 
   /// What is known of how the device server left it; empty when nothing is.
   std::string serverLeft;
+  /// Why the device server behind a relay could not be reached; empty when it could.
+  std::string serverMissing;
   /// The last lines of its log, noise and debug lines left out.
   std::deque<LogLine> lastLines;
 
@@ -104,6 +106,9 @@ class EvidenceCollector {
   void connected() { reach(AppState::kConnected); }
   /// Its connection to the device server has ended; `how` is for a person to read.
   void left(const std::string& how) { evidence_.serverLeft = how; }
+
+  /// There was no device server behind the relay that it connected to.
+  void serverMissing(const std::string& why) { evidence_.serverMissing = why; }
 
   const Evidence& evidence() const { return evidence_; }
   Evidence& evidence() { return evidence_; }

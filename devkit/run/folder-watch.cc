@@ -2,7 +2,6 @@
 #include "run/folder-watch.h"
 
 #include <fnmatch.h>
-#include <glib-unix.h>
 #include <sys/inotify.h>
 #include <unistd.h>
 
@@ -82,7 +81,7 @@ bool mayBeWritten(const fs::path& folder, const std::string& file) {
 }
 
 FolderWatch::~FolderWatch() {
-  if (events_) g_source_destroy(events_.get());
+  events_.reset();
   if (rest_) g_source_destroy(rest_.get());
   if (inotify_ >= 0) close(inotify_);
 }
@@ -95,9 +94,10 @@ bool FolderWatch::start(std::string& trouble) {
   if (inotify_ >= 0) {
     watchParent();
     watchTree(folder_);
-    events_.reset(g_unix_fd_source_new(inotify_, G_IO_IN));
-    g_source_set_callback(events_.get(), G_SOURCE_FUNC(onEvents), this, nullptr);
-    g_source_attach(events_.get(), g_main_context_get_thread_default());
+    events_ = whenReadable(inotify_, [this] {
+      look();
+      return true;
+    });
   }
   if (trouble_ == 0) return true;
   trouble = trouble_ == ENOSPC
@@ -165,11 +165,6 @@ void FolderWatch::watchLink(const fs::path& link) {
 
 std::string FolderWatch::nameHere(const fs::path& path) const {
   return path.lexically_relative(folder_);
-}
-
-gboolean FolderWatch::onEvents(int /*fd*/, GIOCondition /*condition*/, gpointer watch) {
-  static_cast<FolderWatch*>(watch)->look();
-  return G_SOURCE_CONTINUE;
 }
 
 void FolderWatch::look() {

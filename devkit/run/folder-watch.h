@@ -9,6 +9,7 @@
 #include <string>
 
 #include "device/owned.h"
+#include "device/when-readable.h"
 
 namespace morvik::devkit {
 
@@ -47,7 +48,6 @@ class FolderWatch {
     std::map<std::string, std::string> names = {};  // there, and what they are in the folder
   };
 
-  static gboolean onEvents(int fd, GIOCondition condition, gpointer watch);
   static gboolean onRest(gpointer watch);
   void take(int place, unsigned what, const std::string& name);
   void takeInFolder(const Place& place, unsigned what, const std::string& name);
@@ -68,7 +68,7 @@ class FolderWatch {
   int inotify_ = -1;
   int trouble_ = 0;
   std::map<int, Place> places_;
-  GSourceOwned events_;
+  GSourceAttached events_;
   GSourceOwned rest_;
   gint64 firstSave_ = 0;
   std::set<std::string> files_;

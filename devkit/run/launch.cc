@@ -337,4 +337,8 @@ void Launch::left(pid_t pid, const std::string& how) {
   if (App* app = known(pid)) app->collector.left(how);
 }
 
+void Launch::serverMissing(pid_t pid, const std::string& why) {
+  if (App* app = known(pid)) app->collector.serverMissing(why);
+}
+
 }  // namespace morvik::devkit

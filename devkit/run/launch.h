@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "device/owned.h"
 #include "run/ends.h"
 #include "run/evidence.h"
 #include "run/file-descriptor.h"
@@ -75,6 +76,8 @@ class Launch {
   void connected(pid_t pid);
   void told(pid_t pid, const MessageFacts& message);
   void left(pid_t pid, const std::string& how);
+  /// Behind a relay there was none, or, with an empty text, there is one after all.
+  void serverMissing(pid_t pid, const std::string& why);
 
  private:
   struct App {

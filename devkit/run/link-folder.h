@@ -8,13 +8,17 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
+
+#include "run/file-descriptor.h"
 
 namespace morvik::devkit {
 
 class LinkFolder {
  public:
-  /// Makes an empty folder that only this user can enter. Null when none can be made, with the
-  /// reason in `trouble`.
+  /// Makes an empty folder that only this user can enter, and removes those that others like this
+  /// one left behind when they were killed. Null when none can be made, with the reason in
+  /// `trouble`.
   static std::unique_ptr<LinkFolder> make(std::string& trouble);
   /// Removes the links and the folder, and nothing that they lead to.
   ~LinkFolder();
@@ -30,9 +34,11 @@ class LinkFolder {
   std::optional<std::string> link(const std::filesystem::path& folder, std::string& trouble);
 
  private:
-  explicit LinkFolder(std::filesystem::path path) : path_(std::move(path)) {}
+  LinkFolder(std::filesystem::path path, FileDescriptor held)
+      : path_(std::move(path)), held_(std::move(held)) {}
 
   std::filesystem::path path_;
+  FileDescriptor held_;  // locked: tells others that it is in use
   std::set<std::string> names_;
 };
 

@@ -1,7 +1,6 @@
 // posix_spawn and process handles (pidfd).
 #include "run/process.h"
 
-#include <glib-unix.h>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/prctl.h>
@@ -98,22 +97,12 @@ Spawned spawn(const CommandLine& command) {
   return spawned;
 }
 
-Process::Process(pid_t pid, Ended ended)
-    : pid_(pid), ended_(std::move(ended)), handle_(openHandle(pid)) {
+Process::Process(pid_t pid, Ended ended) : pid_(pid), handle_(openHandle(pid)) {
   if (!handle_.valid()) return;
-  source_.reset(g_unix_fd_source_new(handle_.get(), G_IO_IN));
-  g_source_set_callback(source_.get(), G_SOURCE_FUNC(onEnded), this, nullptr);
-  g_source_attach(source_.get(), g_main_context_get_thread_default());
-}
-
-Process::~Process() {
-  if (source_) g_source_destroy(source_.get());
-}
-
-gboolean Process::onEnded(int /*fd*/, GIOCondition /*condition*/, gpointer process) {
-  const Ended ended = static_cast<Process*>(process)->ended_;
-  ended();
-  return G_SOURCE_REMOVE;
+  source_ = whenReadable(handle_.get(), [ended = std::move(ended)] {
+    ended();
+    return false;
+  });
 }
 
 bool Process::hasEnded() const { return waitForEnd(0); }

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "device/owned.h"
+#include "device/when-readable.h"
 #include "run/file-descriptor.h"
 
 namespace morvik::devkit {
@@ -44,7 +44,6 @@ class Process {
   using Ended = std::function<void()>;
 
   Process(pid_t pid, Ended ended);
-  ~Process();
   Process(const Process&) = delete;
   Process& operator=(const Process&) = delete;
 
@@ -61,12 +60,9 @@ class Process {
   bool send(int signal) const;
 
  private:
-  static gboolean onEnded(int fd, GIOCondition condition, gpointer process);
-
   pid_t pid_;
-  Ended ended_;
   FileDescriptor handle_;
-  GSourceOwned source_;
+  GSourceAttached source_;
 };
 
 }  // namespace morvik::devkit

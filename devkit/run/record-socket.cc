@@ -1,7 +1,6 @@
 // A pair of local sockets whose reading end is given each writer's process id by the kernel.
 #include "run/record-socket.h"
 
-#include <glib-unix.h>
 #include <sys/socket.h>
 
 #include <array>
@@ -33,21 +32,14 @@ RecordSocket::RecordSocket(Kind kind, Sink sink, Ended ended)
   writer_ = FileDescriptor(ends[1]);
   const int yes = 1;
   setsockopt(reader_.get(), SOL_SOCKET, SO_PASSCRED, &yes, sizeof(yes));
-  source_.reset(g_unix_fd_source_new(reader_.get(), G_IO_IN));
-  g_source_set_callback(source_.get(), G_SOURCE_FUNC(onReadable), this, nullptr);
-  g_source_attach(source_.get(), g_main_context_get_thread_default());
+  source_ = whenReadable(reader_.get(), [this] { return take(); });
 }
 
-RecordSocket::~RecordSocket() {
-  if (source_) g_source_destroy(source_.get());
-}
-
-gboolean RecordSocket::onReadable(int /*fd*/, GIOCondition /*condition*/, gpointer socket) {
-  auto* self = static_cast<RecordSocket*>(socket);
-  self->readOnce();
-  if (!self->hasEnded_) return G_SOURCE_CONTINUE;
-  self->endedSink_();
-  return G_SOURCE_REMOVE;
+bool RecordSocket::take() {
+  readOnce();
+  if (!hasEnded_) return true;
+  endedSink_();
+  return false;
 }
 
 void RecordSocket::drain() {

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "device/owned.h"
+#include "device/when-readable.h"
 #include "run/file-descriptor.h"
 
 namespace morvik::devkit {
@@ -26,7 +26,6 @@ class RecordSocket {
   using Ended = std::function<void()>;
 
   RecordSocket(Kind kind, Sink sink, Ended ended);
-  ~RecordSocket();
   RecordSocket(const RecordSocket&) = delete;
   RecordSocket& operator=(const RecordSocket&) = delete;
 
@@ -40,7 +39,7 @@ class RecordSocket {
   bool ended() const { return hasEnded_; }
 
  private:
-  static gboolean onReadable(int fd, GIOCondition condition, gpointer socket);
+  bool take();
   bool readOnce();
 
   Sink sink_;
@@ -48,8 +47,8 @@ class RecordSocket {
   std::string buffer_;
   FileDescriptor reader_;
   FileDescriptor writer_;
-  GSourceOwned source_;
   bool hasEnded_ = false;
+  GSourceAttached source_;
 };
 
 }  // namespace morvik::devkit

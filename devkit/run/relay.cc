@@ -68,6 +68,10 @@ void Relay::trouble(AppNumber application, const std::string& text) {
   events_.raise(Trouble{application, text});
 }
 
+void Relay::serverMissing(AppNumber application, const std::string& why) {
+  events_.raise(Trouble{application, "the server cannot be reached: " + why, why});
+}
+
 void Relay::connectionEnded(AppNumber application) {
   connections_.erase(application);
   events_.raise(Left{application});

@@ -49,6 +49,7 @@ class Relay : private RelayedConnection::Owner {
   void receivedFrom(AppNumber application, zeph::ZephMsg message) override;
   void sentTo(AppNumber application, zeph::ZephMsg message) override;
   void trouble(AppNumber application, const std::string& text) override;
+  void serverMissing(AppNumber application, const std::string& why) override;
   void connectionEnded(AppNumber application) override;
 
   Events& events_;

@@ -5,6 +5,8 @@
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 
+#include <utility>
+
 namespace morvik::devkit {
 namespace {
 
@@ -90,7 +92,7 @@ void RelayedConnection::onConnected(GObject* client, GAsyncResult* result, gpoin
   const GOwned<GSocketConnection> server(
       g_socket_client_connect_finish(G_SOCKET_CLIENT(client), result, error.out()));
   if ((*self)->owner_ == nullptr) return;
-  if (!server) return (*self)->fail("the server cannot be reached: " + std::string(error.text()));
+  if (!server) return (*self)->fail(error.text(), &Owner::serverMissing);
   (*self)->begin(server.get());
 }
 
@@ -178,12 +180,12 @@ void RelayedConnection::endOfStream(Flow& flow) {
   if (up_.over && down_.over) finish();
 }
 
-void RelayedConnection::fail(const std::string& text) {
-  Owner* owner = owner_;
+// Told while the application's connection stands: only then its process can be found.
+void RelayedConnection::fail(const std::string& text, Telling tell) {
+  Owner* owner = std::exchange(owner_, nullptr);
+  if (owner != nullptr) (owner->*tell)(number_, text);
   reset();
-  if (owner == nullptr) return;
-  owner->trouble(number_, text);
-  owner->connectionEnded(number_);
+  if (owner != nullptr) owner->connectionEnded(number_);
 }
 
 void RelayedConnection::finish() {

@@ -48,6 +48,8 @@ class RelayedConnection : public std::enable_shared_from_this<RelayedConnection>
     virtual void receivedFrom(AppNumber application, zeph::ZephMsg message) = 0;
     virtual void sentTo(AppNumber application, zeph::ZephMsg message) = 0;
     virtual void trouble(AppNumber application, const std::string& text) = 0;
+    /// The server could not be reached, for that reason. The connection ends.
+    virtual void serverMissing(AppNumber application, const std::string& why) = 0;
     /// Told once, unless `reset` came first. Nothing is told afterwards.
     virtual void connectionEnded(AppNumber application) = 0;
   };
@@ -92,7 +94,9 @@ class RelayedConnection : public std::enable_shared_from_this<RelayedConnection>
   bool readSome(Flow& flow);
   bool writeSome(Flow& flow);
   void endOfStream(Flow& flow);
-  void fail(const std::string& text);
+  // A member function of the owner's that tells of it.
+  using Telling = void (Owner::*)(AppNumber application, const std::string& text);
+  void fail(const std::string& text, Telling tell = &Owner::trouble);
   void finish();
 
   Owner* owner_;  // null once the connection has ended

@@ -118,6 +118,10 @@ void RunLog::passed(const std::string& who, Direction direction,
   row(who, comes ? "->" : "<-", text, comes ? RowLook::kIn : RowLook::kOut);
 }
 
+void RunLog::doubted(const std::string& who, const Doubt& doubt) {
+  row(who, "doubt", doubt.text, RowLook::kWarning);
+}
+
 void RunLog::told(const std::string& who, const std::string& text, RowLook look) {
   row(who, "", text, look);
 }

@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 
+#include "device/doubt.h"
 #include "device/owned.h"
 #include "run/log-line.h"
 #include "run/message-facts.h"
@@ -31,8 +32,8 @@ class RunLog {
   /// The view must outlive the log.
   RunLog(MergedView& view, RunLogFilter filter) : view_(view), filter_(std::move(filter)) {}
 
-  /// Ends, hints, troubles and what is noted are shown whatever the filter says; only lines and
-  /// messages are filtered.
+  /// Ends, hints, doubts, troubles and what is noted are shown whatever the filter says; only lines
+  /// and messages are filtered.
   void launching(const RunningApp& app);
   void wrote(const RunningApp& app, const LogLine& line);
   void hinted(const RunningApp& app, const Hint& hint);
@@ -47,6 +48,7 @@ class RunLog {
   /// A message of `who`, an application's name or what stands for it.
   void passed(const std::string& who, Direction direction,
               const net::quelta::zeph::message::ZephMsg& message);
+  void doubted(const std::string& who, const Doubt& doubt);
   /// Something of the device or of the tool itself.
   void told(const std::string& who, const std::string& text, RowLook look);
 

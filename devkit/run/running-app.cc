@@ -47,6 +47,10 @@ void RunningApp::stop() {
   launch_->end(EndedBy::kQuit);
 }
 
+void RunningApp::serverMissing(const std::string& why) {
+  if (launch_) launch_->serverMissing(process_, why);
+}
+
 // A launch must not go while it tells of its end.
 void RunningApp::settleSoon() {
   if (settling_) g_source_destroy(settling_.get());
@@ -124,6 +128,11 @@ std::optional<TimePoint> RunningApp::autokillAt() const {
   if (state_ == AppState::kInteractive) return std::nullopt;
   if (state_ == AppState::kStopping) return stoppedAt_ + kTimeAfterStopNotice;
   return startedAt_ + kTimeToBecomeInteractive;
+}
+
+void RunningApp::connected() {
+  if (launch_) launch_->connected(process_);
+  lookAtState();
 }
 
 void RunningApp::began(const std::string& /*app*/, pid_t pid) {

@@ -79,6 +79,11 @@ class RunningApp : private LaunchObserver {
   void restart() { launch(type_); }
   /// Ends what runs and launches nothing.
   void stop();
+  /// The device has its connection, of which the application itself says nothing.
+  void connected();
+
+  /// The device server behind a relay could not be reached, or, with an empty text, is there.
+  void serverMissing(const std::string& why);
 
   const std::string& name() const { return plan_.name; }
   const std::filesystem::path& folder() const { return plan_.folder; }

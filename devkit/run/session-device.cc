@@ -29,8 +29,11 @@ class VirtualDevice : public SessionDevice {
   Outcome stimulate(std::string_view line) override {
     return devkit::stimulate(server_.device(), line);
   }
-  Outcome stimulate(const Json& request) override {
-    return stimulateByName(server_.device(), request);
+  Outcome request(const Json& stimulus) override {
+    return stimulateByName(server_.device(), stimulus);
+  }
+  void setAppFolders(AppFolders folders) override {
+    server_.device().setAppFolders(std::move(folders));
   }
   bool isVirtual() const override { return true; }
 
@@ -43,7 +46,7 @@ class Shadow : private Outlet, private Observer {
  public:
   explicit Shadow(Events& events) : device_(*this, agenda_), hears_(events, *this) {}
 
-  const Device& device() const { return device_; }
+  Device& device() { return device_; }
 
  private:
   void send(AppNumber /*to*/, const zeph::ZephMsg& /*message*/,
@@ -78,9 +81,17 @@ class RelayedDevice : public SessionDevice {
   Events& events() override { return events_; }
   std::uint16_t port() const override { return relay_.port(); }
   std::uint16_t portOf(AppNumber application) const override { return relay_.portOf(application); }
-  DeviceView view() const override { return viewOf(shadow_.device()); }
-  Outcome stimulate(std::string_view /*line*/) override { return refusal(); }
-  Outcome stimulate(const Json& /*request*/) override { return refusal(); }
+  // A real device answers for itself, so the doubts of the one beside it are none.
+  DeviceView view() const override {
+    DeviceView view = viewOf(shadow_.device());
+    for (auto& [number, application] : view.applications) application.doubts.clear();
+    return view;
+  }
+  Outcome stimulate(std::string_view line) override {
+    return isQuestion(line) ? devkit::stimulate(shadow_.device(), line) : refusal();
+  }
+  Outcome request(const Json& /*stimulus*/) override { return refusal(); }
+  void setAppFolders(AppFolders /*folders*/) override {}
   bool isVirtual() const override { return false; }
 
  private:
@@ -91,7 +102,7 @@ class RelayedDevice : public SessionDevice {
   Agenda agenda_;
   Events events_;
   Relay relay_;
-  Shadow shadow_{events_};
+  mutable Shadow shadow_{events_};
 };
 
 }  // namespace

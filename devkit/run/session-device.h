@@ -9,6 +9,7 @@
 
 #include "device/events.h"
 #include "device/json.h"
+#include "device/sound-address.h"
 #include "device/stimuli.h"
 #include "device/view.h"
 
@@ -27,9 +28,12 @@ class SessionDevice {
   virtual std::uint16_t portOf(AppNumber application) const = 0;
   /// What is known of it: everything of a virtual one, of a real one what messages tell.
   virtual DeviceView view() const = 0;
-  /// Does what the world does to it; refused for a real one.
+  /// Does what the world does to it. A real one refuses that, and answers questions as far as it is
+  /// known.
   virtual Outcome stimulate(std::string_view line) = 0;
-  virtual Outcome stimulate(const Json& request) = 0;
+  virtual Outcome request(const Json& stimulus) = 0;
+  /// Where applications have their files, for doubts about what they play.
+  virtual void setAppFolders(AppFolders folders) = 0;
   /// Whether stimuli are taken.
   virtual bool isVirtual() const = 0;
 };

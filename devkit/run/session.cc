@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "device/text.h"
+#include "run/duration.h"
 #include "run/process.h"
 #include "run/socket-owner.h"
 
@@ -13,6 +15,21 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr char kAddress[] = "DEVICE";
+
+using SystemClock = std::chrono::system_clock;
+
+std::string stateInWords(const RunningApp& app) {
+  const std::string since = " for " + inWords(SystemClock::now() - app.since());
+  if (app.phase() == RunPhase::kBroken) return "waits" + since + " for a save that mends it";
+  if (app.phase() == RunPhase::kEnded) return "ended" + since;
+  if (app.phase() == RunPhase::kEnding) return "being ended" + since;
+  std::string words = wordsOf(app.state()) + since;
+  if (const auto end = app.autokillAt()) {
+    const auto left = std::max(*end - SystemClock::now(), SystemClock::duration::zero());
+    words += ", ends by itself in " + inWords(left);
+  }
+  return words;
+}
 
 }  // namespace
 
@@ -57,6 +74,12 @@ void Session::start() {
   }
 }
 
+AppFolders Session::folders() const {
+  AppFolders folders;
+  for (const auto& app : apps_) folders[app->name()] = app->folder();
+  return folders;
+}
+
 RunningApp* Session::app(const std::string& name) const {
   const auto found = std::ranges::find(apps_, name, [](const auto& app) { return app->name(); });
   return found != apps_.end() ? found->get() : nullptr;
@@ -80,6 +103,30 @@ AppNumber Session::numberOf(const RunningApp& app) const {
     if (owner == &app) number = candidate;
   }
   return number;
+}
+
+void Session::hear(const Event& event) {
+  if (const auto* trouble = std::get_if<Trouble>(&event.what);
+      trouble != nullptr && trouble->application && !trouble->serverMissing.empty()) {
+    if (RunningApp* app = appOf(*trouble->application)) app->serverMissing(trouble->serverMissing);
+  } else if (const auto* came = std::get_if<Came>(&event.what)) {
+    if (RunningApp* app = appOf(came->application)) app->connected();
+  } else if (const auto* sent = std::get_if<Sent>(&event.what)) {
+    const auto known = owners_.find(sent->application);
+    if (known != owners_.end()) known->second->serverMissing("");
+  } else if (const auto* left = std::get_if<Left>(&event.what)) {
+    owners_.erase(left->application);
+  }
+}
+
+std::string Session::inWords() const {
+  std::string lines;
+  for (const auto& app : apps_) {
+    const AppNumber number = numberOf(*app);
+    lines += app->name() + "  " + stateInWords(*app) +
+             (number != 0 ? ", " + appName(number) + " for the device" : "") + '\n';
+  }
+  return lines;
 }
 
 std::string shownNameOf(const fs::path& folder) {

@@ -43,6 +43,8 @@ class Session {
   void start();
 
   const std::vector<std::unique_ptr<RunningApp>>& apps() const { return apps_; }
+  /// Their folders by their names.
+  AppFolders folders() const;
   /// Null when there is none of this name.
   RunningApp* app(const std::string& name) const;
 
@@ -51,8 +53,10 @@ class Session {
   RunningApp* appOf(AppNumber number);
   /// The number that an application has at the device since its last launch; 0 before it connects.
   AppNumber numberOf(const RunningApp& app) const;
-  /// It has left the device.
-  void forget(AppNumber number) { owners_.erase(number); }
+  /// All of them in lines for a reader: name, state and its number at the device.
+  std::string inWords() const;
+  /// What happens at the device, for what is known of its applications.
+  void hear(const Event& event);
 
  private:
   void add(RunningAppPlan plan);

@@ -7,13 +7,19 @@
 
 namespace morvik::devkit {
 
+std::string frameHeader(std::uint32_t length) {
+  const std::uint32_t word = g_htonl(length);
+  return {reinterpret_cast<const char*>(&word), kFrameHeaderSize};
+}
+
+std::uint32_t payloadLength(std::string_view header) {
+  std::uint32_t word = 0;
+  std::memcpy(&word, header.data(), kFrameHeaderSize);
+  return g_ntohl(word);
+}
+
 std::string frameOf(std::string_view payload) {
-  const std::uint32_t length = g_htonl(static_cast<std::uint32_t>(payload.size()));
-  std::string frame(kFrameHeaderSize + payload.size(), '\0');
-  std::memcpy(frame.data(), &length, kFrameHeaderSize);
-  if (!payload.empty())
-    std::memcpy(frame.data() + kFrameHeaderSize, payload.data(), payload.size());
-  return frame;
+  return frameHeader(static_cast<std::uint32_t>(payload.size())).append(payload);
 }
 
 void FrameReader::feed(std::string_view bytes) { buffer_.append(bytes); }
@@ -31,9 +37,7 @@ std::optional<std::string> FrameReader::next() {
 
 std::optional<std::uint32_t> FrameReader::waitingLength() {
   if (brokenBy_ || buffer_.size() - position_ < kFrameHeaderSize) return std::nullopt;
-  std::uint32_t word = 0;
-  std::memcpy(&word, buffer_.data() + position_, kFrameHeaderSize);
-  const std::uint32_t length = g_ntohl(word);
+  const std::uint32_t length = payloadLength(std::string_view(buffer_).substr(position_));
   if (length <= kMaxPayload) return length;
   brokenBy_ = length;
   return std::nullopt;

@@ -16,6 +16,10 @@ inline constexpr std::size_t kFrameHeaderSize = 4;
 /// larger length means that the stream is not what it should be.
 inline constexpr std::uint32_t kMaxPayload = 64U * 1024 * 1024;
 
+/// The header in front of a payload of that length, and the length that a header tells.
+std::string frameHeader(std::uint32_t length);
+std::uint32_t payloadLength(std::string_view header);
+
 /// The header and the payload in one piece, to be written at once: applications read a length only
 /// when its four bytes arrive together.
 std::string frameOf(std::string_view payload);

@@ -42,9 +42,14 @@ void Display::show(const Received& received) const {
 }
 
 void Display::show(const Sent& sent) const {
+  if (isRepeated(sent)) return;
   const zeph::ZephMsg& message = *sent.message;
-  line(appName(sent.application), Look::kOut, "<-",
+  line(sent.together.empty() ? appName(sent.application) : "all", Look::kOut, "<-",
        describe(message) + markOf(message.correlationid()));
+}
+
+void Display::show(const Doubted& doubted) const {
+  line(appName(doubted.application), Look::kDoubtful, "??", printable(doubted.doubt.text));
 }
 
 void Display::show(const Noted& noted) const {
@@ -64,10 +69,11 @@ void Display::line(const std::string& whom, Look look, const char* direction,
 
 std::string Display::painted(Look look, const std::string& text) const {
   if (colors_ == Colors::kOff) return text;
-  const char* code = look == Look::kIn    ? "36"
-                     : look == Look::kOut ? "32"
-                     : look == Look::kBad ? "1;31"
-                                          : "2";
+  const char* code = look == Look::kIn         ? "36"
+                     : look == Look::kOut      ? "32"
+                     : look == Look::kDoubtful ? "33"
+                     : look == Look::kBad      ? "1;31"
+                                               : "2";
   return "\033[" + std::string(code) + 'm' + text + "\033[0m";
 }
 

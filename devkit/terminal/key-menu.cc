@@ -25,7 +25,7 @@ constexpr Meaning kMeanings[] = {
     {"q", KeyCommand::Kind::kQuit, "quit", "end everything, as Ctrl-C does"},
 };
 
-constexpr char kEscape[] = "\x1b";
+constexpr char kEscapeKey[] = "\x1b";
 constexpr char kBackspace[] = "\x7f";
 constexpr char kOtherBackspace[] = "\b";
 
@@ -47,7 +47,7 @@ std::string launchTypeByTag(const std::string& id) { return "RFID;" + id + ";1;F
 std::string launchTypeByVoice(const std::string& text) { return "ASR;" + text + ";"; }
 
 std::optional<KeyCommand> KeyMenu::take(const std::string& key) {
-  if (key == kEscape) return ask(Asking::kNothing);
+  if (key == kEscapeKey) return ask(Asking::kNothing);
   switch (asking_) {
     case Asking::kNothing:
       return takeMeaning(key);

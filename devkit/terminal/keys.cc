@@ -1,7 +1,6 @@
 // Bytes of a terminal to keys.
 #include "terminal/keys.h"
 
-#include <glib-unix.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -40,30 +39,25 @@ std::optional<std::string> KeySplitter::next() {
 }
 
 Keys::Keys(int descriptor, Pressed pressed, Closed closed)
-    : pressed_(std::move(pressed)),
+    : descriptor_(descriptor),
+      pressed_(std::move(pressed)),
       closed_(std::move(closed)),
-      source_(g_unix_fd_source_new(descriptor, static_cast<GIOCondition>(G_IO_IN | G_IO_HUP))) {
-  g_source_set_callback(source_.get(), G_SOURCE_FUNC(onReadable), this, nullptr);
-  g_source_attach(source_.get(), nullptr);
-}
-
-Keys::~Keys() { g_source_destroy(source_.get()); }
+      source_(whenReadable(descriptor, [this] { return take(); })) {}
 
 // Whoever hears of a key must not end the reading. What is typed while another program is in front
 // is that program's.
-gboolean Keys::onReadable(int descriptor, GIOCondition /*condition*/, gpointer self) {
-  auto* keys = static_cast<Keys*>(self);
-  if (isatty(descriptor) == 1 && tcgetpgrp(descriptor) != getpgrp()) return G_SOURCE_CONTINUE;
+bool Keys::take() {
+  if (isatty(descriptor_) == 1 && tcgetpgrp(descriptor_) != getpgrp()) return true;
   std::array<char, 256> bytes{};
-  const ssize_t count = read(descriptor, bytes.data(), bytes.size());
-  if (count < 0 && (errno == EINTR || errno == EAGAIN)) return G_SOURCE_CONTINUE;
+  const ssize_t count = read(descriptor_, bytes.data(), bytes.size());
+  if (count < 0 && (errno == EINTR || errno == EAGAIN)) return true;
   if (count <= 0) {
-    keys->closed_();
-    return G_SOURCE_REMOVE;
+    closed_();
+    return false;
   }
-  keys->splitter_.feed({bytes.data(), static_cast<std::size_t>(count)});
-  while (const auto key = keys->splitter_.next()) keys->pressed_(*key);
-  return G_SOURCE_CONTINUE;
+  splitter_.feed({bytes.data(), static_cast<std::size_t>(count)});
+  while (const auto key = splitter_.next()) pressed_(*key);
+  return true;
 }
 
 }  // namespace morvik::devkit

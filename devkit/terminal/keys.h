@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "device/owned.h"
+#include "device/when-readable.h"
 
 namespace morvik::devkit {
 
@@ -34,17 +34,17 @@ class Keys {
 
   /// `closed` is called once, when there will be no more keys. The descriptor stays open.
   Keys(int descriptor, Pressed pressed, Closed closed);
-  ~Keys();
   Keys(const Keys&) = delete;
   Keys& operator=(const Keys&) = delete;
 
  private:
-  static gboolean onReadable(int descriptor, GIOCondition condition, gpointer self);
+  bool take();
 
+  int descriptor_;
   KeySplitter splitter_;
   Pressed pressed_;
   Closed closed_;
-  GSourceOwned source_;
+  GSourceAttached source_;
 };
 
 }  // namespace morvik::devkit

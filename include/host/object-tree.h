@@ -3,6 +3,9 @@
 
 #include <v8.h>
 
+#include <string>
+#include <vector>
+
 #include "host/descriptor.h"
 
 namespace morvik {
@@ -11,5 +14,8 @@ namespace morvik {
 /// web onto `global`. An object is wholly there or wholly absent.
 void buildDeviceTree(v8::Local<v8::ObjectTemplate> global, v8::Local<v8::ObjectTemplate> morvik,
                      const Descriptor& descriptor);
+
+/// The access names of these objects, in the order in which the descriptor is asked.
+std::vector<std::string> gatedNames();
 
 }  // namespace morvik

@@ -15,8 +15,9 @@ class CurlForm {
   CurlForm(CurlForm&& other) noexcept;
   CurlForm& operator=(CurlForm&& other) noexcept;
 
+  /// A lack of memory ends the process through endForWantOfMemory.
   void addText(const std::string& name, const std::string& text);
-  /// The file is read during the transfer.
+  /// The same. The file is read during the transfer.
   void addFile(const std::string& name, const std::string& path);
   [[nodiscard]] bool empty() const { return first_ == nullptr; }
   /// Makes it the body of the handle's request. Must outlive the transfer.

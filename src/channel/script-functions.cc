@@ -37,14 +37,14 @@ StartForm formOf(const Args& args) {
 }
 
 // A script's value as an interactive id, which ends at its first zero byte, so that the log shows
-// the same id as the wire. Nothing when the value's conversion threw.
+// the same id as the wire.
 std::optional<std::string> idText(v8::Isolate* isolate, v8::Local<v8::Value> value) {
   auto id = utf8Text(isolate, value);
   if (id) id->resize(std::strlen(id->c_str()));
   return id;
 }
 
-// The id to ask for; nothing when the third argument's conversion threw.
+// The id to ask for.
 std::optional<std::string> chooseId(const Args& args, StartForm form) {
   if (form != StartForm::kFunctionObjectId) return newUuid();
   g_warning("DEPRECATED Use SetInteractive");

@@ -4,18 +4,11 @@
 #include <glib.h>
 #include <libxml/parser.h>
 
-#include <memory>
-
 #include "host/owned-xml.h"
 #include "host/script.h"
 
 namespace morvik {
 namespace {
-
-struct FreeXmlText {
-  void operator()(xmlChar* text) const { xmlFree(text); }
-};
-using XmlText = std::unique_ptr<xmlChar, FreeXmlText>;
 
 const char* chars(const xmlChar* text) { return reinterpret_cast<const char*>(text); }
 

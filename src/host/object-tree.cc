@@ -13,7 +13,7 @@ struct GatedObject {
   std::span<const Binding> (*functions)();
 };
 
-// In the order in which the descriptor is asked.
+// In the order in which the descriptor is asked: first these, then kWeb.
 constexpr GatedObject kDevices[] = {
     {"led", ledFunctions},         {"ears", earsFunctions},
     {"tts", ttsFunctions},         {"webcam", webcamFunctions},
@@ -24,6 +24,8 @@ constexpr GatedObject kDevices[] = {
     {"dock", dockFunctions},
 };
 
+constexpr GatedObject kWeb[] = {{"http", httpFunctions}};
+
 void addObject(v8::Local<v8::ObjectTemplate> parent, const char* name,
                std::span<const Binding> functions) {
   const auto target = v8::ObjectTemplate::New(v8::Isolate::GetCurrent());
@@ -33,20 +35,28 @@ void addObject(v8::Local<v8::ObjectTemplate> parent, const char* name,
 
 // Without its access name an object is absent: a script that touches it meets undefined, and an
 // exception of the engine's only when it goes on.
-void addIfGranted(v8::Local<v8::ObjectTemplate> parent, const Descriptor& descriptor,
-                  const GatedObject& object) {
-  if (hasAccess(descriptor, object.access)) addObject(parent, object.access, object.functions());
+void addGranted(v8::Local<v8::ObjectTemplate> parent, const Descriptor& descriptor,
+                std::span<const GatedObject> objects) {
+  for (const auto& [access, functions] : objects)
+    if (hasAccess(descriptor, access)) addObject(parent, access, functions());
 }
 
 }  // namespace
 
 void buildDeviceTree(v8::Local<v8::ObjectTemplate> global, v8::Local<v8::ObjectTemplate> morvik,
                      const Descriptor& descriptor) {
-  for (const GatedObject& device : kDevices) addIfGranted(morvik, descriptor, device);
+  addGranted(morvik, descriptor, kDevices);
   // There for everyone, because it is empty until the server has sent credentials; which of its
   // services a script then gets is asked of the descriptor.
   addObject(global, "social", socialFunctions());
-  addIfGranted(global, descriptor, {"http", httpFunctions});
+  addGranted(global, descriptor, kWeb);
+}
+
+std::vector<std::string> gatedNames() {
+  std::vector<std::string> names;
+  for (const GatedObject& device : kDevices) names.emplace_back(device.access);
+  for (const GatedObject& web : kWeb) names.emplace_back(web.access);
+  return names;
 }
 
 }  // namespace morvik

@@ -7,10 +7,21 @@
 
 #include <utility>
 
+#include "host/memory.h"
+
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 
 namespace morvik {
+namespace {
+
+// A body without one of its parts would be another body, and nobody would know. A part that libcurl
+// refuses for any other reason is missing without a word.
+void requireMemory(CURLFORMcode result) {
+  if (result == CURL_FORMADD_MEMORY) endForWantOfMemory("a part of a form does not fit");
+}
+
+}  // namespace
 
 CurlForm::CurlForm() = default;
 
@@ -25,15 +36,14 @@ CurlForm& CurlForm::operator=(CurlForm&& other) noexcept {
   return *this;
 }
 
-// The results are not looked at: a part that libcurl does not take is missing.
 void CurlForm::addText(const std::string& name, const std::string& text) {
-  curl_formadd(&first_, &last_, CURLFORM_COPYNAME, name.c_str(), CURLFORM_COPYCONTENTS,
-               text.c_str(), CURLFORM_END);
+  requireMemory(curl_formadd(&first_, &last_, CURLFORM_COPYNAME, name.c_str(),
+                             CURLFORM_COPYCONTENTS, text.c_str(), CURLFORM_END));
 }
 
 void CurlForm::addFile(const std::string& name, const std::string& path) {
-  curl_formadd(&first_, &last_, CURLFORM_COPYNAME, name.c_str(), CURLFORM_FILE, path.c_str(),
-               CURLFORM_END);
+  requireMemory(curl_formadd(&first_, &last_, CURLFORM_COPYNAME, name.c_str(), CURLFORM_FILE,
+                             path.c_str(), CURLFORM_END));
 }
 
 void CurlForm::attachTo(void* curl) const { curl_easy_setopt(curl, CURLOPT_HTTPPOST, first_); }

@@ -31,11 +31,10 @@ class Parameters {
   Parameters(v8::Isolate* isolate, v8::Local<v8::Object> object, const ExtraField* extra)
       : isolate_(isolate), object_(object), extra_(extra) {}
 
-  /// False when the script threw.
   [[nodiscard]] bool list();
   [[nodiscard]] std::size_t count() const { return names_.size(); }
   [[nodiscard]] v8::Local<v8::Value> name(std::size_t index) const { return names_[index]; }
-  /// From the script's own object, except for the extra field. Empty when the script threw.
+  /// From the script's own object, except for the extra field.
   [[nodiscard]] v8::MaybeLocal<v8::Value> value(std::size_t index) const;
 
  private:
@@ -156,7 +155,6 @@ class UrlencodedText {
   std::size_t capacity_ = kFirstCapacity;
 };
 
-// False when the script threw.
 bool addSimple(v8::Isolate* isolate, const Parameters& parameters, std::size_t index,
                UrlencodedText& text, Datapost& post) {
   v8::Local<v8::Value> value;
@@ -173,7 +171,7 @@ bool addSimple(v8::Isolate* isolate, const Parameters& parameters, std::size_t i
   return field.has_value();
 }
 
-// False when the script threw. Of an object only a token or a file goes out; others are dropped.
+// Of an object only a token or a file goes out; others are dropped.
 bool addPart(v8::Isolate* isolate, const Parameters& parameters, std::size_t index,
              CurlForm& form) {
   const v8::Local<v8::Value> name = parameters.name(index);

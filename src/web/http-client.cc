@@ -45,7 +45,7 @@ v8::MaybeLocal<v8::Object> fetch(v8::Isolate* isolate, const std::string& url,
   return call(isolate, url, headers, HttpBody());
 }
 
-// Nothing when the script threw. A form without parts is no body at all.
+// A form without parts is no body at all.
 std::optional<HttpBody> bodyOf(v8::Isolate* isolate, v8::Local<v8::Object> params, bool isForm,
                                const ExtraField* extra) {
   if (isForm) {

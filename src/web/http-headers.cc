@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "host/memory.h"
 #include "host/script.h"
 
 namespace morvik {
@@ -12,12 +13,12 @@ namespace {
 
 void append(CurlList& list, const std::string& line) {
   curl_slist* grown = curl_slist_append(list.get(), line.c_str());
-  if (grown == nullptr) return;  // without memory the list stays as it is
+  // A request without one of its lines would be another request, and nobody would know.
+  if (grown == nullptr) endForWantOfMemory("a header line does not fit");
   static_cast<void>(list.release());
   list.reset(grown);
 }
 
-// False when the script threw.
 bool appendProperty(v8::Isolate* isolate, v8::Local<v8::Object> map, v8::Local<v8::Value> key,
                     CurlList& list) {
   v8::Local<v8::Value> value;

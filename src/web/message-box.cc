@@ -31,7 +31,7 @@ std::size_t fieldSize(std::size_t size) {
   return 1 + CodedOutputStream::VarintSize32(static_cast<std::uint32_t>(size)) + size;
 }
 
-// The text of the property, or nothing when reading it threw.
+// The text of the property.
 std::optional<std::string> textOf(v8::Isolate* isolate, v8::Local<v8::Object> source, auto key) {
   const v8::HandleScope handles(isolate);
   v8::Local<v8::Value> value;
@@ -64,7 +64,7 @@ class IdReader {
   std::size_t taken_ = 0;
 };
 
-// Every property's value is an id; names do not count. False when something threw.
+// Every property's value is an id; names do not count.
 bool readIds(v8::Isolate* isolate, v8::Local<v8::Object> ids, Query& query) {
   const v8::Local<v8::Context> context = isolate->GetCurrentContext();
   v8::Local<v8::Array> names;
@@ -112,7 +112,7 @@ void deleteMessages(const Args& args) { queryIds(args, Query::DELETE); }
 
 void markAsRead(const Args& args) { queryIds(args, Query::READ); }
 
-// What is no array counts as an empty one. False when something threw.
+// What is no array counts as an empty one.
 bool readObjects(v8::Isolate* isolate, v8::Local<v8::Value> objects, zeph::Contact& to) {
   if (!objects->IsArray()) return true;
   const auto array = objects.As<v8::Array>();
@@ -125,7 +125,6 @@ bool readObjects(v8::Isolate* isolate, v8::Local<v8::Value> objects, zeph::Conta
   return true;
 }
 
-// False when something threw.
 bool readReceiver(v8::Isolate* isolate, v8::Local<v8::Value> value, zeph::Contact& to) {
   if (!value->IsObject()) {
     throwText(isolate, "Arg[0] Must be object");
@@ -140,7 +139,6 @@ bool readReceiver(v8::Isolate* isolate, v8::Local<v8::Value> value, zeph::Contac
          readObjects(isolate, objects, to);
 }
 
-// False when something threw.
 bool readText(v8::Isolate* isolate, v8::Local<v8::Value> value, zeph::MorvikMessage& message) {
   if (!value->IsString()) {
     // The script reads of argument 0 and has to look at argument 1: the text is meant so.

@@ -37,7 +37,6 @@ std::string secretOf(v8::Local<v8::Object> account, const char* name) {
 
 // Both secrets are escaped, so that the one "&" is always the separator. They are of one object: a
 // key with one secret in it and a text of the script's choice would tell that secret sooner.
-// Nothing when the look-up threw.
 std::optional<std::string> twitterKey(v8::Isolate* isolate) {
   v8::Local<v8::Object> account;
   if (!socialAccount(isolate, kTwitter).ToLocal(&account)) return std::nullopt;

@@ -1,16 +1,12 @@
 // Everything that can be done to the device is done from the page, by its forms.
-#include <google/protobuf/text_format.h>
-
 #include <set>
 
 #include <nlohmann/json.hpp>
 
-#include "desk-test.h"
+#include "device-page-fixture.h"
 #include "every-stimulus.h"
 
 namespace morvik::test {
-
-using namespace devkit;
 namespace {
 
 using nlohmann::json;
@@ -43,20 +39,7 @@ constexpr const char* kFillAndSend = R"js(
   document.querySelector('#everything-form form').requestSubmit();
 )js";
 
-// Sends a command whose payload is written in protobuf's text form, and waits until it is answered.
-// What went on before may have taken interactive mode away.
-void command(AppClient& app, const std::string& payload) {
-  app.send(startRequest("granted"));
-  zeph::ZephMsg message = freshMessage();
-  const std::string head = "id: '" + message.id() + "' interactiveId: 'granted' ";
-  ASSERT_TRUE(google::protobuf::TextFormat::ParseFromString(head + payload, &message)) << payload;
-  app.send(message);
-  zeph::ZephMsg answer = app.receive();
-  while (answer.has_id() && answer.correlationid() != message.id()) answer = app.receive();
-  EXPECT_EQ(answer.response().code(), zeph::OK) << payload;
-}
-
-using PageForEverything = DeskTest;
+using PageForEverything = DevicePageTest;
 
 constexpr const char* kOutcome = "document.getElementById('outcome').dataset.done";
 // An ear in a hand moves many times a second: the picture alone tells that.
@@ -72,7 +55,10 @@ TEST_F(PageForEverything, everyStimulusHasAFormThatDoesIt) {
   for (const StimulusRow& row : everyStimulus()) {
     const json stimulus = json::parse(row.json);
     if (stimulus["stimulus"] == "help") continue;  // a page needs none
-    if (*row.before != '\0') command(*second, row.before);
+    if (*row.before != '\0') {
+      second->send(startRequest("granted"));  // what went on before may have taken it away
+      command(*second, row.before);
+    }
     driver_.run(kFillAndSend, json::array({stimulus}));
     SCOPED_TRACE(row.json);
     const bool isEar = stimulus["stimulus"] == "ear";

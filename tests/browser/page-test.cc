@@ -1,28 +1,17 @@
 // What the page shows and does, in a real browser.
 #include <csignal>
 
-#include "desk-test.h"
+#include "device-page-fixture.h"
+#include "looks.h"
 
 namespace morvik::test {
-
-using namespace devkit;
 namespace {
 
 using keys::kDown;
 using keys::kEnter;
-using keys::kTab;
 using keys::kUp;
 
-// The colour that the LED is drawn in.
-constexpr const char* kLedColor = "getComputedStyle(document.getElementById('led-disc')).fill";
-
-class PageInBrowser : public DeskTest {
- protected:
-  void expectLed(const std::string& color) {
-    expect("document.getElementById('led').hasAttribute('data-lit') && " + std::string(kLedColor) +
-           " === " + quoted(color));
-  }
-};
+using PageInBrowser = DevicePageTest;
 
 TEST_F(PageInBrowser, showsTheColourThatAnApplicationAsksFor) {
   openPage();
@@ -77,7 +66,8 @@ TEST_F(PageInBrowser, comesBackWhenTheConnectionWasLost) {
 TEST_F(PageInBrowser, tellsThatTheDeviceIsGone) {
   openPage();
   kill(device_.pid(), SIGTERM);
-  expect("document.body.dataset.connection !== 'open'");
+  expectText("[data-connection=lost] #connection-text", "Connection lost");
+  EXPECT_EQ(seriousFindings(driver_), nlohmann::json::array());
   driver_.console();  // the browser tells there that nobody listens any more
 }
 
@@ -85,15 +75,12 @@ TEST_F(PageInBrowser, canBeUsedWithTheKeyboardAlone) {
   const auto app = application();
   openPage();
   // Every step is a real key: the button is reached, and pressed, without a pointer.
-  const auto focus = [this] { return driver_.run("return document.activeElement.id"); };
-  for (int i = 0; i < 12 && focus() != "button"; ++i) driver_.press(kTab);
-  ASSERT_EQ(focus(), "button");
+  tabTo("#button");
   driver_.press(kEnter);
   EXPECT_EQ(app->receive().buttoncallback().type(), zeph::ButtonCallback::SIMPLE);
-  for (int i = 0; i < 12 && focus() != "ear-left"; ++i) driver_.press(kTab);
-  ASSERT_EQ(focus(), "ear-left");
+  tabTo("#ear-left");
   driver_.press(std::string(kUp) + kUp + kDown);
-  expect("document.getElementById('ear-left').getAttribute('aria-valuenow') === '1'");
+  expectAttribute("#ear-left", "aria-valuenow", "1");
 }
 
 TEST_F(PageInBrowser, asksForNothingFromElsewhere) {

@@ -4,13 +4,12 @@
 
 #include "channel/dispatch.h"
 #include "host/morvik-data.h"
+#include "support/matchers.h"
+#include "support/text-message.h"
 #include "support/unit/log-texts.h"
-#include "support/unit/text-message.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::ElementsAre;
 
 class CallbackTableTest : public testing::Test {
  protected:

@@ -13,27 +13,16 @@
 #include <fstream>
 #include <thread>
 
-#include "channel/frame.h"
 #include "channel/pump.h"
+#include "support/text-message.h"
+#include "support/unit/frames.h"
 #include "support/unit/log-texts.h"
 #include "support/unit/script-test.h"
-#include "support/unit/text-message.h"
 
 namespace morvik::test {
 namespace {
 
 using namespace std::string_literals;
-using testing::ElementsAre;
-using testing::KilledBySignal;
-
-std::string header(std::uint32_t length) {
-  const auto bytes = frameHeader(length);
-  return {bytes.begin(), bytes.end()};
-}
-
-std::string frame(const std::string& payload) {
-  return header(static_cast<std::uint32_t>(payload.size())) + payload;
-}
 
 // Two ends of a socket. With SOCK_SEQPACKET every piece that is written is read on its own, so a
 // test says where a stream is split.

@@ -1,14 +1,12 @@
 // ping and morvik.info: arguments, log lines, requests and answers.
 #include "channel/device-info.h"
 
+#include "support/text-message.h"
 #include "support/unit/log-texts.h"
 #include "support/unit/script-test.h"
-#include "support/unit/text-message.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::ElementsAre;
 
 using Lines = std::vector<std::string>;
 

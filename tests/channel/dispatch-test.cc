@@ -6,13 +6,12 @@
 #include "channel/callback-table.h"
 #include "channel/timers.h"
 #include "host/morvik-data.h"
+#include "support/matchers.h"
+#include "support/text-message.h"
 #include "support/unit/log-texts.h"
-#include "support/unit/text-message.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::ElementsAre;
 
 using Journal = std::vector<std::string>;
 

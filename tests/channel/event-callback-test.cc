@@ -3,9 +3,9 @@
 
 #include "channel/callback-table.h"
 #include "host/data-object.h"
+#include "support/text-message.h"
 #include "support/unit/log-texts.h"
 #include "support/unit/script-test.h"
-#include "support/unit/text-message.h"
 
 namespace morvik::test {
 namespace {

@@ -1,7 +1,7 @@
 // The length prefix: four bytes, big-endian.
 #include "channel/frame.h"
 
-#include <gmock/gmock.h>
+#include "support/matchers.h"
 
 namespace morvik::test {
 namespace {

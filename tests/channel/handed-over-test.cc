@@ -2,8 +2,8 @@
 // what the documents recommend instead.
 #include <functional>
 
+#include "support/text-message.h"
 #include "support/unit/script-test.h"
-#include "support/unit/text-message.h"
 
 namespace morvik::test {
 namespace {

@@ -4,15 +4,12 @@
 #include "channel/callback-table.h"
 #include "channel/script-functions.h"
 #include "channel/timers.h"
+#include "support/text-message.h"
 #include "support/unit/log-texts.h"
 #include "support/unit/script-test.h"
-#include "support/unit/text-message.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::ElementsAre;
-using testing::ExitedWithCode;
 
 using Lines = std::vector<std::string>;
 

@@ -1,12 +1,11 @@
 // Fresh messages, enum names, and what is kept of payloads that do not parse.
 #include "channel/message.h"
 
-#include <gmock/gmock.h>
-
 #include <set>
 
 #include "support/fresh-id.h"
-#include "support/unit/text-message.h"
+#include "support/matchers.h"
+#include "support/text-message.h"
 
 namespace morvik::test {
 namespace {

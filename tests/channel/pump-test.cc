@@ -3,13 +3,11 @@
 #include "channel/pump.h"
 
 #include "channel/connection.h"
+#include "support/text-message.h"
 #include "support/unit/script-test.h"
-#include "support/unit/text-message.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::ElementsAre;
 
 class PumpOnTheLoopTest : public ScriptTest {
  protected:

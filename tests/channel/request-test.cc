@@ -9,15 +9,14 @@
 
 #include "channel/answered-once.h"
 #include "host/morvik-data.h"
+#include "support/text-message.h"
 #include "support/unit/log-texts.h"
 #include "support/unit/script-test.h"
-#include "support/unit/text-message.h"
 
 namespace morvik::test {
 namespace {
 
 using namespace std::string_literals;
-using testing::ElementsAre;
 
 std::string read;  // what a function read of its arguments
 

@@ -1,13 +1,11 @@
 // morvik.asr: the one result that a request waits for, and its meaning.
 #include "features/asr-meanings.h"
+#include "support/text-message.h"
 #include "support/unit/feature-test.h"
 #include "support/unit/log-texts.h"
-#include "support/unit/text-message.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::ElementsAre;
 
 constexpr const char* kCall = "morvik.asr.string('oui|non', 'fr', tell)";
 

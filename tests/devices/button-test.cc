@@ -1,11 +1,9 @@
 // morvik.button: unknown presses, and that each listener hears every press.
+#include "support/text-message.h"
 #include "support/unit/feature-test.h"
-#include "support/unit/text-message.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::ElementsAre;
 
 constexpr const char* kPress = "buttonCallback { type: SIMPLE }";
 

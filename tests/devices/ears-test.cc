@@ -4,8 +4,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-
 class EarsTest : public FeatureTest {};
 
 TEST_F(EarsTest, aPositionThatCannotBeReadSendsNothing) {

@@ -4,8 +4,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-
 class LedTest : public FeatureTest {};
 
 TEST_F(LedTest, aConversionThatTheEngineRefusesReachesTheScriptAndNothingIsSent) {

@@ -2,14 +2,12 @@
 #include "devices/listener.h"
 
 #include "host/morvik-data.h"
+#include "support/text-message.h"
 #include "support/unit/log-texts.h"
 #include "support/unit/script-test.h"
-#include "support/unit/text-message.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::ElementsAre;
 
 int listenersAlive = 0;
 

@@ -1,6 +1,6 @@
 // morvik.m2m: a call answered from its listener.
+#include "support/text-message.h"
 #include "support/unit/feature-test.h"
-#include "support/unit/text-message.h"
 
 namespace morvik::test {
 namespace {

@@ -1,11 +1,9 @@
 // morvik.multimedia: objects that can be played, and what is kept of a query.
+#include "support/text-message.h"
 #include "support/unit/feature-test.h"
-#include "support/unit/text-message.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::ElementsAre;
 
 class MultimediaTest : public FeatureTest {};
 

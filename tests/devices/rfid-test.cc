@@ -1,11 +1,9 @@
 // morvik.rfid: numbers of kinds and colours, bytes of contents, and whose object a tag is.
+#include "support/text-message.h"
 #include "support/unit/feature-test.h"
-#include "support/unit/text-message.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::ElementsAre;
 
 class RfidTest : public FeatureTest {
  protected:

@@ -6,8 +6,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAreArray;
-
 class SemanticTest : public ScriptTest {
  protected:
   // What the text makes of an object that holds {"kept":"1"}, as JSON.

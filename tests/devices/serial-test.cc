@@ -4,13 +4,11 @@
 
 #include <unistd.h>
 
+#include "support/text-message.h"
 #include "support/unit/feature-test.h"
-#include "support/unit/text-message.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::ElementsAre;
 
 constexpr const char* kLine =
     "serialCallback { readline { port: '/dev/p' data: 'abc' base: 'h' } }";

@@ -1,9 +1,8 @@
 // Things to come, on a real loop.
 #include "server/agenda.h"
 
-#include <gmock/gmock.h>
-
 #include "loop.h"
+#include "support/matchers.h"
 
 namespace morvik::test {
 

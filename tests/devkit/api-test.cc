@@ -315,7 +315,7 @@ TEST(ApiTableTest, typingsAreCutToWhatIsGranted) {
 TEST(ApiVerbTest, showsAllFunctionsOrOne) {
   EXPECT_THAT(run({MORVIK_DEV, "api"}).output,
               HasSubstr("\nmorvik.led.fade(color, period, fn?)\n"));
-  const Outcome one = run({MORVIK_DEV, "api", "morvik.led.fade"});
+  const ProgramResult one = run({MORVIK_DEV, "api", "morvik.led.fade"});
   EXPECT_EQ(one.status, 0);
   EXPECT_THAT(one.output, HasSubstr("morvik.led.fade('blue', 100, function (code) {"));
   EXPECT_EQ(run({MORVIK_DEV, "api", "morvik.led.glow"}).status, 1);

@@ -2,7 +2,6 @@
 #include "app-client.h"
 
 #include <arpa/inet.h>
-#include <glib-unix.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -21,9 +20,7 @@ AppClient::AppClient(Loop& loop, std::uint16_t port)
   address.sin_port = htons(port);
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   EXPECT_EQ(connect(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
-  source_.reset(g_unix_fd_source_new(fd_, G_IO_IN));
-  g_source_set_callback(source_.get(), G_SOURCE_FUNC(onReadable), this, nullptr);
-  g_source_attach(source_.get(), loop.context());
+  source_ = whenReadable(fd_, [this] { return take(); });
 }
 
 AppClient::~AppClient() { disconnect(); }
@@ -34,7 +31,7 @@ void AppClient::disconnect() {
   fd_ = -1;
 }
 
-void AppClient::stopReading() { g_source_destroy(source_.get()); }
+void AppClient::stopReading() { source_.reset(); }
 
 void AppClient::sendBytes(const std::string& bytes) {
   EXPECT_EQ(::send(fd_, bytes.data(), bytes.size(), MSG_NOSIGNAL),
@@ -63,21 +60,16 @@ bool AppClient::sawEnd() {
   return loop_.runUntil([this] { return ended_; });
 }
 
-gboolean AppClient::onReadable(int /*fd*/, GIOCondition /*condition*/, gpointer client) {
-  auto* self = static_cast<AppClient*>(client);
-  self->take();
-  return self->ended_ ? G_SOURCE_REMOVE : G_SOURCE_CONTINUE;
-}
-
-void AppClient::take() {
+bool AppClient::take() {
   std::array<char, 65536> bytes{};
   const ssize_t count = recv(fd_, bytes.data(), bytes.size(), 0);
   ended_ = count <= 0;
-  if (ended_) return;
+  if (ended_) return false;
   frames_.feed(std::string_view(bytes.data(), static_cast<std::size_t>(count)));
   while (const auto payload = frames_.next()) {
     EXPECT_TRUE(messages_.emplace_back().ParseFromString(*payload));
   }
+  return true;
 }
 
 zeph::ZephMsg freshMessage() {

@@ -7,6 +7,7 @@
 #include <deque>
 #include <string>
 
+#include "device/when-readable.h"
 #include "loop.h"
 #include "server/frame.h"
 
@@ -37,12 +38,11 @@ class AppClient {
   void disconnect();
 
  private:
-  static gboolean onReadable(int fd, GIOCondition condition, gpointer client);
-  void take();
+  bool take();
 
   Loop& loop_;
   int fd_;
-  devkit::GSourceOwned source_;
+  devkit::GSourceAttached source_;
   devkit::FrameReader frames_;
   std::deque<zeph::ZephMsg> messages_;
   bool ended_ = false;

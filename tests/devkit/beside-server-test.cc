@@ -1,20 +1,16 @@
 // The web server beside an application: what its plan says, and what it answers.
 #include "run/beside-server.h"
 
-#include <gmock/gmock.h>
-
 #include <fstream>
 
 #include "loop.h"
+#include "support/matchers.h"
 #include "support/temporary-folder.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 
 struct Answer {
   unsigned status = 0;

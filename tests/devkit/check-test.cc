@@ -68,7 +68,7 @@ class BrokenApplications : public testing::TestWithParam<Mistake> {};
 
 TEST_P(BrokenApplications, areToldWithPlaceAndCure) {
   const auto& [app, place] = GetParam();
-  const Outcome outcome = run({MORVIK_DEV, "check", kBroken + app});
+  const ProgramResult outcome = run({MORVIK_DEV, "check", kBroken + app});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(withoutPlace(outcome.output), contentOf(kBroken + app + ".txt"));
   const std::string told = place.empty() ? app : app + '/' + place;
@@ -85,13 +85,13 @@ INSTANTIATE_TEST_SUITE_P(Each, BrokenApplications, testing::ValuesIn(mistakes())
 
 class CheckTest : public DeskTest {
  protected:
-  Outcome check(const std::string& script, const std::string& accesses = "") {
+  ProgramResult check(const std::string& script, const std::string& accesses = "") {
     return run({MORVIK_DEV, "check", write("app", script, accesses)});
   }
 
   void expectNothing(const std::string& script, const std::string& accesses = "") {
     fs::remove_all(folder_.path() / "app");
-    const Outcome outcome = check(script, accesses);
+    const ProgramResult outcome = check(script, accesses);
     EXPECT_THAT(outcome.output, IsEmpty()) << script;
     EXPECT_EQ(outcome.status, 0);
   }
@@ -136,7 +136,7 @@ TEST_F(CheckTest, findsNothingInAnySample) {
     words.push_back(entry.path());
   }
   EXPECT_GT(words.size(), 10U);
-  const Outcome outcome = run(words);
+  const ProgramResult outcome = run(words);
   EXPECT_THAT(outcome.output, IsEmpty());
   EXPECT_EQ(outcome.status, 0);
 }
@@ -163,7 +163,8 @@ TEST_F(CheckTest, tellsByItsStatusWhatItFound) {
 }
 
 TEST_F(CheckTest, givesFindingsAsJson) {
-  const Outcome outcome = run({MORVIK_DEV, "check", "--json", write("app", "\n  log();\n", "")});
+  const ProgramResult outcome =
+      run({MORVIK_DEV, "check", "--json", write("app", "\n  log();\n", "")});
   const Json json = Json::parse(outcome.output);
   EXPECT_EQ(json["folder"], folder_ / "app");
   const Json expected = Json::parse(
@@ -310,7 +311,7 @@ TEST_F(CheckTest, survivesOddNamesInAFolder) {
   std::ofstream(folder / "z.js") << "console.log(1);";
   EXPECT_THAT(run({MORVIK_DEV, "check", folder}).output,
               StartsWith(folder.string() + "/z.js:1:1:"));
-  const Outcome asFolder = run({MORVIK_DEV, "check", folder.string() + "/"});
+  const ProgramResult asFolder = run({MORVIK_DEV, "check", folder.string() + "/"});
   EXPECT_THAT(asFolder.output, StartsWith(folder.string() + "/z.js:1:1:"));
 }
 

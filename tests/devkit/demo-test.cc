@@ -1,18 +1,14 @@
 // script/demo, the first thing that a newcomer runs: a sample at work on the device, and nothing
 // left of it. What `morvik-dev run` does beyond is tested there.
-#include <gmock/gmock.h>
 
 #include "desk-fixture.h"
+#include "support/matchers.h"
 #include "support/program.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::ContainsRegex;
-using ::testing::HasSubstr;
-using ::testing::StartsWith;
 
 class Demo : public DeskTest {
  protected:
@@ -67,7 +63,7 @@ TEST_F(Demo, endsByItselfAfterTheTimeThatItIsGiven) {
 
 TEST_F(Demo, refusesWhatMakesNoSense) {
   for (const char* option : {"--app=nothing", "--app=../apps/hello", "hello"}) {
-    const Outcome outcome = run(command({option}));
+    const ProgramResult outcome = run(command({option}));
     EXPECT_EQ(outcome.status, 2) << option;
     EXPECT_THAT(outcome.output, HasSubstr("script/demo --help tells what it takes."));
   }
@@ -77,7 +73,7 @@ TEST_F(Demo, refusesWhatMakesNoSense) {
 }
 
 TEST_F(Demo, saysThatAProgramIsMissing) {
-  const Outcome outcome = run({SOURCE_DIR "/script/demo", "--programs=/nowhere"});
+  const ProgramResult outcome = run({SOURCE_DIR "/script/demo", "--programs=/nowhere"});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.output, HasSubstr("there is no program /nowhere/morvik-dev"));
 }

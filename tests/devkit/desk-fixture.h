@@ -2,14 +2,13 @@
 // left.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
 
 #include "loop.h"
+#include "support/matchers.h"
 #include "support/temporary-folder.h"
 
 namespace morvik::test {

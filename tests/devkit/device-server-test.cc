@@ -2,11 +2,11 @@
 #include "server/device-server.h"
 
 #include <dlfcn.h>
-#include <gmock/gmock.h>
 #include <sys/socket.h>
 
 #include "app-client.h"
 #include "device/stimuli.h"
+#include "support/matchers.h"
 
 namespace {
 
@@ -27,9 +27,6 @@ namespace morvik::test {
 using namespace devkit;
 namespace {
 
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 using namespace std::string_literals;
 
 // What passes between the device and its applications, as short texts.

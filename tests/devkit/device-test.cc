@@ -1,10 +1,9 @@
 // How the device answers, without sockets and without waiting.
 #include "device/device.h"
 
-#include <gmock/gmock.h>
-
 #include "app-client.h"
 #include "bench.h"
+#include "support/matchers.h"
 
 namespace morvik::test {
 
@@ -12,8 +11,6 @@ using namespace devkit;
 namespace {
 
 using std::chrono::milliseconds;
-using ::testing::IsEmpty;
-using ::testing::SizeIs;
 
 class DeviceTest : public ::testing::Test {
  protected:

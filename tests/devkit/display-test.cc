@@ -1,21 +1,15 @@
 // What a reader sees.
 #include "terminal/display.h"
 
-#include <gmock/gmock.h>
-
 #include "app-client.h"
 #include "device/describe.h"
 #include "device/text.h"
+#include "support/matchers.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::EndsWith;
-using ::testing::HasSubstr;
-using ::testing::MatchesRegex;
 
 zeph::ZephMsg withId(zeph::ZephMsg message, const std::string& id) {
   message.set_id(id);
@@ -132,6 +126,20 @@ TEST_F(DisplayTest, aNoticeCarriesNoMark) {
 TEST_F(DisplayTest, showsWhatHappensToTheDevice) {
   show(Noted{"wrote\na file"});
   EXPECT_THAT(lines_, ElementsAre(EndsWith(" device --  wrote?a file")));
+}
+
+TEST_F(DisplayTest, showsOnceWhatIsSentToAll) {
+  zeph::ZephMsg press = withId(zeph::ZephMsg(), "own id");
+  press.mutable_buttoncallback()->set_type(zeph::ButtonCallback::SIMPLE);
+  for (const AppNumber number : {1U, 2U, 3U}) show(Sent{number, passed(press), {1, 2, 3}});
+  show(Sent{3, passed(press)});
+  EXPECT_THAT(lines_, ElementsAre(EndsWith(" all <-  buttonCallback { type: SIMPLE }"),
+                                  EndsWith(" app 3 <-  buttonCallback { type: SIMPLE }")));
+}
+
+TEST_F(DisplayTest, showsDoubts) {
+  show(Doubted{2, {Doubt::About::kColor, "rde", "no\ncolour"}});
+  EXPECT_THAT(lines_, ElementsAre(EndsWith(" app 2 ??  no?colour")));
 }
 
 TEST_F(DisplayTest, cutsWhatIsTooLongToRead) {

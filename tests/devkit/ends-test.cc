@@ -1,7 +1,6 @@
 // Every end, made to happen on the real host, and what is said of it.
 #include "run/ends.h"
 
-#include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -12,15 +11,12 @@
 
 #include "fake-server.h"
 #include "launched.h"
+#include "support/matchers.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::SizeIs;
 
 // Keeps a script busy until what the server does has arrived.
 // Keeps a script busy until the scene has said go.
@@ -177,6 +173,16 @@ const Row kRows[] = {
        scene.received = [](FakeServer& server, const zeph::ZephMsg& message) {
          server.answer(message, zeph::BUSY);
        };
+     }},
+    {"serverMissing", EndKind::kServerMissing, "killed by SIGTRAP",
+     "cannot be reached: Connection refused", "--device",
+     [](Scene& scene) {
+       scene.apps.app("app", "log('ready');" + std::string(kWait) + connected());
+       scene.onReady = [&scene](pid_t pid) {
+         scene.launch.serverMissing(pid, "Connection refused");
+         scene.go();
+       };
+       scene.came = [](FakeServer& server) { server.reset(); };
      }},
     {"serverEnded", EndKind::kServerClosed, "killed by SIGTRAP", "server ended the connection",
      "launch the application again",

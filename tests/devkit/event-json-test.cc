@@ -1,13 +1,12 @@
 // Events and messages in JSON.
 #include "device/event-json.h"
 
-#include <gmock/gmock.h>
-
 #include <nlohmann/json.hpp>
 
 #include "app-client.h"
 #include "bench.h"
 #include "device/secrets.h"
+#include "support/matchers.h"
 
 namespace morvik::test {
 
@@ -15,8 +14,6 @@ using namespace devkit;
 namespace {
 
 using std::chrono::milliseconds;
-using ::testing::HasSubstr;
-using ::testing::Not;
 
 std::string lineOf(const Event::What& what) {
   return devkit::lineOf(Event{7, milliseconds(5), what});
@@ -44,6 +41,8 @@ TEST(EventJson, hasAFormForEveryKind) {
       {Left{1}, R"("left","application":1)"},
       {Received{1, passed(fade())}, R"("received","application":1,)" + message},
       {Sent{2, passed(fade())}, R"("sent","application":2,)" + message},
+      {Sent{2, passed(fade()), {1, 2}},
+       R"("sent","application":2,)" + message + R"(,"together":[1,2])"},
       {Changed{"led"}, R"("changed","part":"led")"},
       {Began{underway}, R"("began",)" + work + R"(,"length":500)"},
       {Began{resting}, R"("began",)" + work},
@@ -52,6 +51,8 @@ TEST(EventJson, hasAFormForEveryKind) {
       {Stimulated{"stop", 2, {}}, R"("stimulus","name":"stop","application":2,"arguments":{})"},
       {Stimulated{"button", {}, {{"type", {"SIMPLE"}}}},
        R"("stimulus","name":"button","arguments":{"type":["SIMPLE"]})"},
+      {Doubted{1, {Doubt::About::kEar, "left 17", "too far"}},
+       R"("doubt","application":1,"about":"ear","value":"left 17","text":"too far")"},
       {Noted{"a \"note\""}, R"("note","text":"a \"note\"")"},
       {Trouble{1, "oh"}, R"("trouble","application":1,"text":"oh")"},
       {Trouble{{}, "oh"}, R"("trouble","text":"oh")"},

@@ -1,11 +1,10 @@
 // Observers that come, go, fail and act while they are told.
 #include "device/events.h"
 
-#include <gmock/gmock.h>
-
 #include <stdexcept>
 
 #include "bench.h"
+#include "support/matchers.h"
 
 namespace morvik::test {
 
@@ -13,8 +12,6 @@ using namespace devkit;
 namespace {
 
 using std::chrono::milliseconds;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 // Keeps the notes that it hears, and then does what the test wants.
 class Listener : public Observer {

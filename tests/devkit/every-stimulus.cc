@@ -44,6 +44,8 @@ const std::vector<StimulusRow> kRows = {
      R"({"stimulus": "call", "arguments": {"type": "INCOMING", "who": "aunt"}})"},
     {"", "serial p 'a b' h",
      R"({"stimulus": "serial", "arguments": {"port": "p", "text": "a b", "base": "h"}})"},
+    {"", "picture", R"({"stimulus": "picture", "arguments": {}})"},
+    {"", "recording", R"({"stimulus": "recording"})"},
     {"", "stop", R"({"stimulus": "stop"})"},
     {"", "refuse BUSY", R"({"stimulus": "refuse", "arguments": {"code": "BUSY"}})"},
     {"", "app 2 refuse ERROR ears ALWAYS",
@@ -61,6 +63,8 @@ const std::vector<StimulusRow> kRows = {
     {"", "pieces 3", R"({"stimulus": "pieces", "arguments": {"size": 3}})"},
     {"", "pieces 3 50", R"({"stimulus": "pieces", "arguments": {"size": 3, "pause": 50}})"},
     {"", "app 1 drop", R"({"stimulus": "drop", "app": 1})"},
+    {"", "apps", R"({"stimulus": "apps"})"},
+    {"", "state", R"({"stimulus": "state"})"},
     {"", "help button", R"({"stimulus": "help", "arguments": {"word": "button"}})"},
 };
 

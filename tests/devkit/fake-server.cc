@@ -2,7 +2,6 @@
 #include "fake-server.h"
 
 #include <arpa/inet.h>
-#include <glib-unix.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -27,43 +26,34 @@ FakeServer::FakeServer(Came came, Received received)
   EXPECT_EQ(listen(listening_, SOMAXCONN), 0);
   EXPECT_EQ(getsockname(listening_, generic, &size), 0);
   port_ = ntohs(address.sin_port);
-  watch(listening_, accepting_, onConnection);
+  accepting_ = whenReadable(listening_, [this] { return accept(); });
 }
 
 FakeServer::~FakeServer() {
   close();
-  g_source_destroy(accepting_.get());
+  accepting_.reset();
   ::close(listening_);
 }
 
-void FakeServer::watch(int fd, GSourceOwned& source,
-                       gboolean (*called)(int, GIOCondition, gpointer)) {
-  source.reset(g_unix_fd_source_new(fd, G_IO_IN));
-  g_source_set_callback(source.get(), G_SOURCE_FUNC(called), this, nullptr);
-  g_source_attach(source.get(), g_main_context_get_thread_default());
+bool FakeServer::accept() {
+  close();
+  connection_ = accept4(listening_, nullptr, nullptr, SOCK_CLOEXEC);
+  reading_ = whenReadable(connection_, [this] { return take(); });
+  came_(*this);
+  return true;
 }
 
-gboolean FakeServer::onConnection(int fd, GIOCondition /*condition*/, gpointer server) {
-  auto* self = static_cast<FakeServer*>(server);
-  self->close();
-  self->connection_ = accept4(fd, nullptr, nullptr, SOCK_CLOEXEC);
-  self->watch(self->connection_, self->reading_, onReadable);
-  self->came_(*self);
-  return G_SOURCE_CONTINUE;
-}
-
-gboolean FakeServer::onReadable(int fd, GIOCondition /*condition*/, gpointer server) {
-  auto* self = static_cast<FakeServer*>(server);
+bool FakeServer::take() {
   std::array<char, 65536> bytes{};
-  const ssize_t count = recv(fd, bytes.data(), bytes.size(), 0);
-  if (count <= 0) return G_SOURCE_REMOVE;
-  self->frames_.feed(std::string_view(bytes.data(), static_cast<std::size_t>(count)));
-  while (const auto payload = self->frames_.next()) {
+  const ssize_t count = recv(connection_, bytes.data(), bytes.size(), 0);
+  if (count <= 0) return false;
+  frames_.feed(std::string_view(bytes.data(), static_cast<std::size_t>(count)));
+  while (const auto payload = frames_.next()) {
     zeph::ZephMsg message;
     EXPECT_TRUE(message.ParseFromString(*payload));
-    self->received_(*self, message);
+    received_(*this, message);
   }
-  return self->connection_ >= 0 ? G_SOURCE_CONTINUE : G_SOURCE_REMOVE;
+  return connection_ >= 0;
 }
 
 void FakeServer::sendBytes(const std::string& bytes) {
@@ -83,7 +73,7 @@ void FakeServer::answer(const zeph::ZephMsg& request, zeph::VReturnCode code) {
 
 void FakeServer::close() {
   if (connection_ < 0) return;
-  g_source_destroy(reading_.get());
+  reading_.reset();
   ::close(std::exchange(connection_, -1));
 }
 

@@ -7,7 +7,7 @@
 #include <functional>
 #include <string>
 
-#include "device/owned.h"
+#include "device/when-readable.h"
 #include "server/frame.h"
 
 namespace morvik::test {
@@ -38,17 +38,16 @@ class FakeServer {
   void reset();
 
  private:
-  static gboolean onConnection(int fd, GIOCondition condition, gpointer server);
-  static gboolean onReadable(int fd, GIOCondition condition, gpointer server);
-  void watch(int fd, devkit::GSourceOwned& source, gboolean (*called)(int, GIOCondition, gpointer));
+  bool accept();
+  bool take();
 
   Came came_;
   Received received_;
   int listening_;
   int port_ = 0;
   int connection_ = -1;
-  devkit::GSourceOwned accepting_;
-  devkit::GSourceOwned reading_;
+  devkit::GSourceAttached accepting_;
+  devkit::GSourceAttached reading_;
   devkit::FrameReader frames_;
 };
 

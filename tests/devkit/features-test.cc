@@ -1,11 +1,12 @@
 // How each feature of the device answers, goes on and ends.
-#include <gmock/gmock.h>
 
 #include <filesystem>
 #include <fstream>
 
 #include "bench.h"
 #include "device/media-files.h"
+#include "support/matchers.h"
+#include "support/temporary-folder.h"
 
 namespace morvik::test {
 
@@ -14,11 +15,6 @@ namespace {
 
 using std::chrono::milliseconds;
 using std::chrono::seconds;
-using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::StartsWith;
 
 const std::string kOk = "1: re response { code: OK }";
 const std::string kTerminated = "1: re event { code: TERMINATED }";
@@ -278,17 +274,94 @@ std::string startOf(const char* path, std::size_t size) {
 TEST_F(MultimediaTest, recordsIntoAFile) {
   EXPECT_THAT(bench_.command("multimedia { record { url: '' } }"), ElementsAre(kOk));
   EXPECT_THAT(bench_.pass(seconds(3)), ElementsAre(kTerminated));
-  EXPECT_EQ(startOf(kRecordingPath, 4), "fLaC");
+  EXPECT_EQ(startOf(kRecording.path, 4), "fLaC");
   EXPECT_THAT(bench_.events.notes(), ElementsAre("wrote /tmp/record.flac"));
 }
 
 using WebcamTest = Feature;
 
+std::string contentOf(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// A file of the user's, and how it is chosen.
+struct MediaCase {
+  const char* stimulus;
+  const MediaKind& kind;
+  const char* command;
+};
+const MediaCase kMediaCases[] = {{"picture", kPicture, "webcam { photo: 'x' }"},
+                                 {"recording", kRecording, "multimedia { record { url: '' } }"}};
+
+class ChosenFileTest : public Feature, public ::testing::WithParamInterface<MediaCase> {
+ protected:
+  std::string write(const std::string& bytes, const std::string& name = "file") {
+    std::ofstream(folder_ / name, std::ios::binary) << bytes;
+    return folder_ / name;
+  }
+  std::string line(const std::string& path) {
+    return std::string(GetParam().stimulus) + " '" + path + "'";
+  }
+  // What the next photo or recording holds.
+  std::string taken() {
+    bench_.command(GetParam().command);
+    bench_.pass(seconds(3));
+    return contentOf(GetParam().kind.path);
+  }
+
+  const MediaKind& kind_ = GetParam().kind;
+  TemporaryFolder folder_;
+};
+
+INSTANTIATE_TEST_SUITE_P(All, ChosenFileTest, ::testing::ValuesIn(kMediaCases),
+                         [](const auto& row) { return std::string(row.param.stimulus); });
+
+TEST_P(ChosenFileTest, isWhatIsTakenFromThenOn) {
+  const std::string usual = taken();
+  const std::string bytes = std::string(kind_.begin) + "the user's" + std::string(100000, '\0');
+  const std::string path = write(bytes);
+  EXPECT_THAT(bench_.noted(line(path)), ElementsAre(::testing::EndsWith(": " + path)));
+  std::filesystem::remove(path);
+  EXPECT_EQ(taken(), bytes);
+  EXPECT_EQ(taken(), bytes);
+  EXPECT_THAT(bench_.noted(GetParam().stimulus), ElementsAre(HasSubstr("the device's own")));
+  EXPECT_EQ(taken(), usual);
+}
+
+TEST_P(ChosenFileTest, isRefusedWhenItIsNone) {
+  const std::string good = write(std::string(kind_.begin) + "good", "good");
+  bench_.noted(line(good));
+  const std::string large = write("", "large");
+  std::filesystem::resize_file(large, kLargestMediaFile + 1);
+  const std::pair<std::string, std::string> bad[] = {
+      {folder_ / "none", "No such file or directory"},
+      {folder_.path(), "is no file"},
+      {"/dev/zero", "is no file"},
+      {write("", "empty"), "is empty"},
+      {large, "has 16777217 bytes, and 16777216 are the most"},
+      {write("GIF89a", "other"), std::string("is no ") + kind_.format + " file"},
+      {"", "the file is empty"},
+  };
+  for (const auto& [path, why] : bad) {
+    EXPECT_THAT(bench_.refused(line(path)), HasSubstr(why)) << path;
+  }
+  EXPECT_EQ(taken(), contentOf(good)) << "the one before";
+}
+
+TEST_P(ChosenFileTest, isFoundFromTheFoldersThatAUserMeans) {
+  const std::string path = write(std::string(kind_.begin) + "mine");
+  const auto relative = std::filesystem::relative(path);
+  EXPECT_TRUE(stimulate(bench_.device, line(relative)).done) << relative;
+  EXPECT_THAT(bench_.refused(line("~/no such file")), HasSubstr("/no such file: "));
+  EXPECT_THAT(bench_.refused(line("~/no such file")), ::testing::Not(HasSubstr("~")));
+}
+
 TEST_F(WebcamTest, takesAPhoto) {
   EXPECT_THAT(bench_.command("webcam { photo: 'here' }"), ElementsAre(kOk));
   EXPECT_EQ(state_.photo, "here");
   EXPECT_THAT(bench_.pass(milliseconds(500)), ElementsAre(kTerminated));
-  EXPECT_EQ(startOf(kPicturePath, 3), "\xff\xd8\xff");
+  EXPECT_EQ(startOf(kPicture.path, 3), "\xff\xd8\xff");
   EXPECT_THAT(bench_.events.notes(), ElementsAre("wrote /tmp/picture.jpg"));
 }
 

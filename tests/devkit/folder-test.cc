@@ -1,12 +1,12 @@
 // An application's folder before a launch: what is wrong with it, and how a launch line names it.
 #include "run/folder.h"
 
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 
 #include <fstream>
 
 #include "run/link-folder.h"
+#include "support/matchers.h"
 #include "support/temporary-folder.h"
 
 namespace morvik::test {
@@ -15,10 +15,6 @@ using namespace devkit;
 namespace {
 
 namespace fs = std::filesystem;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::MatchesRegex;
 
 constexpr char kDescriptor[] = "<descriptor><accesses/></descriptor>";
 
@@ -136,6 +132,62 @@ TEST_F(FolderTest, isLinkedUnderANameOfItsOwn) {
   EXPECT_TRUE(fs::equivalent(links->path() / "app-2", other));
   EXPECT_EQ(links->link(other / "nothing", trouble), std::nullopt);
   EXPECT_THAT(trouble, HasSubstr("No such file"));
+}
+
+class StaleLinksTest : public FolderTest {
+ protected:
+  // As it is left behind by one that was killed: nobody holds it.
+  fs::path leave(const std::string& name) const {
+    fs::path path = temporary_ / name;
+    fs::remove_all(path);
+    fs::create_directory(path);
+    fs::create_directory_symlink(folder_, path / "app");
+    return path;
+  }
+  static std::unique_ptr<LinkFolder> make() {
+    std::string trouble;
+    auto links = LinkFolder::make(trouble);
+    EXPECT_NE(links, nullptr) << trouble;
+    return links;
+  }
+
+  std::unique_ptr<LinkFolder> links_ = make();
+  const fs::path temporary_ = links_->path().parent_path();
+};
+
+TEST_F(StaleLinksTest, areRemovedByTheNextOne) {
+  const fs::path stale = leave("morvik-run-test01");
+  make();
+  EXPECT_FALSE(fs::exists(stale));
+  EXPECT_TRUE(fs::exists(folder_ / "main.js"));
+}
+
+TEST_F(StaleLinksTest, areNotThoseOfOneThatLives) {
+  std::string trouble;
+  links_->link(folder_, trouble);
+  make();
+  EXPECT_TRUE(fs::exists(links_->path() / "app/main.js"));
+}
+
+TEST_F(StaleLinksTest, areNoFoldersThatHoldAnythingElse) {
+  const fs::path kept = leave("morvik-run-test02");
+  std::ofstream(kept / "notes") << "text";
+  const fs::path other = leave("morvik-run-other-name");
+  make();
+  EXPECT_TRUE(fs::exists(kept / "app"));
+  EXPECT_TRUE(fs::exists(other / "app"));
+  fs::remove_all(kept);
+  fs::remove_all(other);
+}
+
+TEST_F(StaleLinksTest, areNotALinkToSomething) {
+  const fs::path link = temporary_ / "morvik-run-test04";
+  fs::remove(link);
+  fs::create_directory_symlink(folder_, link);
+  make();
+  EXPECT_TRUE(fs::is_symlink(link));
+  EXPECT_TRUE(fs::exists(folder_ / "main.js"));
+  fs::remove(link);
 }
 
 TEST_F(FolderTest, outlivesItsLink) {

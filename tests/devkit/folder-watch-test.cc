@@ -1,11 +1,10 @@
 // Saves of every kind are seen, once, and what nobody saved is not.
 #include "run/folder-watch.h"
 
-#include <gmock/gmock.h>
-
 #include <fstream>
 
 #include "loop.h"
+#include "support/matchers.h"
 #include "support/temporary-folder.h"
 
 namespace morvik::test {
@@ -14,8 +13,6 @@ using namespace devkit;
 namespace {
 
 namespace fs = std::filesystem;
-using ::testing::ElementsAre;
-using ::testing::IsSupersetOf;
 using Names = std::set<std::string>;
 
 void write(const fs::path& path, const std::string& text) { std::ofstream(path) << text; }

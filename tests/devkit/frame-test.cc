@@ -1,7 +1,7 @@
 // The frame codec: pieces of any size in, whole payloads out.
 #include "server/frame.h"
 
-#include <gmock/gmock.h>
+#include "support/matchers.h"
 
 namespace {
 

@@ -1,21 +1,15 @@
 // What is told of living applications: from lines alone, and on the real host.
 #include "run/hints.h"
 
-#include <gmock/gmock.h>
-
 #include "fake-server.h"
 #include "launched.h"
 #include "run/access-names.h"
+#include "support/matchers.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::SizeIs;
 
 ExceptionReport reportOf(const std::string& text, const std::string& sourceLine = "",
                          std::size_t column = 0) {

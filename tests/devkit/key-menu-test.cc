@@ -1,8 +1,7 @@
 // Keys of a terminal, and what they ask for.
 #include "terminal/key-menu.h"
 
-#include <gmock/gmock.h>
-
+#include "support/matchers.h"
 #include "terminal/keys.h"
 
 namespace morvik::test {
@@ -10,8 +9,6 @@ namespace morvik::test {
 using namespace devkit;
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 using Kind = KeyCommand::Kind;
 
 std::vector<std::string> keysOf(std::initializer_list<std::string> pieces) {

@@ -1,7 +1,6 @@
 // Launching through the real host: processes, lines, statuses, and nothing left behind.
 #include "run/launch.h"
 
-#include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/stat.h>
 
@@ -9,14 +8,12 @@
 #include <fstream>
 
 #include "launched.h"
+#include "support/matchers.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::IsEmpty;
-using ::testing::SizeIs;
 
 // Runs until it is ended.
 constexpr char kPatient[] =

@@ -1,5 +1,4 @@
 // The log for people: lines, records, files of the system log, and what they tell of applications.
-#include <gmock/gmock.h>
 #include <syslog.h>
 
 #include <fstream>
@@ -7,6 +6,7 @@
 #include "run/log-text.h"
 #include "run/log-view.h"
 #include "run/record-joiner.h"
+#include "support/matchers.h"
 #include "support/program.h"
 #include "support/temporary-folder.h"
 
@@ -14,14 +14,6 @@ namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::AllOf;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Pair;
-using ::testing::SizeIs;
-using ::testing::StartsWith;
 
 TEST(LogText, showsMessagesAsTheTextThatTheyStandFor) {
   EXPECT_EQ(withoutEscapes(R"(text: "caf\303\251 \342\202\254")"), "text: \"café €\"");
@@ -317,10 +309,10 @@ TEST(LogFiles, areShownByTheVerb) {
   const test::TemporaryFolder folder;
   std::ofstream(folder / "syslog") << "Feb 28 12:00:01 box MorvikVM[2]: JSLOG: a\n"
                                       "Feb 28 12:00:01 box MorvikVM[2]: JSLOG: b\n";
-  const Outcome outcome = run({MORVIK_DEV, "log", "--grep=a", folder / "syslog"});
+  const ProgramResult outcome = run({MORVIK_DEV, "log", "--grep=a", folder / "syslog"});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.output, "Feb 28 12:00:01 MorvikVM[2] JSLOG: a\n");
-  const Outcome missing = run({MORVIK_DEV, "log", folder / "none"});
+  const ProgramResult missing = run({MORVIK_DEV, "log", folder / "none"});
   EXPECT_EQ(missing.status, 1);
   EXPECT_EQ(missing.output,
             "morvik-dev log: cannot read " + (folder / "none") + ": No such file or directory\n");

@@ -1,14 +1,12 @@
 // Rows of the merged log, for a pipe and on terminals of several widths.
 #include "terminal/merged-view.h"
 
-#include <gmock/gmock.h>
+#include "support/matchers.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::ElementsAre;
 
 constexpr char kErase[] = "\r\033[K";
 

@@ -1,5 +1,4 @@
 // morvik-dev as its users meet it.
-#include <gmock/gmock.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -12,6 +11,7 @@
 #include "app-client.h"
 #include "device/json.h"
 #include "loop.h"
+#include "support/matchers.h"
 #include "support/program.h"
 #include "support/temporary-folder.h"
 
@@ -20,11 +20,7 @@ namespace morvik::test {
 using namespace devkit;
 namespace {
 
-using ::testing::ContainsRegex;
-using ::testing::HasSubstr;
-using ::testing::StartsWith;
-
-Outcome morvikDev(std::vector<std::string> arguments) {
+ProgramResult morvikDev(std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), MORVIK_DEV);
   return run(arguments);
 }
@@ -32,7 +28,7 @@ Outcome morvikDev(std::vector<std::string> arguments) {
 TEST(MorvikDev, tellsItsVerbs) {
   for (const std::vector<std::string>& arguments :
        {std::vector<std::string>{}, {"help"}, {"--help"}, {"-h"}}) {
-    const Outcome outcome = morvikDev(arguments);
+    const ProgramResult outcome = morvikDev(arguments);
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.output, ContainsRegex("  device +run a virtual device"));
     EXPECT_THAT(outcome.output, ContainsRegex("  log +stand in for the system log"));
@@ -40,18 +36,18 @@ TEST(MorvikDev, tellsItsVerbs) {
 }
 
 TEST(MorvikDev, everyVerbTellsItsOptions) {
-  const Outcome device = morvikDev({"device", "--help"});
+  const ProgramResult device = morvikDev({"device", "--help"});
   EXPECT_EQ(device.status, 0);
   EXPECT_THAT(device.output, HasSubstr("--port=N"));
   EXPECT_THAT(device.output, HasSubstr("--state=FOLDER"));
-  const Outcome log = morvikDev({"log", "-h"});
+  const ProgramResult log = morvikDev({"log", "-h"});
   EXPECT_EQ(log.status, 0);
   EXPECT_THAT(log.output, HasSubstr("--quiet"));
 }
 
 TEST(MorvikDev, helpTellsTheOptionsOfAVerb) {
   for (const char* verb : {"device", "log"}) {
-    const Outcome outcome = morvikDev({"help", verb});
+    const ProgramResult outcome = morvikDev({"help", verb});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.output, morvikDev({verb, "--help"}).output);
     EXPECT_EQ(outcome.output, morvikDev({"--help", verb}).output);
@@ -73,7 +69,7 @@ TEST(MorvikDev, refusesWhatMakesNoSense) {
       {{"log", "--loud"}, "morvik-dev log: Unknown option --loud"},
   };
   for (const auto& [arguments, words] : cases) {
-    const Outcome outcome = morvikDev(arguments);
+    const ProgramResult outcome = morvikDev(arguments);
     EXPECT_EQ(outcome.status, 2) << words;
     EXPECT_THAT(outcome.output, StartsWith(words));
   }
@@ -142,7 +138,7 @@ TEST_F(DeviceVerb, endsWhenItIsInterruptedOrTerminated) {
 
 TEST_F(DeviceVerb, saysWhatToDoWhenThePortIsBusy) {
   const std::string port = std::to_string(portOf(device_));
-  const Outcome second =
+  const ProgramResult second =
       morvikDev({"device", "--port=" + port, "--state=" + folder_.path().string()});
   EXPECT_EQ(second.status, 1);
   EXPECT_THAT(second.output, StartsWith("morvik-dev device: port " + port + " is in use"));
@@ -152,7 +148,8 @@ TEST_F(DeviceVerb, saysWhatToDoWhenThePortIsBusy) {
 TEST_F(DeviceVerb, keepsNothingInAFolderThatItCannotUse) {
   const test::TemporaryFolder broken;
   std::ofstream(broken / "device.sqlite") << std::string(4096, 'x');
-  const Outcome outcome = morvikDev({"device", "--port=0", "--state=" + broken.path().string()});
+  const ProgramResult outcome =
+      morvikDev({"device", "--port=0", "--state=" + broken.path().string()});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.output, "morvik-dev device: cannot keep anything in " +
                                 (broken / "device.sqlite") +
@@ -384,7 +381,7 @@ TEST_F(LogVerb, removesItsSocketAtTheEnd) {
 TEST_F(LogVerb, leavesASocketAloneThatSomebodyListensOn) {
   Program log(command());
   log.waitFor("\n");
-  const Outcome second = run(command());
+  const ProgramResult second = run(command());
   EXPECT_EQ(second.status, 1);
   EXPECT_THAT(second.output, HasSubstr("somebody else listens there already"));
   send("<143>Jan  1 12:00:00 MorvikVM[12]: still heard");
@@ -401,7 +398,7 @@ TEST_F(LogVerb, takesThePlaceOfASocketThatNobodyListensOn) {
 
 TEST_F(LogVerb, doesNotReplaceWhatIsNoSocket) {
   std::filesystem::create_directory(path());
-  const Outcome outcome = run(command());
+  const ProgramResult outcome = run(command());
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.output, StartsWith("morvik-dev log: cannot listen on " + path()));
   EXPECT_TRUE(std::filesystem::is_directory(path()));

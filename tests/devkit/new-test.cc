@@ -30,7 +30,7 @@ std::vector<std::string> templateNames() {
 
 class NewTest : public DeskTest {
  protected:
-  Outcome makeNew(const std::vector<std::string>& words) {
+  ProgramResult makeNew(const std::vector<std::string>& words) {
     std::vector<std::string> all{MORVIK_DEV, "new"};
     all.insert(all.end(), words.begin(), words.end());
     return run(all);
@@ -40,7 +40,7 @@ class NewTest : public DeskTest {
 
 TEST_F(NewTest, makesAnApplicationThatLightsTheLed) {
   EXPECT_EQ(makeNew({app_}).status, 0);
-  const Outcome check = run({MORVIK_DEV, "check", app_});
+  const ProgramResult check = run({MORVIK_DEV, "check", app_});
   EXPECT_THAT(check.output, IsEmpty());
   EXPECT_EQ(check.status, 0);
   Program run(command({app_}));
@@ -50,7 +50,7 @@ TEST_F(NewTest, makesAnApplicationThatLightsTheLed) {
 TEST_F(NewTest, hasATestThatPasses) {
   makeNew({app_});
   setenv("MORVIK_DEV", MORVIK_DEV, 1);
-  const Outcome outcome = run({app_ + "/test.sh"});
+  const ProgramResult outcome = run({app_ + "/test.sh"});
   EXPECT_EQ(outcome.output, "passed: led light red\n");
   EXPECT_EQ(outcome.status, 0);
 }
@@ -59,7 +59,7 @@ TEST_F(NewTest, hasATestThatFailsWithTheApplication) {
   makeNew({app_});
   setenv("MORVIK_DEV", MORVIK_DEV, 1);
   std::ofstream(app_ + "/main.js") << "console.log('nothing');";
-  const Outcome outcome = run({app_ + "/test.sh"});
+  const ProgramResult outcome = run({app_ + "/test.sh"});
   EXPECT_THAT(outcome.output, HasSubstr("[console]"));
   EXPECT_EQ(outcome.status, 1);
 }
@@ -70,7 +70,7 @@ TEST_F(NewTest, hasATestThatSeesWhatIsNotDone) {
   setenv("TEST_SECONDS", "1", 1);
   std::ofstream(app_ + "/descriptor.xml") << "<descriptor/>";
   std::ofstream(app_ + "/main.js") << "log('no LED');\nsetTimeout(0, exit);";
-  const Outcome outcome = run({app_ + "/test.sh"});
+  const ProgramResult outcome = run({app_ + "/test.sh"});
   EXPECT_THAT(outcome.output, HasSubstr("failed: nothing said \"led light red\""));
   EXPECT_EQ(outcome.status, 1);
 }
@@ -116,7 +116,7 @@ TEST_F(NewTest, replacesNothing) {
   fs::create_directory(app_);
   EXPECT_EQ(makeNew({app_}).status, 0);
   std::ofstream(app_ + "/main.js") << "mine";
-  const Outcome outcome = makeNew({app_});
+  const ProgramResult outcome = makeNew({app_});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.output, HasSubstr("is there already"));
   EXPECT_EQ(contentOf(app_ + "/main.js"), "mine");
@@ -124,7 +124,7 @@ TEST_F(NewTest, replacesNothing) {
 
 TEST_F(NewTest, refusesNamesThatALaunchLineCannotCarry) {
   for (const char* name : {"my app", "..", "-app", "a;b", "a\tb"}) {
-    const Outcome outcome = makeNew({"--", folder_ / name});
+    const ProgramResult outcome = makeNew({"--", folder_ / name});
     EXPECT_EQ(outcome.status, 1) << name;
     EXPECT_THAT(outcome.output, HasSubstr("is no name for an application")) << name;
   }

@@ -1,11 +1,11 @@
 // docs/virtual-device.md tells what the programs tell.
-#include <gmock/gmock.h>
 
 #include <csignal>
 #include <filesystem>
 
 #include "bench.h"
 #include "support/file-content.h"
+#include "support/matchers.h"
 #include "support/program.h"
 #include "support/temporary-folder.h"
 
@@ -13,8 +13,6 @@ namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::HasSubstr;
 
 std::string page() { return test::contentOf(SOURCE_DIR "/docs/virtual-device.md"); }
 

@@ -1,7 +1,6 @@
 // forkpty on the test's loop.
 #include "pty-program.h"
 
-#include <glib-unix.h>
 #include <gtest/gtest.h>
 #include <pty.h>
 #include <sys/wait.h>
@@ -27,9 +26,7 @@ PtyProgram::PtyProgram(Loop& loop, const std::vector<std::string>& command, int 
     execv(words[0], words.data());
     _exit(127);
   }
-  source_.reset(g_unix_fd_source_new(terminal_, G_IO_IN));
-  g_source_set_callback(source_.get(), G_SOURCE_FUNC(onReadable), this, nullptr);
-  g_source_attach(source_.get(), loop.context());
+  source_ = whenReadable(terminal_, [this] { return take(); });
 }
 
 PtyProgram::~PtyProgram() {
@@ -40,13 +37,12 @@ PtyProgram::~PtyProgram() {
   closeTerminal();
 }
 
-gboolean PtyProgram::onReadable(int fd, GIOCondition /*condition*/, gpointer program) {
-  auto* self = static_cast<PtyProgram*>(program);
+bool PtyProgram::take() {
   std::array<char, 4096> bytes{};
-  const ssize_t count = read(fd, bytes.data(), bytes.size());
-  if (count > 0) self->output_.append(bytes.data(), static_cast<std::size_t>(count));
-  self->closed_ = count <= 0;
-  return self->closed_ ? G_SOURCE_REMOVE : G_SOURCE_CONTINUE;
+  const ssize_t count = read(terminal_, bytes.data(), bytes.size());
+  if (count > 0) output_.append(bytes.data(), static_cast<std::size_t>(count));
+  closed_ = count <= 0;
+  return !closed_;
 }
 
 std::string PtyProgram::waitFor(const std::string& text) {
@@ -66,7 +62,7 @@ void PtyProgram::press(const std::string& keys) {
 
 void PtyProgram::closeTerminal() {
   if (terminal_ < 0) return;
-  g_source_destroy(source_.get());
+  source_.reset();
   close(terminal_);
   terminal_ = -1;
   closed_ = true;

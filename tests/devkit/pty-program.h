@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "device/when-readable.h"
 #include "loop.h"
 
 namespace morvik::test {
@@ -35,12 +36,12 @@ class PtyProgram {
   const std::string& output() const { return output_; }
 
  private:
-  static gboolean onReadable(int fd, GIOCondition condition, gpointer program);
+  bool take();
 
   Loop& loop_;
   int terminal_ = -1;
   pid_t pid_ = -1;
-  devkit::GSourceOwned source_;
+  devkit::GSourceAttached source_;
   std::string output_;
   std::size_t heard_ = 0;
   bool closed_ = false;

@@ -3,8 +3,6 @@
 
 #include <arpa/inet.h>
 #include <fcntl.h>
-#include <glib-unix.h>
-#include <gmock/gmock.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -12,17 +10,15 @@
 #include <array>
 
 #include "app-client.h"
+#include "device/when-readable.h"
 #include "loop.h"
 #include "run/socket-owner.h"
+#include "support/matchers.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 
 sockaddr_in loopback(std::uint16_t port) {
   sockaddr_in address{};
@@ -60,11 +56,9 @@ class Peer {
   bool sawReset() {
     return loop_.runUntil([this] { return over_; }) && error_ == ECONNRESET;
   }
-  void stopReading() { g_source_destroy(source_.get()); }
+  void stopReading() { source_.reset(); }
   void listen() {
-    source_.reset(g_unix_fd_source_new(fd_, G_IO_IN));
-    g_source_set_callback(source_.get(), G_SOURCE_FUNC(onReadable), this, nullptr);
-    g_source_attach(source_.get(), loop_.context());
+    source_ = whenReadable(fd_, [this] { return take(); });
   }
   void endSending() { shutdown(fd_, SHUT_WR); }
   void reset() {
@@ -79,19 +73,18 @@ class Peer {
   }
 
  private:
-  static gboolean onReadable(int fd, GIOCondition /*condition*/, gpointer peer) {
-    auto* self = static_cast<Peer*>(peer);
+  bool take() {
     std::array<char, 65536> bytes{};
-    const ssize_t count = recv(fd, bytes.data(), bytes.size(), 0);
-    if (count > 0) self->bytes_.append(bytes.data(), static_cast<std::size_t>(count));
-    self->over_ = count <= 0;
-    self->error_ = count < 0 ? errno : 0;
-    return self->over_ ? G_SOURCE_REMOVE : G_SOURCE_CONTINUE;
+    const ssize_t count = recv(fd_, bytes.data(), bytes.size(), 0);
+    if (count > 0) bytes_.append(bytes.data(), static_cast<std::size_t>(count));
+    over_ = count <= 0;
+    error_ = count < 0 ? errno : 0;
+    return !over_;
   }
 
   Loop& loop_;
   int fd_;
-  GSourceOwned source_;
+  GSourceAttached source_;
   std::string bytes_;
   bool over_ = false;
   int error_ = 0;
@@ -123,17 +116,11 @@ class RelayTest : public ::testing::Test, protected Observer {
 
   // The server's end of the application that came last.
   std::unique_ptr<Peer> accept() {
-    const GSourceOwned ready(g_unix_fd_source_new(listening_, G_IO_IN));
-    g_source_set_callback(ready.get(), G_SOURCE_FUNC(goOn), nullptr, nullptr);
-    g_source_attach(ready.get(), loop_.context());
+    const auto ready = whenReadable(listening_, [] { return true; });
     int fd = -1;
     EXPECT_TRUE(loop_.runUntil(
         [&] { return fd >= 0 || (fd = ::accept(listening_, nullptr, nullptr)) >= 0; }));
-    g_source_destroy(ready.get());
     return std::make_unique<Peer>(loop_, fd);
-  }
-  static gboolean goOn(int /*fd*/, GIOCondition /*condition*/, gpointer /*nothing*/) {
-    return G_SOURCE_CONTINUE;
   }
 
   void connectBoth() {
@@ -144,7 +131,10 @@ class RelayTest : public ::testing::Test, protected Observer {
 
   void happened(const Event& event) override {
     if (std::holds_alternative<Left>(event.what)) told_.emplace_back("left");
-    if (const auto* trouble = std::get_if<Trouble>(&event.what)) told_.push_back(trouble->text);
+    if (const auto* trouble = std::get_if<Trouble>(&event.what)) {
+      told_.push_back(trouble->text);
+      missing_ = trouble->serverMissing;
+    }
     if (const auto* message = std::get_if<Received>(&event.what)) {
       told_.push_back("-> " + message->message->id());
     }
@@ -160,6 +150,7 @@ class RelayTest : public ::testing::Test, protected Observer {
   int listening_;
   std::uint16_t serverPort_ = 0;
   std::vector<std::string> told_;
+  std::string missing_;  // why there is no server, as the last trouble tells
   Events events_{[] { return std::chrono::milliseconds(0); }};
   Relay relay_{events_};
   std::unique_ptr<Peer> application_;
@@ -283,6 +274,7 @@ TEST_F(RelayTest, breaksOffWhenThereIsNoServer) {
   EXPECT_TRUE(application_->sawReset());
   EXPECT_TRUE(hasTold("left"));
   EXPECT_THAT(told_.at(0), HasSubstr("the server cannot be reached: "));
+  EXPECT_THAT(missing_, HasSubstr("Connection refused"));
 }
 
 TEST_F(RelayTest, resetsWhatIsLeftAtItsEnd) {

@@ -1,21 +1,16 @@
 // What programs may say to the device, sense and nonsense.
 #include "device/requests.h"
 
-#include <gmock/gmock.h>
-
 #include <nlohmann/json.hpp>
 
 #include "bench.h"
 #include "device/json.h"
+#include "support/matchers.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Not;
 
 class RequestsTest : public ::testing::Test {
  protected:

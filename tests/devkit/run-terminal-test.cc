@@ -1,16 +1,13 @@
 // morvik-dev run on a terminal: keys, Ctrl-C, a window that is closed, and 200 restarts.
-#include <gmock/gmock.h>
 
 #include "desk-fixture.h"
 #include "pty-program.h"
+#include "support/matchers.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::HasSubstr;
-using ::testing::Not;
 
 class RunTerminalTest : public DeskTest {
  protected:

@@ -1,6 +1,5 @@
 // morvik-dev run without a terminal: folders that become running applications, saves, ends, and
 // what a pipe gets of it.
-#include <gmock/gmock.h>
 #include <sys/wait.h>
 
 #include <fstream>
@@ -8,6 +7,7 @@
 
 #include "desk-fixture.h"
 #include "support/file-content.h"
+#include "support/matchers.h"
 #include "support/program.h"
 
 namespace morvik::test {
@@ -16,10 +16,6 @@ using namespace devkit;
 namespace {
 
 namespace fs = std::filesystem;
-using ::testing::ContainsRegex;
-using ::testing::HasSubstr;
-using ::testing::Not;
-using ::testing::StartsWith;
 
 class RunTest : public DeskTest {
  protected:
@@ -33,7 +29,7 @@ class RunTest : public DeskTest {
   }
 
   void expectRefusal(const std::vector<std::string>& words, const std::string& reason) {
-    const Outcome outcome = run(command(words));
+    const ProgramResult outcome = run(command(words));
     EXPECT_EQ(outcome.status, 2) << reason;
     EXPECT_THAT(outcome.output, HasSubstr(reason));
   }
@@ -160,6 +156,41 @@ TEST_F(RunTest, takesLinesForTheDevice) {
   run->say("button DOUBLE\nnonsense\n");
   run->waitFor("press: DOUBLE");
   run->waitFor("nonsense");
+  run->say("apps\nstate\n");
+  run->waitFor("app  interactive for ");
+  run->waitFor(", app 1 for the device\n");
+  run->waitFor("ears         left 0, right 0\n");
+}
+
+TEST_F(RunTest, doubtsWhatAnApplicationPlaysFromItsFolder) {
+  write("app",
+        interactiveScript("morvik.multimedia.play('./here.mp3'); "
+                          "morvik.multimedia.play('./gone.mp3');"),
+        "<access>multimedia</access>");
+  std::ofstream(folder_ / "app/here.mp3") << "sound";
+  const auto run = start({folder_ / "app"});
+  run->waitFor("doubt   play: ./gone.mp3 is not in the application's folder");
+  EXPECT_THAT(run->output(), Not(HasSubstr("./here.mp3 is")));
+}
+
+TEST_F(RunTest, showsOnceWhatGoesToEverybody) {
+  for (const char* name : {"one", "two"}) {
+    write(name,
+          interactiveScript("morvik.button.addListener(function (press) { log('press: ' + press); "
+                            "return true; }); log('ready');"),
+          "<access>button</access>");
+  }
+  const auto run = start({folder_ / "one", folder_ / "two"});
+  run->waitFor("one    log     ready");
+  run->waitFor("two    log     ready");
+  run->say("button TRIPLE\n");
+  run->waitFor("one    log     press: TRIPLE");
+  run->waitFor("two    log     press: TRIPLE");
+  const std::string output = run->output();
+  const std::size_t shown = output.find("buttonCallback { type: TRIPLE }");
+  ASSERT_NE(shown, std::string::npos) << output;
+  EXPECT_EQ(output.find("buttonCallback { type: TRIPLE }", shown + 1), std::string::npos) << output;
+  EXPECT_THAT(output, HasSubstr(" all    <-      buttonCallback"));
 }
 
 TEST_F(RunTest, foldsWhatSaysNothing) {
@@ -200,11 +231,38 @@ TEST_F(RunTest, takesARealDeviceServer) {
   run->waitFor("app ended after");
 }
 
+TEST_F(RunTest, saysThatTheRealDeviceRefuses) {
+  write("app", "var at = instanceName.split(':'); morvik.connect(at[0], Number(at[1]));");
+  Program server({MORVIK_DEV, "device", "--port=0"});
+  const std::string greeting = server.waitFor("\n");
+  const std::string address = greeting.substr(sizeof("listening on ") - 1,
+                                              greeting.find('\n') - sizeof("listening on ") + 1);
+  server.signal(SIGTERM);
+  server.waitForEnd();
+  const auto run = start({"--device=" + address, folder_ / "app"});
+  run->waitFor("app ended after");
+  run->waitFor("The device server refused the connection or cannot be reached: ");
+  run->waitFor("Connection refused");
+}
+
+TEST_F(RunTest, removesTheLinksOfOneThatWasKilled) {
+  write("app", "log('here');");
+  const auto killed = start({folder_ / "app"});
+  killed->waitFor("log     here");
+  killed->signal(SIGKILL);
+  EXPECT_EQ(killed->waitForEnd(), -1);
+  const auto next = start({folder_ / "app"});
+  next->waitFor("log     here");
+  next->signal(SIGTERM);
+  EXPECT_EQ(next->waitForEnd(), 0);
+  expectNothingLeft();
+}
+
 TEST_F(RunTest, endsWhenNobodyReads) {
   write("app", "setTimeout(1, function () { log('again'); return true; });");
   std::string line =
       std::string(MORVIK_DEV) + " run --no-page " + (folder_ / "app") + " | head -n 3";
-  const Outcome outcome = run({"/bin/sh", "-c", line});
+  const ProgramResult outcome = run({"/bin/sh", "-c", line});
   EXPECT_EQ(outcome.status, 0);
   expectNothingLeft();
 }
@@ -263,7 +321,7 @@ TEST_F(RunTest, hasEveryOptionInItsDocument) {
 }
 
 TEST_F(RunTest, saysThatThereIsNoSuchFolder) {
-  const Outcome outcome = run(command({folder_ / "nothing"}));
+  const ProgramResult outcome = run(command({folder_ / "nothing"}));
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.output, HasSubstr("nothing: No such file or directory"));
 }

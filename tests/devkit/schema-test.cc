@@ -1,18 +1,16 @@
 // The device takes part in every message of an application: it answers those that an application
 // sends, and can be made to send those that an application reads.
-#include <gmock/gmock.h>
 
 #include <set>
 
 #include "bench.h"
 #include "device/payload.h"
+#include "support/matchers.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::HasSubstr;
 
 // What applications send, each in a form that the device takes part in.
 struct FromApplications {

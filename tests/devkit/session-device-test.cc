@@ -1,19 +1,16 @@
 // The device of a session: a real one behind the relay is known by what its applications send.
 #include "run/session-device.h"
 
-#include <gmock/gmock.h>
-
 #include "app-client.h"
 #include "loop.h"
 #include "server/device-server.h"
+#include "support/matchers.h"
 #include "support/temporary-folder.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::HasSubstr;
 
 TEST(RelayedDevice, isSeenByWhatApplicationsSend) {
   Loop loop;
@@ -32,14 +29,34 @@ TEST(RelayedDevice, isSeenByWhatApplicationsSend) {
   const Outcome outcome = device->stimulate("button SIMPLE");
   EXPECT_FALSE(outcome.done);
   EXPECT_THAT(outcome.text, HasSubstr("this is a real device"));
+  EXPECT_THAT(device->stimulate("state").text, HasSubstr("LED          red\n"));
 }
 
-TEST(VirtualDevice, isTheOneThatApplicationsUse) {
+TEST(RelayedDevice, isNotDoubted) {
   Loop loop;
-  const test::TemporaryFolder state;
+  DeviceServer real;
   std::string trouble;
-  const auto device = makeVirtualDevice(0, state.path(), trouble);
+  ASSERT_FALSE(real.listen(0, trouble)) << trouble;
+  const auto device = makeRelayedDevice("127.0.0.1:" + std::to_string(real.port()), trouble);
   ASSERT_NE(device, nullptr) << trouble;
+  AppClient app(loop, device->port());
+  app.ask(startRequest("our-id"));
+  app.ask(lightRequest("our-id", "rde"));
+  EXPECT_EQ(device->view().applications.at(1).doubts.size(), 0U);
+  EXPECT_EQ(real.device().application(1)->doubts.size(), 1U);
+}
+
+class VirtualDeviceTest : public ::testing::Test {
+ protected:
+  void SetUp() override { ASSERT_NE(device, nullptr) << trouble; }
+
+  Loop loop;
+  TemporaryFolder state;
+  std::string trouble;
+  std::unique_ptr<SessionDevice> device = makeVirtualDevice(0, state.path(), trouble);
+};
+
+TEST_F(VirtualDeviceTest, isTheOneThatApplicationsUse) {
   AppClient app(loop, device->port());
   app.ask(startRequest("our-id"));
   EXPECT_TRUE(device->stimulate("button SIMPLE").done);
@@ -48,13 +65,8 @@ TEST(VirtualDevice, isTheOneThatApplicationsUse) {
   EXPECT_EQ(device->portOf(2), 0);
 }
 
-TEST(VirtualDevice, saysThatItsPortIsTaken) {
-  Loop loop;
-  const test::TemporaryFolder state;
-  std::string trouble;
-  const auto first = makeVirtualDevice(0, state.path(), trouble);
-  ASSERT_NE(first, nullptr) << trouble;
-  EXPECT_EQ(makeVirtualDevice(first->port(), state.path(), trouble), nullptr);
+TEST_F(VirtualDeviceTest, saysThatItsPortIsTaken) {
+  EXPECT_EQ(makeVirtualDevice(device->port(), state.path(), trouble), nullptr);
   EXPECT_THAT(trouble, HasSubstr(" is in use"));
 }
 

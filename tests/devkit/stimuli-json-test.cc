@@ -1,8 +1,6 @@
 // Stimuli by names: the same as by words, for every one of them.
 #include "device/stimuli-json.h"
 
-#include <gmock/gmock.h>
-
 #include <set>
 
 #include <nlohmann/json.hpp>
@@ -11,18 +9,12 @@
 #include "device/view.h"
 #include "every-stimulus.h"
 #include "json-blocks.h"
+#include "support/matchers.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Not;
-using ::testing::StartsWith;
 
 // All that a stimulus leaves behind, but ids and dates that are made anew each time.
 struct Trace {

@@ -1,12 +1,11 @@
 // The lines of the command input.
 #include "device/stimuli.h"
 
-#include <gmock/gmock.h>
-
 #include <map>
 #include <set>
 
 #include "bench.h"
+#include "support/matchers.h"
 
 namespace morvik::test {
 
@@ -14,13 +13,6 @@ using namespace devkit;
 namespace {
 
 using std::chrono::milliseconds;
-using ::testing::ElementsAre;
-using ::testing::EndsWith;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Not;
-using ::testing::SizeIs;
-using ::testing::StartsWith;
 
 class StimuliTest : public ::testing::Test {
  protected:
@@ -52,6 +44,20 @@ TEST_F(StimuliTest, goToAllApplicationsOrToOne) {
                                                             "2: buttonCallback { type: SIMPLE }"));
   EXPECT_THAT(bench_.stimulus("app 2 button simple"),
               ElementsAre("2: buttonCallback { type: SIMPLE }"));
+}
+
+TEST_F(StimuliTest, whatGoesToAllIsToldAsSuch) {
+  for (const char* line : {"button SIMPLE", "stop"}) {
+    bench_.events.all.clear();
+    bench_.stimulus(line);
+    for (const Sent& sent : bench_.events.of<Sent>()) {
+      EXPECT_THAT(sent.together, ElementsAre(1U, 2U)) << line;
+      EXPECT_EQ(isRepeated(sent), sent.application == 2) << line;
+    }
+    EXPECT_EQ(bench_.events.of<Sent>().size(), 2U) << line;
+  }
+  bench_.stimulus("app 2 button SIMPLE");
+  EXPECT_THAT(bench_.events.of<Sent>().back().together, ::testing::IsEmpty());
 }
 
 TEST_F(StimuliTest, doNothingForAnEmptyLineAndAComment) {

@@ -1,22 +1,19 @@
 // What the device keeps beyond its end, and what it does with a file that it cannot use.
 #include "device/store.h"
 
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
 
 #include "support/file-content.h"
+#include "support/matchers.h"
 #include "support/temporary-folder.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 Store::Ids idsOf(std::initializer_list<std::string> ids) { return {ids.begin(), ids.end()}; }
 

@@ -1,11 +1,11 @@
 // The user's credentials, messages and contacts: how the device answers for them, and what lines of
 // the command input make of them.
-#include <gmock/gmock.h>
 #include <google/protobuf/text_format.h>
 
 #include "app-client.h"
 #include "bench.h"
 #include "device/describe.h"
+#include "support/matchers.h"
 #include "support/temporary-folder.h"
 #include "terminal/display.h"
 
@@ -13,13 +13,6 @@ namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Not;
-using ::testing::SizeIs;
-using ::testing::StartsWith;
 
 const std::string kNoMessages = "1: re response { code: OK } morvikMessageResponse { }";
 

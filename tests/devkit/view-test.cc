@@ -1,8 +1,6 @@
 // The picture of the device, in records and in JSON.
 #include "device/view.h"
 
-#include <gmock/gmock.h>
-
 #include <set>
 
 #include <nlohmann/json.hpp>
@@ -10,6 +8,7 @@
 #include "bench.h"
 #include "every-stimulus.h"
 #include "json-blocks.h"
+#include "support/matchers.h"
 
 namespace morvik::test {
 
@@ -17,7 +16,6 @@ using namespace devkit;
 namespace {
 
 using std::chrono::milliseconds;
-using ::testing::Not;
 
 // What is made anew each time gets the value that the page has.
 void normalise(Json& view) {
@@ -42,12 +40,12 @@ void liven(Bench& bench) {
         "ears { left: 5 }", "tts { action: START text: 'hello' lang: 'en' }",
         "asr { dictionary: 'yes|no' lang: 'en' }", "multimedia { play { url: 'a.mp3' } }",
         "multimedia { record { url: 'note' } }", "webcam { photo: 'here' }",
-        "serial { open { port: 'ttyS1' baud: 9600 } }",
-        "serialCallback { readline { port: 'ttyS1' data: '' base: 'h' } }",
-        "serial { write { port: 'ttyS1' data: 'ab' } }", "m2m { call { address: 'app2' } }"}) {
+        "serial { open { port: '/dev/ttyS1' baud: 9600 } }",
+        "serialCallback { readline { port: '/dev/ttyS1' data: '' base: 'h' } }",
+        "serial { write { port: '/dev/ttyS1' data: 'ab' } }", "m2m { call { address: 'app2' } }"}) {
     bench.command(command);
   }
-  for (const char* line : {"serial ttyS1 cd", "dock 1 0", "app 1 pieces 3"}) {
+  for (const char* line : {"serial /dev/ttyS1 cd", "dock 1 0", "app 1 pieces 3"}) {
     EXPECT_TRUE(stimulate(bench.device, line).done) << line;
   }
 }

@@ -1,5 +1,4 @@
 // The kept ends, and morvik-dev why, which shows them.
-#include <gmock/gmock.h>
 
 #include <filesystem>
 #include <fstream>
@@ -9,6 +8,7 @@
 
 #include "run/end-history.h"
 #include "support/file-content.h"
+#include "support/matchers.h"
 #include "support/program.h"
 #include "support/temporary-folder.h"
 
@@ -16,10 +16,6 @@ namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::HasSubstr;
-using ::testing::SizeIs;
-using ::testing::StartsWith;
 
 End endOf(const std::string& app, EndKind kind = EndKind::kNeverConnected) {
   End end;
@@ -45,7 +41,7 @@ class WhyTest : public ::testing::Test {
     std::ofstream(file()) << "{ no json";
   }
 
-  Outcome why(std::vector<std::string> arguments = {}) const {
+  ProgramResult why(std::vector<std::string> arguments = {}) const {
     std::vector<std::string> command{"/usr/bin/env", "XDG_STATE_HOME=" + state_.path().string(),
                                      MORVIK_DEV, "why"};
     command.insert(command.end(), arguments.begin(), arguments.end());
@@ -139,7 +135,7 @@ TEST_F(WhyTest, everyKindKeepsItsName) {
 TEST_F(WhyTest, verbShowsTheLatestFirst) {
   EXPECT_EQ(history_.add(endOf("clock")), std::nullopt);
   EXPECT_EQ(history_.add(endOf("radio")), std::nullopt);
-  const Outcome outcome = why();
+  const ProgramResult outcome = why();
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.output,
             "2026-01-01T00:00:10.163Z  radio ended after 10.0 s, not connected, status 255\n"
@@ -169,7 +165,7 @@ TEST_F(WhyTest, verbShowsOneApplication) {
 }
 
 TEST_F(WhyTest, verbTellsThatNothingIsKnown) {
-  const Outcome outcome = why({"clock"});
+  const ProgramResult outcome = why({"clock"});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.output, "morvik-dev why: no end of clock is known.\n");
   EXPECT_EQ(why().status, 1);
@@ -178,7 +174,7 @@ TEST_F(WhyTest, verbTellsThatNothingIsKnown) {
 
 TEST_F(WhyTest, verbTellsOfADamagedFile) {
   damage();
-  const Outcome outcome = why();
+  const ProgramResult outcome = why();
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.output, StartsWith("morvik-dev why: " + file() + " was damaged"));
 }
@@ -186,7 +182,7 @@ TEST_F(WhyTest, verbTellsOfADamagedFile) {
 TEST_F(WhyTest, verbRefusesWhatMakesNoSense) {
   EXPECT_EQ(why({"clock", "radio"}).status, 2);
   EXPECT_EQ(why({"--soon"}).status, 2);
-  const Outcome help = why({"--help"});
+  const ProgramResult help = why({"--help"});
   EXPECT_EQ(help.status, 0);
   EXPECT_THAT(help.output, HasSubstr("[APP]"));
 }

@@ -1,6 +1,5 @@
 // The start of an application: its descriptor, its parameters, its launch type, the objects that
 // its script finds, its source, and the order of it all in the log.
-#include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -11,15 +10,11 @@
 #include <vector>
 
 #include "features/features.h"
+#include "support/matchers.h"
 #include "support/system/system-test.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::Contains;
-using testing::ElementsAre;
-using testing::Not;
-using testing::StartsWith;
 
 constexpr char kLeave[] = "\nsetTimeout(0, function() { exit(); });";
 

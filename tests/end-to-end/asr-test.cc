@@ -7,8 +7,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-
 class AsrTest : public FeatureTest {
  protected:
   AsrTest() : FeatureTest("asr") {}

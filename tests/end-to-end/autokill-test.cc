@@ -1,17 +1,14 @@
 // The ten seconds that an application has to become interactive.
-#include <gmock/gmock.h>
 #include <syslog.h>
 
 #include <chrono>
 #include <string>
 
+#include "support/matchers.h"
 #include "support/system/system-test.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::Contains;
-using testing::Not;
 
 // Keeps the first run of a script going until the device's grant lies in the socket.
 constexpr char kSpin[] = "var end = Date.now() + 300; while (Date.now() < end);";

@@ -4,10 +4,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::Contains;
-using testing::ElementsAre;
-using testing::StartsWith;
-
 class ButtonTest : public FeatureTest {
  protected:
   ButtonTest() : FeatureTest("button") {}

@@ -1,22 +1,16 @@
 // morvik.connect and the frames on the connection: what is sent, how what comes is put together,
 // and how an application ends when its connection fails.
-#include <gmock/gmock.h>
 #include <signal.h>
 #include <syslog.h>
 
 #include <string>
 #include <vector>
 
+#include "support/matchers.h"
 #include "support/system/system-test.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
 
 constexpr char kLengthFailed[] = "Failed to receive bytes length from server";
 constexpr char kPayloadFailed[] = "Failed to receive bytes from server";
@@ -151,12 +145,12 @@ class FrameTest : public DeviceTest {
 
 TEST_F(FrameTest, areALengthInFourBytesAndAMessage) {
   connect("morvik.start(log, {});");
-  const std::string word = device.receiveBytes(4);
-  EXPECT_EQ(word.substr(0, 3), std::string(3, '\0'));
-  const std::string payload = device.receiveBytes(static_cast<unsigned char>(word[3]));
+  const std::string header = device.receiveBytes(4);
+  EXPECT_EQ(header.substr(0, 3), std::string(3, '\0'));
+  const std::string payload = device.receiveBytes(static_cast<unsigned char>(header[3]));
   zeph::ZephMsg message;
   ASSERT_TRUE(message.ParseFromString(payload));
-  EXPECT_EQ(lengthWord(payload.size()), word);
+  EXPECT_EQ(header + payload, frameOf(payload));
   EXPECT_THAT(message.id(), testing::MatchesRegex(kUuid));
   device.grant(message);
   app.logged();
@@ -209,7 +203,7 @@ TEST_F(FrameTest, mayBeLarge) {
 
 TEST_F(FrameTest, ofLengthZeroAreEmptyMessages) {
   ask();
-  device.sendBytes(lengthWord(0));
+  device.sendBytes(frameHeader(0));
   device.reply(request, "OK");
   EXPECT_EQ(app.logged(), "OK");
   EXPECT_THAT(app.texts(), Contains("Received MSG\n"));
@@ -259,7 +253,7 @@ TEST_F(FrameTest, withUnknownFieldsAreRead) {
   zeph::ZephMsg reply = responseTo(request, "OK");
   std::string payload = reply.SerializeAsString();
   payload += std::string("\xf8\xff\xff\xff\x0f\x07", 6);  // a number in the greatest field
-  device.sendBytes(lengthWord(payload.size()) + payload);
+  device.sendBytes(frameOf(payload));
   EXPECT_EQ(app.logged(), "OK");
 }
 
@@ -267,7 +261,7 @@ TEST_F(FrameTest, thatAreCutShortCountForWhatWasReadWhole) {
   ask();
   std::string payload = responseTo(request, "OK").SerializeAsString();
   payload += "\x1a\x7fno hundred bytes";
-  device.sendBytes(lengthWord(payload.size()) + payload);
+  device.sendBytes(frameOf(payload));
   device.event(request, "TERMINATED");
   EXPECT_THAT(app.logged(2), ElementsAre("OK", "TERMINATED"));
 }
@@ -282,7 +276,7 @@ TEST_F(FrameTest, withoutAnIdAreDispatchedAllTheSame) {
 
 TEST_F(FrameTest, ofGarbageDoNoHarm) {
   ask();
-  device.sendBytes(lengthWord(64) + std::string(64, '\xff'));
+  device.sendBytes(frameHeader(64) + std::string(64, '\xff'));
   device.reply(request, "OK");
   EXPECT_EQ(app.logged(), "OK");
 }
@@ -326,7 +320,7 @@ TEST_F(ConnectionEndTest, byAResetIsFatal) {
 TEST_F(ConnectionEndTest, insideALengthIsFatal) {
   connect("");
   expectFatal(kLengthFailed, [&] {
-    device.sendBytes(lengthWord(100).substr(0, 2));
+    device.sendBytes(frameHeader(100).substr(0, 2));
     device.close();
   });
 }
@@ -335,7 +329,7 @@ TEST_F(ConnectionEndTest, insideAPayloadIsFatal) {
   interactive("log('granted');");
   EXPECT_EQ(app.logged(), "granted");
   expectFatal(kPayloadFailed, [&] {
-    device.sendBytes(lengthWord(100) + "not a hundred bytes");
+    device.sendBytes(frameHeader(100) + "not a hundred bytes");
     device.close();
   });
 }
@@ -343,7 +337,7 @@ TEST_F(ConnectionEndTest, insideAPayloadIsFatal) {
 TEST_F(ConnectionEndTest, behindALengthIsFatal) {
   connect("");
   expectFatal(kPayloadFailed, [&] {
-    device.sendBytes(lengthWord(1));
+    device.sendBytes(frameHeader(1));
     device.close();
   });
 }
@@ -351,7 +345,7 @@ TEST_F(ConnectionEndTest, behindALengthIsFatal) {
 TEST_F(ConnectionEndTest, behindTheGreatestLengthIsFatal) {
   connect("");
   expectFatal(kPayloadFailed, [&] {
-    device.sendBytes(lengthWord(0xffffffff));
+    device.sendBytes(frameHeader(0xffffffff));
     device.close();
   });
 }

@@ -1,18 +1,15 @@
 // How a received message finds the reply function of its request.
-#include <gmock/gmock.h>
 #include <syslog.h>
 
 #include <algorithm>
 #include <string>
 #include <vector>
 
+#include "support/matchers.h"
 #include "support/system/system-test.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::Contains;
-using testing::ElementsAre;
 
 constexpr char kNotFound[] = "NO CORRELATION FOUND";
 

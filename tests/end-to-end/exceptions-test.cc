@@ -1,21 +1,16 @@
 // What becomes of a script's uncaught exceptions: one report in the log, nothing on standard
 // output, and the application goes on.
-#include <gmock/gmock.h>
 #include <syslog.h>
 
 #include <algorithm>
 #include <string>
 #include <vector>
 
+#include "support/matchers.h"
 #include "support/system/system-test.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::ElementsAre;
-using testing::ElementsAreArray;
-using testing::SizeIs;
-using testing::StartsWith;
 
 struct Report {
   std::string name;
@@ -86,6 +81,12 @@ class ExceptionTest : public DeviceTest {
     host().killAll();
     EXPECT_EQ(host().output().awaitEnd(), "");
   }
+  // The script logs these texts and then "end", and the log has no warning of it.
+  void expectNotReported(const std::string& script, const std::vector<std::string>& texts) {
+    app = run(script);
+    EXPECT_EQ(app.loggedUntil("end"), texts);
+    EXPECT_THAT(app.warnings(), ElementsAre(kNoParams));
+  }
   // Each text once in the log, and nowhere else.
   void expectReportedOnce(const std::vector<std::string>& texts) {
     for (const std::string& text : texts) EXPECT_EQ(timesLogged(text), 1) << text;
@@ -145,20 +146,18 @@ TEST_F(ExceptionTest, aRejectedPromiseIsReportedOnce) {
 }
 
 TEST_F(ExceptionTest, aRejectedPromiseWithAHandlerIsNotReported) {
-  app =
-      run("Promise.reject(new Error('handled')).catch(function(e) { log(e.message); });\n"
-          "(async function() { try { await Promise.reject('x'); } catch (e) { log(e); } })();\n"
-          "setTimeout(20, function() { log('end'); });");
-  EXPECT_THAT(app.loggedUntil("end"), ElementsAre("handled", "x"));
-  EXPECT_THAT(app.warnings(), ElementsAre(kNoParams));
+  expectNotReported(
+      "Promise.reject(new Error('handled')).catch(function(e) { log(e.message); });\n"
+      "(async function() { try { await Promise.reject('x'); } catch (e) { log(e); } })();\n"
+      "setTimeout(20, function() { log('end'); });",
+      {"handled", "x"});
 }
 
 TEST_F(ExceptionTest, anExceptionThatTheScriptCatchesIsNotReported) {
-  app =
-      run("try { throw new Error('mine'); } catch (e) { log(e.message); }\n"
-          "log(caught(log)); log('end');");
-  EXPECT_THAT(app.loggedUntil("end"), ElementsAre("mine", "string: Wrong arguments"));
-  EXPECT_THAT(app.warnings(), ElementsAre(kNoParams));
+  expectNotReported(
+      "try { throw new Error('mine'); } catch (e) { log(e.message); }\n"
+      "log(caught(log)); log('end');",
+      {"mine", "string: Wrong arguments"});
 }
 
 TEST_F(ExceptionTest, aStackTraceHasTenFrames) {

@@ -1,10 +1,10 @@
 // What a script makes by the constructors of the objects that it is given, without any grant: it
 // gets an exception or nothing, and its application lives on.
-#include <gmock/gmock.h>
 
 #include <string>
 #include <vector>
 
+#include "support/matchers.h"
 #include "support/system/system-test.h"
 
 namespace morvik::test {

@@ -5,15 +5,12 @@
 #include "device/media-files.h"
 #include "support/file-content.h"
 #include "support/system/feature-test.h"
+#include "support/text-message.h"
 #include "support/web/nginx.h"
 #include "support/web/recording-server.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::ElementsAre;
-using testing::ElementsAreArray;
-using testing::MatchesRegex;
 
 constexpr char kLocations[] = R"(
   types {
@@ -159,7 +156,7 @@ TEST_F(HttpTest, aRequestKeepsTimersAndMessagesWaiting) {
       {"http", "button"});
   EXPECT_EQ(app.logged(), "asks");
   ASSERT_NE(origin.takeRequest(), "");
-  device.send(messageOf("buttonCallback { type: SIMPLE }"));
+  device.send(zephMsg("buttonCallback { type: SIMPLE }"));
   App other = run("setTimeout(20, function() { log('later'); });");
   EXPECT_EQ(other.logged(), "later");
   origin.letGo();
@@ -319,14 +316,12 @@ TEST_F(HttpTest, aFormArrivesPartByPart) {
 TEST_F(HttpTest, whatTheDeviceHasTakenGoesUp) {
   const struct {
     const char* take;
-    std::optional<std::string> (*write)();
-    const char* path;
-  } rows[] = {{"webcam.photo('x', ", devkit::writePicture, devkit::kPicturePath},
-              {"multimedia.record(", devkit::writeRecording, devkit::kRecordingPath}};
+    const devkit::MediaKind& kind;
+  } rows[] = {{"webcam.photo('x', ", devkit::kPicture}, {"multimedia.record(", devkit::kRecording}};
   for (const auto& row : rows) {
-    SCOPED_TRACE(row.path);
-    ASSERT_EQ(row.write(), std::nullopt);
-    const std::string bytes = contentOf(row.path);
+    SCOPED_TRACE(row.kind.path);
+    ASSERT_EQ(writeMedia(row.kind, {}), std::nullopt);
+    const std::string bytes = contentOf(row.kind.path);
     interactive("morvik." + std::string(row.take) + "function(event) { log(http.post('" +
                     origin.url() + "', {a: event.data}) + http.post('" + origin.url() +
                     "', {a: event.data}, {}, true)); });",

@@ -1,20 +1,15 @@
 // Interactive mode: asking for it, getting it or being refused, giving it up, and the stop notice.
-#include <gmock/gmock.h>
 #include <syslog.h>
 
 #include <algorithm>
 #include <string>
 #include <vector>
 
+#include "support/matchers.h"
 #include "support/system/system-test.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::Contains;
-using testing::ElementsAre;
-using testing::MatchesRegex;
-using testing::Not;
 
 constexpr char kStopNotice[] = "interactive mode stopped, autokill in 300000ms";
 constexpr char kStopped[] = "interactive mode stopped, autokill";
@@ -249,12 +244,7 @@ TEST_F(InteractiveModeTest, stopWhileAStartIsPendingIsRefused) {
 
 TEST_F(InteractiveModeTest, stopSendsTheIdOnTheEnvelopeAndChangesNothing) {
   interactive("log(typeof morvik.stop()); morvik.led.light('still'); morvik.stop();");
-  const zeph::ZephMsg stop = device.receive();
-  zeph::ZephMsg expected;
-  expected.set_id(stop.id());
-  expected.set_interactiveid(interactiveId);
-  expected.mutable_interactivemode()->set_action(zeph::InteractiveMode::STOP);
-  EXPECT_EQ(stop.DebugString(), expected.DebugString());
+  expectRequest("interactiveMode { action: STOP }");
   EXPECT_EQ(app.logged(), "undefined");
   EXPECT_EQ(device.receive().led().light().color(), "still");
   EXPECT_EQ(device.receive().interactivemode().action(), zeph::InteractiveMode::STOP);

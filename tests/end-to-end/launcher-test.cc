@@ -1,5 +1,4 @@
 // The launcher: what it reads, starts, refuses and reaps, and what it says about it.
-#include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <syslog.h>
@@ -8,15 +7,11 @@
 #include <string>
 #include <vector>
 
+#include "support/matchers.h"
 #include "support/system/system-test.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::ElementsAre;
-using testing::ElementsAreArray;
-using testing::HasSubstr;
-using testing::Not;
 
 constexpr char kRefusal[] = "too many mvm ignore request\n";
 constexpr char kBreak[] = "MorvikVM buffer:vide -> break";

@@ -1,5 +1,4 @@
 // What an application may use, and that it harms nobody but itself.
-#include <gmock/gmock.h>
 #include <signal.h>
 #include <syslog.h>
 
@@ -7,12 +6,11 @@
 #include <string>
 #include <vector>
 
+#include "support/matchers.h"
 #include "support/system/system-test.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::ContainsRegex;
 
 constexpr char kTellAlive[] = "log('alive');";
 

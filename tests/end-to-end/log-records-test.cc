@@ -1,9 +1,9 @@
 // What one record of the system log holds, and what a script cannot make of it.
-#include <gmock/gmock.h>
 #include <syslog.h>
 
 #include <string>
 
+#include "support/matchers.h"
 #include "support/system/system-test.h"
 
 namespace morvik::test {

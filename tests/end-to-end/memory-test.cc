@@ -1,7 +1,6 @@
 // The limit on an application's memory: whatever a script fills it with, its application ends with
 // words for it or goes on, and nobody else is harmed.
 #ifndef __SANITIZE_ADDRESS__  // there the limit does not hold, because the shadow counts as data
-#include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -10,13 +9,11 @@
 #include <string>
 #include <vector>
 
+#include "support/matchers.h"
 #include "support/system/system-test.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::AnyOf;
-using testing::HasSubstr;
 
 constexpr rlim_t kMebibyte = 1 << 20;
 

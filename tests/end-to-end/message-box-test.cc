@@ -1,9 +1,9 @@
 // morvik.message: what `new` writes to standard output, in whatever way the application ends.
-#include <gmock/gmock.h>
 
 #include <csignal>
 #include <string>
 
+#include "support/matchers.h"
 #include "support/system/system-test.h"
 
 namespace morvik::test {

@@ -1,18 +1,16 @@
 // The command line, and the log's two outputs: syslog, which gets everything, and standard error
 // under the threshold of --debug=.
-#include <gmock/gmock.h>
 #include <syslog.h>
 
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "support/matchers.h"
 #include "support/system/system-test.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::ElementsAre;
 
 // GLib's level values, as the threshold compares them.
 enum Level { kError = 6, kWarning = 16, kMessage = 32, kDebug = 128 };

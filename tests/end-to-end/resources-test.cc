@@ -12,7 +12,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
 using std::string_literals::operator""s;
 
 class ResourcesTest : public FeatureTest {

@@ -1,5 +1,5 @@
 // Every application in apps/, run by the real morvikvm on the real virtual device: a short
-// conversation for each, between the script's log, what the device shows, and what happens to it.
+// conversation for each, between the script's log, what the device hears, and what happens to it.
 
 #include <filesystem>
 #include <iostream>
@@ -8,8 +8,8 @@
 #include <stdexcept>
 
 #include "end-to-end/web-samples.h"
-#include "support/program.h"
 #include "support/system/system-test.h"
+#include "support/system/virtual-device.h"
 
 namespace morvik::test {
 namespace {
@@ -64,8 +64,21 @@ class Stage {
                         const std::string& instance) = 0;
   Sample launch(const std::string& app) { return launch(app, "demo", device.address()); }
 
-  VirtualDevice device{MORVIK_DEV};
+  VirtualDevice device;
 };
+
+// What happens at the device, and the lines that the sample then says.
+struct Turn {
+  std::string happens;
+  std::vector<std::string> says;
+};
+
+void take(Stage& stage, Sample& sample, const std::vector<Turn>& turns) {
+  for (const Turn& turn : turns) {
+    stage.device.happens(turn.happens);
+    for (const std::string& line : turn.says) sample.says(line);
+  }
+}
 
 void hello(Stage& stage) {
   Sample sample = stage.launch("hello");
@@ -79,18 +92,17 @@ void ledRainbow(Stage& stage) {
   sample.says(
       {"the LED is dark: OK", "the LED is red", "the LED is violet", "that was the rainbow"});
   sample.ends();
-  stage.device.shows("led fade #ff8000 200 ms");
-  stage.device.shows("led pulse white 150 ms x 3");
+  stage.device.receives("led { fade { color: '#ff8000' period: 200 } }");
+  stage.device.receives("led { pulse { color: 'white' period: 150 pulse: 3 } }");
 }
 
 void earDance(Stage& stage) {
   Sample sample = stage.launch("ear-dance");
   sample.says({"ears: TERMINATED, left at 0, right at 0", "figure 1 of 6", "figure 6 of 6",
                "the dance is over"});
-  stage.device.happens("ears BLOCKED_LEFT");
-  sample.says("somebody holds an ear: BLOCKED_LEFT");
-  stage.device.happens("ears BLOCKED_RIGHT");
-  sample.says("somebody holds an ear: BLOCKED_RIGHT");
+  take(stage, sample,
+       {{"ears BLOCKED_LEFT", {"somebody holds an ear: BLOCKED_LEFT"}},
+        {"ears BLOCKED_RIGHT", {"somebody holds an ear: BLOCKED_RIGHT"}}});
 }
 
 void dockTour(Stage& stage) {
@@ -98,23 +110,20 @@ void dockTour(Stage& stage) {
   for (const char* direction : {"UP", "LEFT", "DOWN", "RIGHT"})
     sample.says(std::string("going ") + direction);
   sample.says("parked");
-  stage.device.shows("dock.*UP.*300");
-  stage.device.shows("dock.*STOP");
+  stage.device.receives("dock { move { cmd: UP time: 300 } }");
+  stage.device.receives("dock { move { cmd: STOP time: 0 } }");
 }
 
 void buttonGame(Stage& stage) {
   Sample sample = stage.launch("button-game");
   sample.says("wait for green");
-  stage.device.happens("button DOUBLE");
-  sample.says({"no best time yet", "press!"});
-  stage.device.happens("button SIMPLE");
-  sample.says({"that took [0-9]+ ms", "a new best time", "wait for green"});
-  stage.device.happens("button SIMPLE");
-  sample.says("too early");
-  stage.device.happens("button LONG_START");
-  sample.says("bye");
+  take(stage, sample,
+       {{"button DOUBLE", {"no best time yet", "press!"}},
+        {"button SIMPLE", {"that took [0-9]+ ms", "a new best time", "wait for green"}},
+        {"button SIMPLE", {"too early"}},
+        {"button LONG_START", {"bye"}}});
   sample.ends();
-  stage.device.shows("led light green");
+  stage.device.receives("led { light { color: 'green' } }");
 
   Sample again = stage.launch("button-game");
   again.says("wait for green");
@@ -125,10 +134,10 @@ void buttonGame(Stage& stage) {
 void rfidGreeter(Stage& stage) {
   Sample sample = stage.launch("rfid-greeter");
   sample.says("waiting for tags");
-  stage.device.happens("rfid d0021a IN type=FLAT color=RED content=Anna");
-  sample.says({"IN d0021a FLAT RED", "said: Hello Anna"});
-  stage.device.happens("rfid d0021a OUT");
-  sample.says({"OUT d0021a undefined undefined", "said: Goodbye tag d0021a"});
+  take(stage, sample,
+       {{"rfid d0021a IN type=FLAT color=RED content=Anna",
+         {"IN d0021a FLAT RED", "said: Hello Anna"}},
+        {"rfid d0021a OUT", {"OUT d0021a undefined undefined", "said: Goodbye tag d0021a"}}});
 }
 
 void rfidGreeterByTag(Stage& stage) {
@@ -148,36 +157,31 @@ void radio(Stage& stage) {
   sample.saysInAnyOrder({"first playlist: breakfast", "first artist: The Tin Whistles",
                          "first genre: folk", "first folder: /music/morning",
                          "first song: /music/morning/kettle.mp3"});
-  stage.device.happens("button SIMPLE");
-  sample.says("player: PAUSE");
-  stage.device.happens("button SIMPLE");
-  sample.says("player: RESUME");
-  stage.device.happens("button DOUBLE");
-  sample.says("http://radio.example.org/news: OK");
-  stage.device.happens("button LONG_START");
-  sample.says({"off: OK", "player: STOP"});
-  stage.device.happens("button SIMPLE");
-  sample.says("http://radio.example.org/news: OK");
-  stage.device.happens("player MUSIC_UPDATE");
-  sample.says("player: MUSIC_UPDATE");
+  take(stage, sample,
+       {{"button SIMPLE", {"player: PAUSE"}},
+        {"button SIMPLE", {"player: RESUME"}},
+        {"button DOUBLE", {"http://radio.example.org/news: OK"}},
+        {"button LONG_START", {"off: OK", "player: STOP"}},
+        {"button SIMPLE", {"http://radio.example.org/news: OK"}},
+        {"player MUSIC_UPDATE", {"player: MUSIC_UPDATE"}}});
 }
 
 void voiceMenu(Stage& stage) {
   Sample sample = stage.launch("voice-menu");
-  sample.listens(1);
-  stage.device.happens("recognition \"light on\" 90 <menu><choice>on</choice></menu>");
-  sample.says(R"(heard "light on" \(90\): on)");
-  sample.listens(2);
-  stage.device.happens("recognition mumble 10");
-  sample.says("please say that again");
-  sample.listens(3);
-  stage.device.happens("recognition tea 90 <menu><choice>tea</choice></menu>");
-  sample.says("that is not in the menu");
-  sample.listens(4);
-  stage.device.happens("recognition goodbye 80 <menu><choice>bye</choice></menu>");
-  sample.says("goodbye");
+  const Turn turns[] = {
+      {"recognition \"light on\" 90 <menu><choice>on</choice></menu>",
+       {R"(heard "light on" \(90\): on)"}},
+      {"recognition mumble 10", {"please say that again"}},
+      {"recognition tea 90 <menu><choice>tea</choice></menu>", {"that is not in the menu"}},
+      {"recognition goodbye 80 <menu><choice>bye</choice></menu>", {"goodbye"}},
+  };
+  int times = 0;
+  for (const Turn& turn : turns) {
+    sample.listens(++times);
+    take(stage, sample, {turn});
+  }
   sample.ends();
-  stage.device.shows("led light white");
+  stage.device.receives("led { light { color: 'white' } }");
 }
 
 void voiceMenuByVoice(Stage& stage) {
@@ -188,22 +192,21 @@ void voiceMenuByVoice(Stage& stage) {
 void photoBooth(Stage& stage) {
   Sample sample = stage.launch("photo-booth");
   sample.says("the booth is open");
-  stage.device.happens("button SIMPLE");
-  sample.says({"photo: OK", "photo: TERMINATED.*", "playing the photo: OK"});
-  stage.device.happens("button DOUBLE");
-  sample.says({"recording: OK", "recording: TERMINATED.*", "playing the recording: OK"});
-  stage.device.shows("-> +multimedia.*/tmp/picture.jpg");
-  stage.device.shows("-> +multimedia.*/tmp/record.flac");
+  take(stage, sample,
+       {{"button SIMPLE", {"photo: OK", "photo: TERMINATED.*", "playing the photo: OK"}},
+        {"button DOUBLE",
+         {"recording: OK", "recording: TERMINATED.*", "playing the recording: OK"}}});
+  stage.device.receives("multimedia { play { url: '/tmp/picture.jpg' } }");
+  stage.device.receives("multimedia { play { url: '/tmp/record.flac' } }");
 }
 
 void serialEcho(Stage& stage) {
   Sample sample = stage.launch("serial-echo");
   sample.says("listening on /dev/ttyS1");
-  stage.device.happens("serial /dev/ttyS1 hello");
-  sample.says("line 1 from /dev/ttyS1: hello");
-  stage.device.happens("serial /dev/ttyS1 again");
-  sample.says("line 2 from /dev/ttyS1: again");
-  stage.device.shows("-> +serial.*ttyS1.*again");
+  take(stage, sample,
+       {{"serial /dev/ttyS1 hello", {"line 1 from /dev/ttyS1: hello"}},
+        {"serial /dev/ttyS1 again", {"line 2 from /dev/ttyS1: again"}}});
+  stage.device.receives("serial { write { port: '/dev/ttyS1' data: 'again' base: 'a' } }");
 }
 
 // The device connects its applications with each other, and with somebody outside.
@@ -226,11 +229,12 @@ void mailbox(Stage& stage) {
   stage.device.happens("message u1 'Are you there?'");
   Sample sample = stage.launch("mailbox");
   sample.says({"contacts: 1", "unread messages: 1", "Anna: Are you there\\?", "marked as read: 1"});
-  stage.device.shows("led pulse blue 200 ms x 3");
+  stage.device.receives("led { pulse { color: 'blue' period: 200 pulse: 3 } }");
   stage.device.happens("message stranger '<a/>' type=XML");
   sample.says({"unread messages: 1", "stranger: XML", "marked as read: 1"});
   stage.device.happens("refuse ERROR morvikMessageQuery");
-  stage.device.shows("-> +messages LIST.*\n.*<- +response ERROR");
+  stage.device.receives("morvikMessageQuery { action: LIST }");
+  stage.device.sends("response { code: ERROR description: 'as the command input wants it' }");
   stage.device.happens("message u1 'Still there?'");
   sample.says({"unread messages: 1", "Anna: Still there\\?", "marked as read: 1"});
 }

@@ -1,6 +1,5 @@
 // What every script finds: log, exit, setTimeout, random, uuid, timestamp; and what it must not
 // share with another application.
-#include <gmock/gmock.h>
 #include <syslog.h>
 
 #include <ctime>
@@ -8,15 +7,11 @@
 #include <string>
 #include <vector>
 
+#include "support/matchers.h"
 #include "support/system/system-test.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::Contains;
-using testing::ElementsAre;
-using testing::ElementsAreArray;
-using testing::MatchesRegex;
 
 class ScriptEnvironmentTest : public SystemTest {};
 

@@ -4,9 +4,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::Contains;
-using testing::EndsWith;
-
 const std::string kAdded = "dans c++\n";
 const std::string kCalling = "call onMessage\ncast\narg0\n";
 const std::string kCalled = "call onMessage\ncast\narg0\ncall onMessage\n";

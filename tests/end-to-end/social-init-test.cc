@@ -1,6 +1,7 @@
 // social.init: its query, what hangs on `social` once it is answered, and that no credential of the
 // answer is in the log.
-#include "support/system/feature-test.h"
+#include "support/system/system-test.h"
+#include "support/text-message.h"
 
 namespace morvik::test {
 namespace {
@@ -16,7 +17,7 @@ class SocialInitTest : public DeviceTest {
   // Answers the next query with credentials in text form.
   void answer(const std::string& credentials) {
     zeph::ZephMsg reply = replyTo(device.receive());
-    reply.MergeFrom(messageOf("social { " + credentials + " }"));
+    reply.MergeFrom(zephMsg("social { " + credentials + " }"));
     device.send(reply);
   }
 

@@ -8,9 +8,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 // With a character that is escaped in a body and not in a URL.
 constexpr char kFacebook[] = "FACEBOOK+TOKEN";
 constexpr char kSoundcloud[] = "SOUNDCLOUD+TOKEN";

@@ -3,7 +3,6 @@
 #include "end-to-end/web-samples.h"
 
 #include <glib.h>
-#include <google/protobuf/text_format.h>
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
 
@@ -13,17 +12,12 @@
 
 #include "support/file-content.h"
 #include "support/system/system-test.h"
+#include "support/text-message.h"
 #include "support/web/nginx.h"
 #include "support/web/recording-server.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::HasSubstr;
-
-constexpr char kWeather[] = "weather";
-constexpr char kPhotoUpload[] = "photo-upload";
-constexpr char kSignedRequest[] = "signed-request";
 
 class WebSamplesTest : public SystemTest {
  protected:
@@ -50,13 +44,12 @@ TEST_F(WebSamplesTest, weatherTellsWhatTheServerSays) {
                                                      "Tomorrow: sun, from 8 to 19 degrees"));
   sample.waitUntilEnded();
 
-  zeph::ConfigApp config;
-  ASSERT_TRUE(google::protobuf::TextFormat::ParseFromString(
-      "apiKey: 'k' version: '1' name: 'weather' deployment: 'd' configInstance { name: 'home' "
-      "params { key: 'url' value: '" +
-          web.tlsUrl("/files/weather.json") + "' } }",
-      &config));
-  apps.config(kWeather, config);
+  apps.config(
+      kWeather,
+      messageFrom<zeph::ConfigApp>(
+          "apiKey: 'k' version: '1' name: 'weather' deployment: 'd' configInstance { name: 'home' "
+          "params { key: 'url' value: '" +
+          web.tlsUrl("/files/weather.json") + "' } }"));
   EXPECT_EQ(launchSample(kWeather, "home").logged(), "Home: rain, 11 degrees");
 }
 
@@ -148,7 +141,5 @@ TEST_F(WebSamplesTest, signedRequestCarriesTheSignatureOfWhatItAsks) {
 }
 
 }  // namespace
-
-std::set<std::string> webSamples() { return {kWeather, kPhotoUpload, kSignedRequest}; }
 
 }  // namespace morvik::test

@@ -6,7 +6,11 @@
 
 namespace morvik::test {
 
+inline constexpr char kWeather[] = "weather";
+inline constexpr char kPhotoUpload[] = "photo-upload";
+inline constexpr char kSignedRequest[] = "signed-request";
+
 // The folders of those that web-samples-test.cc runs.
-std::set<std::string> webSamples();
+inline std::set<std::string> webSamples() { return {kWeather, kPhotoUpload, kSignedRequest}; }
 
 }  // namespace morvik::test

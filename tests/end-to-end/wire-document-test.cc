@@ -1,6 +1,5 @@
 // The conversation that docs/wire.md shows in bytes, held with the real program: the server's side
 // as it stands there, and the application's side compared with it.
-#include <gmock/gmock.h>
 
 #include <filesystem>
 #include <map>
@@ -10,6 +9,7 @@
 #include <vector>
 
 #include "support/file-content.h"
+#include "support/matchers.h"
 #include "support/system/system-test.h"
 
 namespace morvik::test {

@@ -16,9 +16,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::ExitedWithCode;
-
 constexpr const char* kLed = "<descriptor><accesses><access>led</access></accesses></descriptor>";
 
 class AppTest : public ScriptTest {

@@ -10,8 +10,7 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::ExitedWithCode;
+void answerWithData(const Args& args) { args.GetReturnValue().Set(args.Data()); }
 
 class DescriptorTest : public ScriptTest {
  protected:
@@ -25,12 +24,13 @@ class DescriptorTest : public ScriptTest {
   std::unique_ptr<Descriptor> loadAccesses(const std::string& inner) {
     return load("<descriptor><accesses>" + inner + "</accesses></descriptor>");
   }
-  void exposeObject(const char* name, v8::Local<v8::ObjectTemplate> shape) {
+  // Makes the global object `gated`, whose function asks for an access where `led` is granted.
+  void exposeGated(const char* access, const char* function) {
     const v8::Context::Scope entered(context());
-    context()
-        ->Global()
-        ->Set(context(), toScript(name), shape->NewInstance(context()).ToLocalChecked())
-        .Check();
+    const auto shape = v8::ObjectTemplate::New(isolate());
+    bindGated(*loadAccesses("<access>led</access>"), shape, access, function, answerWithData,
+              toScript("its data"));
+    setGlobal("gated", shape->NewInstance(context()).ToLocalChecked());
   }
 
   AppFiles files;
@@ -142,21 +142,13 @@ TEST_F(DescriptorTest, aPathThatIsTooLongIsCut) {
               "DEBUG searching descriptor: /[^\n]{253}\n");
 }
 
-void answerWithData(const Args& args) { args.GetReturnValue().Set(args.Data()); }
-
 TEST_F(DescriptorTest, aGatedFunctionIsThereWhenItsNameIsListed) {
-  const auto descriptor = loadAccesses("<access>led</access>");
-  const auto shape = v8::ObjectTemplate::New(isolate());
-  bindGated(*descriptor, shape, "led", "light", answerWithData, toScript("its data"));
-  exposeObject("gated", shape);
+  exposeGated("led", "light");
   EXPECT_EQ(run("gated.light()"), "its data");
 }
 
 TEST_F(DescriptorTest, aDeniedFunctionIsThereAndHarmlessUntilItIsCalled) {
-  const auto descriptor = loadAccesses("<access>led</access>");
-  const auto shape = v8::ObjectTemplate::New(isolate());
-  bindGated(*descriptor, shape, "ears", "move", answerWithData, toScript("its data"));
-  exposeObject("gated", shape);
+  exposeGated("ears", "move");
   EXPECT_EQ(run("typeof gated.move"), "function");
   const auto call = [this] {
     printLog();

@@ -10,8 +10,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::KilledBySignal;
-
 class EngineTest : public ScriptTest {};
 
 TEST_F(EngineTest, startsNoThread) {

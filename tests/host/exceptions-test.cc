@@ -8,10 +8,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::ElementsAreArray;
-using testing::EndsWith;
-
 class ExceptionsTest : public ScriptTest {
  protected:
   // Runs text as main.js and reports what it throws. A TryCatch without messages stands for an

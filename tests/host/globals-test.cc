@@ -9,9 +9,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::MatchesRegex;
-
 class GlobalsTest : public ScriptTest {};
 
 TEST_F(GlobalsTest, logWritesAnyValueAsText) {

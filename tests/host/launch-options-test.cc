@@ -1,10 +1,10 @@
 // The command line: prefixes, defaults, and what a bad value means.
 #include "host/launch-options.h"
 
-#include <gmock/gmock.h>
-
 #include <string>
 #include <vector>
+
+#include "support/matchers.h"
 
 namespace morvik::test {
 namespace {

@@ -1,7 +1,6 @@
 // The log: priorities, labels and the threshold of standard error.
 #include "host/logging.h"
 
-#include <gmock/gmock.h>
 #include <syslog.h>
 
 #include <climits>
@@ -10,6 +9,8 @@
 #include <cstdio>
 #include <string>
 #include <vector>
+
+#include "support/matchers.h"
 
 namespace {
 

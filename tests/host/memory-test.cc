@@ -2,18 +2,16 @@
 #include "host/memory.h"
 
 #include <glib.h>
-#include <gmock/gmock.h>
 
 #include <csignal>
 #include <cstdlib>
 #include <memory>
 
-#include "host/logging.h"
+#include "support/matchers.h"
+#include "support/unit/exhausted.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::KilledBySignal;
 
 constexpr std::size_t kTooMuch = std::size_t{1} << 40;
 
@@ -29,29 +27,8 @@ TEST_F(MemoryTest, theEndIsAFatalText) {
 
 #ifndef __SANITIZE_ADDRESS__  // it has an allocator and handlers of its own
 
-// From the largest piece to the smallest, until there is none.
-void takeAll() {
-  for (std::size_t size = 1 << 20; size >= 16; size = size > 2048 ? size / 2 : size - 8) {
-    void* piece = nullptr;
-    do {
-      piece = std::malloc(size);
-      asm volatile("" ::"r"(piece) : "memory");  // it counts that it is taken
-    } while (piece != nullptr);
-  }
-}
-
 constexpr const char* kReached =
     ": script engine out of memory: the application has reached the limit of its memory\n";
-
-// Everything is taken before `use` asks for more.
-template <typename Use>
-void exhaustAnd(Use use) {
-  static LaunchOptions options;
-  openLog(options);
-  limitMemory();
-  takeAll();
-  use();
-}
 
 TEST_F(MemoryTest, aFailingNewSaysSo) {
   EXPECT_EXIT(

@@ -1,7 +1,6 @@
 // The root of one application: the launch line's syntax, and the walk over the listeners.
 #include "host/morvik-data.h"
 
-#include <gmock/gmock.h>
 #include <zeph-message.pb.h>
 
 #include <algorithm>
@@ -10,13 +9,12 @@
 #include <string>
 #include <vector>
 
+#include "support/matchers.h"
 #include "support/unit/captured-log.h"
 #include "support/unit/log-texts.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::ElementsAre;
 
 TEST(MorvikDataTest, startsWithNothing) {
   const MorvikData instance;

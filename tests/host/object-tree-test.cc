@@ -2,6 +2,8 @@
 #include "host/object-tree.h"
 
 #include <algorithm>
+#include <map>
+#include <sstream>
 
 #include "features/features.h"
 #include "support/unit/script-test.h"
@@ -20,6 +22,40 @@ TEST_F(ObjectTreeTest, aNameGrantsItsObjectAndNoOther) {
     EXPECT_EQ(inTree({feature.name}, "Object.keys(morvik." + feature.name + ").join()"),
               feature.functions);
     EXPECT_EQ(inTree({}, "typeof morvik." + feature.name), "undefined");
+  }
+}
+
+// Objects whose promises are no rows, and why.
+const std::map<std::string, std::string> kWithoutRows{
+    {"http", "no device hears of it: web/http-client-test.cc and end-to-end/http-test.cc"}};
+
+TEST_F(ObjectTreeTest, everyNameHasRowsOrAReasonToHaveNone) {
+  std::vector<std::string> told;
+  for (const Feature& feature : features()) told.push_back(feature.name);
+  for (const auto& [name, reason] : kWithoutRows) told.push_back(name);
+  EXPECT_THAT(gatedNames(), testing::UnorderedElementsAreArray(told));
+}
+
+// All calls in a feature's rows, one on each line.
+std::string callsOf(const Feature& feature) {
+  std::string calls;
+  const auto add = [&calls](const auto& rows) {
+    for (const auto& row : rows) calls += '\n' + row.call;
+  };
+  add(feature.sends);
+  add(feature.refuses);
+  add(feature.reads);
+  add(feature.answers);
+  return calls;
+}
+
+TEST_F(ObjectTreeTest, everyFunctionHasARow) {
+  for (const Feature& feature : features()) {
+    const std::string calls = callsOf(feature);
+    std::istringstream functions(
+        inTree({feature.name}, "Object.keys(morvik." + feature.name + ").join('\\n')"));
+    for (std::string function; std::getline(functions, function);)
+      EXPECT_THAT(calls, testing::HasSubstr('\n' + function + '(')) << feature.name;
   }
 }
 

@@ -2,16 +2,12 @@
 // be.
 #include "host/parameters.h"
 
-#include <google/protobuf/text_format.h>
-
 #include "host/app-files.h"
+#include "support/text-message.h"
 #include "support/unit/script-test.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::ElementsAre;
-using testing::ElementsAreArray;
 
 class ParametersTest : public ScriptTest {
  protected:
@@ -27,11 +23,7 @@ class ParametersTest : public ScriptTest {
     return run("JSON.stringify(params)");
   }
   static std::string serialised(const std::string& text) {
-    zeph::ConfigApp config;
-    google::protobuf::TextFormat::Parser parser;
-    parser.AllowPartialMessage(true);
-    EXPECT_TRUE(parser.ParseFromString(text, &config)) << text;
-    return config.SerializePartialAsString();
+    return messageFrom<zeph::ConfigApp>(text).SerializePartialAsString();
   }
 
   AppFiles files;

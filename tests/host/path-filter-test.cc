@@ -1,9 +1,9 @@
 // Which file names a script may pass.
 #include "host/path-filter.h"
 
-#include <gmock/gmock.h>
-
 #include <string>
+
+#include "support/matchers.h"
 
 namespace morvik::test {
 namespace {

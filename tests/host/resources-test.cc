@@ -9,7 +9,6 @@ namespace morvik::test {
 namespace {
 
 using namespace std::string_literals;
-using testing::ElementsAre;
 
 class ResourcesTest : public FilesTest {};
 

@@ -10,10 +10,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::ElementsAreArray;
-using testing::EndsWith;
-
 // What the last exposed function has read.
 struct Read {
   std::string ascii;

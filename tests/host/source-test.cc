@@ -9,9 +9,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::KilledBySignal;
-
 class SourceTest : public ScriptTest {
  protected:
   SourceTest() { options.app_folder = files.root(); }

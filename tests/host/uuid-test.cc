@@ -1,9 +1,9 @@
 // Identifiers: their form, and that no two are the same.
 #include "host/uuid.h"
 
-#include <gmock/gmock.h>
-
 #include <set>
+
+#include "support/matchers.h"
 
 namespace morvik::test {
 namespace {

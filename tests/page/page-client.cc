@@ -2,7 +2,6 @@
 #include "page-client.h"
 
 #include <arpa/inet.h>
-#include <glib-unix.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -48,10 +47,9 @@ std::string requestHead(const std::string& line, std::uint16_t port, const std::
 }
 
 BareClient::BareClient(Loop& loop, std::uint16_t port)
-    : loop_(loop), fd_(connectTo(port)), source_(g_unix_fd_source_new(fd_, G_IO_IN)) {
-  g_source_set_callback(source_.get(), G_SOURCE_FUNC(onReadable), this, nullptr);
-  g_source_attach(source_.get(), loop.context());
-}
+    : loop_(loop),
+      fd_(connectTo(port)),
+      source_(devkit::whenReadable(fd_, [this] { return take(); })) {}
 
 BareClient::~BareClient() {
   stopReading();
@@ -74,16 +72,15 @@ std::string BareClient::waitForEnd() {
   return received_;
 }
 
-void BareClient::stopReading() { g_source_destroy(source_.get()); }
+void BareClient::stopReading() { source_.reset(); }
 
-gboolean BareClient::onReadable(int fd, GIOCondition /*condition*/, gpointer client) {
-  auto* self = static_cast<BareClient*>(client);
+bool BareClient::take() {
   std::array<char, 4096> bytes{};
-  const ssize_t count = recv(fd, bytes.data(), bytes.size(), 0);
-  self->ended_ = count <= 0;
-  if (self->ended_) return G_SOURCE_REMOVE;
-  self->received_.append(bytes.data(), static_cast<std::size_t>(count));
-  return G_SOURCE_CONTINUE;
+  const ssize_t count = recv(fd_, bytes.data(), bytes.size(), 0);
+  ended_ = count <= 0;
+  if (ended_) return false;
+  received_.append(bytes.data(), static_cast<std::size_t>(count));
+  return true;
 }
 
 DeafPage::DeafPage(Loop& loop, const std::string& address) : client_(loop, portOf(address)) {

@@ -10,6 +10,7 @@
 #include <nlohmann/json.hpp>
 
 #include "device/json.h"
+#include "device/when-readable.h"
 #include "devkit/loop.h"
 
 namespace morvik::test {
@@ -31,11 +32,11 @@ class BareClient {
   void stopReading();
 
  private:
-  static gboolean onReadable(int fd, GIOCondition condition, gpointer client);
+  bool take();
 
   Loop& loop_;
   int fd_;
-  devkit::GSourceOwned source_;
+  devkit::GSourceAttached source_;
   std::string received_;
   bool ended_ = false;
 };

@@ -1,5 +1,4 @@
 // The page of the real program, beside a device at work.
-#include <gmock/gmock.h>
 
 #include <fstream>
 
@@ -9,15 +8,13 @@
 #include "page-client.h"
 #include "support/browser/child.h"
 #include "support/browser/said.h"
+#include "support/matchers.h"
 #include "support/temporary-folder.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::HasSubstr;
-using ::testing::StartsWith;
 
 class DeviceWithPage : public ::testing::Test {
  protected:

@@ -1,19 +1,16 @@
 // What pages may ask for, and what they are told when it makes no sense.
 #include "page/page-requests.h"
 
-#include <gmock/gmock.h>
-
 #include <vector>
 
 #include <nlohmann/json.hpp>
+
+#include "support/matchers.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class KeptRequests : public PageRequestTaker {
  public:

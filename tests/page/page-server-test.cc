@@ -1,20 +1,14 @@
 // The page's server as a browser, another site and a stranger meet it.
 #include "page/page-server.h"
 
-#include <gmock/gmock.h>
-
 #include "page-client.h"
 #include "page/page-files.h"
+#include "support/matchers.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::EndsWith;
-using ::testing::HasSubstr;
-using ::testing::Not;
-using ::testing::StartsWith;
 
 class PageServerTest : public ::testing::Test {
  protected:
@@ -87,6 +81,14 @@ TEST_F(PageServerTest, tellsTheBrowserToKeepThePageToItself) {
     }
     EXPECT_THAT(answer, Not(HasSubstr("Access-Control-Allow")));
   }
+}
+
+TEST_F(PageServerTest, tellsOfAllModulesAtOnce) {
+  const std::string answer = answerTo("GET " + pathTo(""));
+  EXPECT_THAT(answer, HasSubstr("Link: <main.js>; rel=modulepreload\r\n"));
+  EXPECT_THAT(answer, HasSubstr("Link: <socket.js>; rel=modulepreload\r\n"));
+  EXPECT_THAT(answer, Not(HasSubstr("Link: <page.css>")));
+  EXPECT_THAT(answerTo("GET " + pathTo("main.js")), Not(HasSubstr("Link: ")));
 }
 
 TEST_F(PageServerTest, hasNothingButItsOwnFiles) {

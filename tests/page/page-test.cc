@@ -1,20 +1,18 @@
 // The page as those meet it who have it open.
 #include "page/page.h"
 
-#include <gmock/gmock.h>
 #include <malloc.h>
 
 #include <nlohmann/json.hpp>
 
 #include "page-client.h"
+#include "support/matchers.h"
 #include "support/temporary-folder.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::SizeIs;
 
 class FakeSource : public PageSource {
  public:

@@ -1,23 +1,19 @@
 // The drawer of saved tags.
 #include "page/tag-drawer.h"
 
-#include <gmock/gmock.h>
-
 #include <filesystem>
 #include <fstream>
 
 #include <nlohmann/json.hpp>
 
 #include "support/file-content.h"
+#include "support/matchers.h"
 #include "support/temporary-folder.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::HasSubstr;
-using ::testing::StartsWith;
 
 class TagDrawerTest : public ::testing::Test {
  protected:

@@ -1,18 +1,15 @@
 // One open page, and what it is owed.
 #include "page/visitor.h"
 
-#include <gmock/gmock.h>
-
 #include <string>
 #include <vector>
+
+#include "support/matchers.h"
 
 namespace morvik::test {
 
 using namespace devkit;
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class VisitorTest : public ::testing::Test {
  protected:

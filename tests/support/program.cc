@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <regex>
 #include <stdexcept>
 
 namespace morvik::test {
@@ -36,18 +35,6 @@ Program::~Program() {
   }
 }
 
-std::string Program::waitForPattern(const std::string& pattern) const {
-  const std::regex expression(pattern);
-  std::smatch match;
-  std::string said;
-  const bool found = output_->awaitThat([&](const std::string& soFar) {
-    said = soFar;
-    return std::regex_search(said, match, expression);
-  });
-  if (!found) throw std::runtime_error("never said: " + pattern);
-  return match.str();
-}
-
 std::string Program::waitForLine(std::size_t from) const {
   std::string line;
   const bool found = output_->awaitThat([&](const std::string& soFar) {
@@ -74,18 +61,11 @@ int Program::waitForEnd() {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-Outcome run(const std::vector<std::string>& command) {
+ProgramResult run(const std::vector<std::string>& command) {
   Program program(command);
   program.endInput();
   const int status = program.waitForEnd();
   return {status, program.output()};
-}
-
-VirtualDevice::VirtualDevice(const std::string& program)
-    : program_({program, "device", "--port=0", "--state=" + state_.path().string()}) {
-  const std::string beginning = "listening on ";
-  const std::string line = shows(beginning + ".*\n");
-  address_ = line.substr(beginning.size(), line.size() - beginning.size() - 1);
 }
 
 }  // namespace morvik::test

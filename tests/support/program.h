@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "support/process.h"
-#include "support/temporary-folder.h"
 #include "support/waiting.h"
 
 namespace morvik::test {
@@ -25,8 +24,6 @@ class Program {
 
   /// What it has said, once that holds the text; throws when it does not in time.
   std::string waitFor(const std::string& text) const { return output_->await(text); }
-  /// What has matched the regular expression in what it has said; throws when nothing does in time.
-  std::string waitForPattern(const std::string& pattern) const;
 
   /// The line that begins `from` bytes into what it has said, without its end; throws when none
   /// comes in time.
@@ -50,35 +47,12 @@ class Program {
   std::unique_ptr<Stream> output_;
 };
 
-struct Outcome {
+struct ProgramResult {
   int status;
   std::string output;
 };
 
 /// Runs a program to its end.
-Outcome run(const std::vector<std::string>& command);
-
-/// morvik-dev's virtual device, with a state of its own that nothing outlives.
-class VirtualDevice {
- public:
-  /// The path of morvik-dev.
-  explicit VirtualDevice(const std::string& program);
-
-  /// Where it listens, as host:port.
-  [[nodiscard]] const std::string& address() const { return address_; }
-
-  /// A line for its command input.
-  void happens(const std::string& stimulus) { program_.say(stimulus + '\n'); }
-
-  /// Waits until it has shown a line with this pattern in it. Gives what has matched.
-  std::string shows(const std::string& pattern) const { return program_.waitForPattern(pattern); }
-
-  [[nodiscard]] std::string transcript() const { return program_.output(); }
-
- private:
-  TemporaryFolder state_;
-  Program program_;
-  std::string address_;
-};
+ProgramResult run(const std::vector<std::string>& command);
 
 }  // namespace morvik::test

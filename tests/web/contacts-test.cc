@@ -4,8 +4,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-
 class ContactsTest : public FeatureTest {};
 
 TEST_F(ContactsTest, queriesAreAnsweredEachOnItsOwn) {

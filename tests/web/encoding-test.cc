@@ -2,8 +2,7 @@
 // Escaping.
 #include "web/encoding.h"
 
-#include <gmock/gmock.h>
-
+#include "support/matchers.h"
 #include "support/unit/captured-log.h"
 #include "support/unit/library-spy.h"
 #include "support/unit/log-texts.h"
@@ -11,7 +10,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
 using Lines = std::vector<std::string>;
 
 HttpBuffer bufferOf(const std::string& bytes) {

@@ -12,39 +12,44 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-
 class HttpBodyTest : public WebTest {
  protected:
   // The urlencoded body of an expression's value, or what it threw. `len` is kept aside.
   std::string simple(const std::string& params, const ExtraField* extra = nullptr) {
-    const v8::Context::Scope entered(context());
-    v8::TryCatch tryCatch(isolate());
-    const auto value = object(params);
-    log.clear();
-    const auto post = genCurlPostSimple(isolate(), value, extra);
-    if (!post)
-      return std::string("throws: ") + *v8::String::Utf8Value(isolate(), tryCatch.Exception());
+    const auto post = generated(genCurlPostSimple, params, extra);
+    if (!post) return thrown;
     len = post->len;
     return post->data;
   }
 
   // What generating the form wrote to the log, or what it threw.
   std::vector<std::string> formLines(const std::string& params, const ExtraField* extra = nullptr) {
-    const v8::Context::Scope entered(context());
-    v8::TryCatch tryCatch(isolate());
-    const auto value = object(params);
-    log.clear();
-    const auto form = genCurlPostForm(isolate(), value, extra);
-    if (!form)
-      return {std::string("throws: ") + *v8::String::Utf8Value(isolate(), tryCatch.Exception())};
+    const auto form = generated(genCurlPostForm, params, extra);
+    if (!form) return {thrown};
     empty = form->empty();
     return logLines();
   }
 
   std::int32_t len = 0;
   bool empty = false;
+
+ private:
+  // What a function makes of an expression's value. Where it makes nothing, `thrown` says why.
+  template <class Body>
+  std::optional<Body> generated(std::optional<Body> (*generate)(v8::Isolate*, v8::Local<v8::Object>,
+                                                                const ExtraField*),
+                                const std::string& params, const ExtraField* extra) {
+    const v8::Context::Scope entered(context());
+    v8::TryCatch tryCatch(isolate());
+    const auto value = object(params);
+    log.clear();
+    auto body = generate(isolate(), value, extra);
+    if (!body)
+      thrown = std::string("throws: ") + *v8::String::Utf8Value(isolate(), tryCatch.Exception());
+    return body;
+  }
+
+  std::string thrown;
 };
 
 TEST_F(HttpBodyTest, simpleBodies) {

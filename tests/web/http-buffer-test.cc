@@ -1,11 +1,10 @@
 // Receive buffers: growth, the NUL behind the bytes, and the end for lack of memory.
 #include "web/http-buffer.h"
 
-#include <gmock/gmock.h>
-
 #include <cstdint>
 #include <string>
 
+#include "support/matchers.h"
 #include "support/unit/log-texts.h"
 
 namespace morvik::test {

@@ -9,8 +9,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-
 class HttpCallTest : public WebTest {
  protected:
   // The result as JSON: an object's or a text.

@@ -11,9 +11,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::StartsWith;
 using Lines = std::vector<std::string>;
 
 class HttpClientTest : public WebTest {

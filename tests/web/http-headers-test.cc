@@ -1,13 +1,15 @@
 // Request headers: from objects and arrays to lines, in the order of the engine's enumeration.
 #include "web/http-headers.h"
 
+#include <csignal>
+
+#include "support/unit/library-spy.h"
 #include "support/unit/log-texts.h"
 #include "support/unit/script-test.h"
 
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
 using Lines = std::vector<std::string>;
 
 class HttpHeadersTest : public ScriptTest {
@@ -109,6 +111,16 @@ TEST_F(HttpHeadersTest, whatAGetterTakesAwayIsReadAsItIsThen) {
                       "  Object.defineProperty(a, 0, {get() { a.length = 1; return {A: 1}; }});"
                       "  return a; })()"),
               ElementsAre("A: 1"));
+}
+
+TEST_F(HttpHeadersTest, loseNoLineForWantOfMemory) {
+  const auto append = [this] {
+    LibrarySpy spy;
+    spy.curlListFails = true;
+    linesOf("{A: 1}");
+  };
+  EXPECT_EXIT(append(), testing::KilledBySignal(SIGTRAP),
+              "script engine out of memory: a header line does not fit");
 }
 
 }  // namespace

@@ -4,14 +4,11 @@
 #include <cstdio>
 
 #include "features/features.h"
+#include "support/text-message.h"
 #include "support/unit/feature-test.h"
-#include "support/unit/text-message.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 class MessageBoxTest : public FeatureTest {
  protected:

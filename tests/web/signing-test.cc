@@ -13,8 +13,6 @@
 namespace morvik::test {
 namespace {
 
-using testing::ElementsAre;
-
 // HMAC-SHA1 in base64, as GLib makes it.
 std::string reference(const std::string& text, const std::string& key) {
   const std::unique_ptr<GHmac, Release<g_hmac_unref>> hmac(

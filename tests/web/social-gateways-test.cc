@@ -5,21 +5,15 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "channel/frame.h"
 #include "channel/pump.h"
-#include "support/unit/text-message.h"
+#include "support/text-message.h"
+#include "support/unit/frames.h"
 #include "support/unit/web-test.h"
 #include "support/web/tls-proxy.h"
 #include "web/hidden-value.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
 
 // With characters that are escaped in a body and not in a URL.
 const std::string kToken = "SECRET+/=\xc3\xa9";
@@ -45,11 +39,8 @@ class SocialGatewaysTest : public WebTest {
 
   // Through the socket, as the application hears the server.
   void receive(const zeph::ZephMsg& message) {
-    const std::string body = message.SerializeAsString();
-    const auto header = frameHeader(static_cast<std::uint32_t>(body.size()));
-    std::string frame(header.begin(), header.end());
-    frame += body;
-    ASSERT_EQ(write(server, frame.data(), frame.size()), static_cast<ssize_t>(frame.size()));
+    const std::string bytes = frame(message.SerializeAsString());
+    ASSERT_EQ(write(server, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
     EXPECT_EQ(onSocketIdle(&instance), G_SOURCE_CONTINUE);
   }
 

@@ -2,16 +2,13 @@
 #include "web/social.h"
 
 #include "support/fresh-id.h"
+#include "support/text-message.h"
 #include "support/unit/feature-test.h"
 #include "support/unit/granted.h"
-#include "support/unit/text-message.h"
 #include "web/hidden-value.h"
 
 namespace morvik::test {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 const std::string kHeard = "DEBUG getSocialCallbackFunction";
 const std::string kTwitter =

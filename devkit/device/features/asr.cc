@@ -4,6 +4,7 @@
 #include "device/exchange.h"
 #include "device/features/features.h"
 #include "device/stimulation.h"
+#include "device/text.h"
 #include "device/view.h"
 
 namespace morvik::devkit {
@@ -56,6 +57,13 @@ void hearNoise(Stimulation& stimulation) {
   hear(stimulation, std::move(result));
 }
 
+std::string atAGlance(const DeviceView& view) {
+  const Underway* underway = underwayIn(view, Work::kAsr);
+  return underway == nullptr ? ""
+                             : "for " + timeLeftOf(view, *underway) + ":" +
+                                   quotedIfAny(view.state.listening.grammar);
+}
+
 void show(const DeviceView& view, JsonObject& whole) {
   const Listening& listening = view.state.listening;
   whole.object("listening").text("grammar", listening.grammar).text("lang", listening.lang);
@@ -78,9 +86,11 @@ constexpr Stimulus kStimuli[] = {
      "answer the application that listens with a result without a recognition",
      hearNoise},
 };
+constexpr Glance kGlances[] = {{"listening", atAGlance}};
 
 }  // namespace
 
-constinit const Feature kAsrFeature = {.commands = kCommands, .stimuli = kStimuli, .show = show};
+constinit const Feature kAsrFeature = {
+    .commands = kCommands, .stimuli = kStimuli, .glances = kGlances, .show = show};
 
 }  // namespace morvik::devkit

@@ -51,6 +51,8 @@ void keepContact(Stimulation& stimulation) {
 
 std::string query(const zeph::ZephMsg& /*message*/) { return "contacts?"; }
 
+std::string atAGlance(const DeviceView& view) { return std::to_string(view.contacts.size()); }
+
 void show(const DeviceView& view, JsonObject& whole) {
   whole.list("contacts");
   for (const zeph::Contact& contact : view.contacts) showContact(contact, whole.added("contacts"));
@@ -70,10 +72,11 @@ constexpr Stimulus kStimuli[] = {{"contact", Stimulus::Group::kUser, Stimulus::F
                                   kContact, "keep a contact, in place of the one with this UUID",
                                   keepContact}};
 constexpr Words kWords[] = {{zeph::ZephMsg::kGetcontactListFieldNumber, query}};
+constexpr Glance kGlances[] = {{"contacts", atAGlance}};
 
 }  // namespace
 
 constinit const Feature kContactsFeature = {
-    .commands = kCommands, .stimuli = kStimuli, .words = kWords, .show = show};
+    .commands = kCommands, .stimuli = kStimuli, .words = kWords, .glances = kGlances, .show = show};
 
 }  // namespace morvik::devkit

@@ -57,6 +57,18 @@ void tellState(Stimulation& stimulation) {
   stimulation.send(message);
 }
 
+std::string motionAtAGlance(const DeviceView& view) {
+  const Underway* underway = underwayIn(view, Work::kDockMove);
+  return underway == nullptr ? ""
+                             : "moves " + zeph::Dock::Type_Name(view.state.dock.moving) + " for " +
+                                   timeLeftOf(view, *underway);
+}
+
+std::string lightAtAGlance(const DeviceView& view) {
+  const Led& led = view.state.dock.led;
+  return led.color.empty() ? "" : ledAtAGlance(view, led, Work::kDockLed);
+}
+
 void show(const DeviceView& view, JsonObject& whole) {
   const Dock& dock = view.state.dock;
   JsonObject shown = whole.object("dock");
@@ -74,9 +86,11 @@ constexpr Argument kState[] = {
 constexpr Command kCommands[] = {{zeph::ZephMsg::kDockFieldNumber, Command::Needs::kGrant, answer}};
 constexpr Stimulus kStimuli[] = {{"dock", Stimulus::Group::kAround, Stimulus::For::kApplications,
                                   kState, "tell the state of the dock, in two numbers", tellState}};
+constexpr Glance kGlances[] = {{"dock", motionAtAGlance}, {"dock LED", lightAtAGlance}};
 
 }  // namespace
 
-constinit const Feature kDockFeature = {.commands = kCommands, .stimuli = kStimuli, .show = show};
+constinit const Feature kDockFeature = {
+    .commands = kCommands, .stimuli = kStimuli, .glances = kGlances, .show = show};
 
 }  // namespace morvik::devkit

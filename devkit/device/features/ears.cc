@@ -21,18 +21,32 @@ int withinReach(std::int64_t step) {
   return static_cast<int>(std::clamp<std::int64_t>(step, 0, kMostEarSteps));
 }
 
-Ears wantedBy(const zeph::Ears& command, const Ears& now) {
-  Ears wanted = now;
+// Where a command sends both, within reach or not.
+struct EarAims {
+  std::int64_t left;
+  std::int64_t right;
+};
+
+EarAims aimsOf(const zeph::Ears& command, const Ears& now) {
+  EarAims aims{now.left, now.right};
   if (command.reset()) {
-    if (command.has_left()) wanted.left = 0;
-    if (command.has_right()) wanted.right = 0;
-    return wanted;
+    if (command.has_left()) aims.left = 0;
+    if (command.has_right()) aims.right = 0;
+    return aims;
   }
-  const std::int64_t left = command.relative() ? now.left : 0;
-  const std::int64_t right = command.relative() ? now.right : 0;
-  if (command.has_left()) wanted.left = withinReach(left + command.left());
-  if (command.has_right()) wanted.right = withinReach(right + command.right());
-  return wanted;
+  const EarAims base = command.relative() ? aims : EarAims{0, 0};
+  if (command.has_left()) aims.left = base.left + command.left();
+  if (command.has_right()) aims.right = base.right + command.right();
+  return aims;
+}
+
+void doubtAim(const Exchange& exchange, const std::string& side, std::int64_t aim) {
+  if (aim == withinReach(aim)) return;
+  const std::string most = std::to_string(kMostEarSteps);
+  exchange.doubt(Doubt::About::kEar, side + ' ' + std::to_string(aim),
+                 "the " + side + " ear is sent to " + std::to_string(aim) +
+                     ", and a device may refuse what is not from 0 to " + most +
+                     ": stay within that");
 }
 
 void turnTowards(Device& device, const Ears& to) {
@@ -94,7 +108,10 @@ void answer(const Exchange& exchange) {
   const zeph::Ears& command = exchange.request().ears();
   const bool reset = command.reset();
   const Ears from = device.state().ears;
-  const Ears to = wantedBy(command, from);
+  const EarAims aims = aimsOf(command, from);
+  doubtAim(exchange, "left", aims.left);
+  doubtAim(exchange, "right", aims.right);
+  const Ears to{withinReach(aims.left), withinReach(aims.right)};
   zeph::ZephMsg answer;
   answer.mutable_response()->set_code(zeph::OK);
   if (reset) addPositions(answer, to);
@@ -138,6 +155,15 @@ void tellOfEars(Stimulation& stimulation) {
   }
 }
 
+std::string atAGlance(const DeviceView& view) {
+  const auto& [left, right] = view.state.ears;
+  std::string stand = "left " + std::to_string(left) + ", right " + std::to_string(right);
+  if (underwayIn(view, Work::kEars) == nullptr) return stand;
+  const Ears& towards = view.state.earsTowards;
+  return stand + ", turn to " + std::to_string(towards.left) + " and " +
+         std::to_string(towards.right);
+}
+
 void show(const DeviceView& view, JsonObject& whole) {
   const auto& [left, right] = view.state.ears;
   JsonObject shown = whole.object("ears");
@@ -178,9 +204,11 @@ constexpr Stimulus kStimuli[] = {
     {"ears", Stimulus::Group::kBody, Stimulus::For::kApplications, kTell,
      "tell one thing of an ear; a blocked ear stops what the ears are doing", tellOfEars},
 };
+constexpr Glance kGlances[] = {{"ears", atAGlance}};
 
 }  // namespace
 
-constinit const Feature kEarsFeature = {.commands = kCommands, .stimuli = kStimuli, .show = show};
+constinit const Feature kEarsFeature = {
+    .commands = kCommands, .stimuli = kStimuli, .glances = kGlances, .show = show};
 
 }  // namespace morvik::devkit

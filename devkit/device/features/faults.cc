@@ -136,6 +136,26 @@ void showDelay(int field, milliseconds length, JsonObject shown) {
   shown.number("length", length.count());
 }
 
+std::string inWords(int field, milliseconds delay) {
+  return "answers " + commandName(field) + " after " +
+         inMilliseconds(static_cast<int>(delay.count()));
+}
+
+std::string atAGlance(const DeviceView& view) {
+  std::vector<std::string> faults;
+  for (const Refusal& refusal : view.faults.refusals()) faults.push_back(inWords(refusal));
+  for (const auto& [field, delay] : view.faults.delays()) {
+    if (delay > milliseconds(0)) faults.push_back(inWords(field, delay));
+  }
+  for (const auto& [application, delivery] : view.faults.deliveries()) {
+    faults.push_back("sends " + appName(application) + " the next message in pieces of " +
+                     std::to_string(delivery.pieceSize) + " bytes");
+  }
+  std::string all;
+  for (const std::string& fault : faults) all += (all.empty() ? "" : "; ") + fault;
+  return all;
+}
+
 void show(const DeviceView& view, JsonObject& whole) {
   JsonObject shown = whole.object("faults");
   shown.list("refusals").list("delays").list("deliveries");
@@ -227,9 +247,10 @@ constexpr Stimulus kStimuli[] = {
      sendInPieces},
     {"drop", kFault, kForApplications, {}, "end the connection", dropConnection},
 };
+constexpr Glance kGlances[] = {{"faults", atAGlance}};
 
 }  // namespace
 
-constinit const Feature kFaultsFeature = {.stimuli = kStimuli, .show = show};
+constinit const Feature kFaultsFeature = {.stimuli = kStimuli, .glances = kGlances, .show = show};
 
 }  // namespace morvik::devkit

@@ -14,11 +14,11 @@ void grant(Device& device, AppNumber application, const std::string& id) {
 }
 
 // The stop notice is no reply: a device may send it at any time, without being asked.
-void takeBack(Device& device, AppNumber application) {
-  grant(device, application, "");
+void takeBack(Device& device, const std::vector<AppNumber>& applications) {
+  for (const AppNumber number : applications) grant(device, number, "");
   zeph::ZephMsg notice;
   notice.mutable_interactivemode()->set_action(zeph::InteractiveMode::STOP);
-  device.send(application, notice);
+  device.sendTo(applications, notice);
 }
 
 void start(const Exchange& exchange) {
@@ -36,7 +36,7 @@ void stop(const Exchange& exchange) {
     exchange.respond(zeph::BAD_INTERACTIVEID, "not the interactive id that was granted");
     return;
   }
-  takeBack(exchange.device(), exchange.application().number);
+  takeBack(exchange.device(), {exchange.application().number});
 }
 
 void answer(const Exchange& exchange) {
@@ -53,7 +53,7 @@ void answer(const Exchange& exchange) {
 void stopFromOutside(Stimulation& stimulation) {
   if (!stimulation.understood()) return;
   const std::vector<AppNumber> targets = stimulation.targets();
-  for (const AppNumber number : targets) takeBack(stimulation.device(), number);
+  takeBack(stimulation.device(), targets);
   if (targets.empty()) stimulation.tellNobodyHears();
 }
 

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "device/colors.h"
 #include "device/features/features.h"
 #include "device/text.h"
 #include "device/view.h"
@@ -35,6 +36,28 @@ std::optional<Led> wantedBy(const zeph::Led& command) {
   return std::nullopt;
 }
 
+std::string changeInWords(const Led& led) {
+  const std::string period = inMilliseconds(static_cast<int>(led.period.count()));
+  return led.effect == "fade" ? "a fade of " + period
+                              : std::to_string(led.count) + " pulses of " + period;
+}
+
+// In the place of a change that takes no time stands a light.
+void doubtLed(const Exchange& exchange, const Led& wanted) {
+  if (!isKnownColor(wanted.color)) {
+    exchange.doubt(Doubt::About::kColor, wanted.color,
+                   "the LED may not know the colour " + cited(wanted.color) +
+                       ": write a name such as red, or #rrggbb");
+  }
+  if (wanted.effect == "light" || wanted.period * std::int64_t{wanted.count} > milliseconds(0)) {
+    return;
+  }
+  const std::string change = changeInWords(wanted);
+  exchange.doubt(Doubt::About::kFade, change,
+                 "nothing is to be seen of " + change +
+                     ", and a device may refuse it: give it some time, or use light");
+}
+
 }  // namespace
 
 // A light is done at once; everything else takes its periods.
@@ -45,6 +68,7 @@ void answerLedCommand(const Exchange& exchange, const zeph::Led& command, Work w
     exchange.respond(zeph::ERROR, "the LED needs a colour to light, fade or pulse");
     return;
   }
+  doubtLed(exchange, *wanted);
   exchange.device().change(part, [&](DeviceState& state) {
     wanted->from = place(state).color;
     place(state) = *wanted;
@@ -70,6 +94,14 @@ std::string ledInWords(const zeph::Led& command) {
   return "led light " + printable(command.light().color());
 }
 
+std::string ledAtAGlance(const DeviceView& view, const Led& led, Work work) {
+  if (led.color.empty()) return "not lit yet";
+  const Underway* underway = underwayIn(view, work);
+  if (underway == nullptr) return led.color;
+  return led.color + (led.effect == "fade" ? ", fades for " : ", pulses for ") +
+         timeLeftOf(view, *underway);
+}
+
 void showLed(const Led& led, JsonObject shown) {
   shown.text("color", led.color).text("effect", led.effect);
   if (led.effect == "light") return;
@@ -85,15 +117,21 @@ void answer(const Exchange& exchange) {
 
 std::string inWords(const zeph::ZephMsg& message) { return ledInWords(message.led()); }
 
+std::string atAGlance(const DeviceView& view) {
+  return ledAtAGlance(view, view.state.led, Work::kLed);
+}
+
 void show(const DeviceView& view, JsonObject& whole) {
   showLed(view.state.led, whole.object("led"));
 }
 
 constexpr Command kCommands[] = {{zeph::ZephMsg::kLedFieldNumber, Command::Needs::kGrant, answer}};
 constexpr Words kWords[] = {{zeph::ZephMsg::kLedFieldNumber, inWords}};
+constexpr Glance kGlances[] = {{"LED", atAGlance}};
 
 }  // namespace
 
-constinit const Feature kLedFeature = {.commands = kCommands, .words = kWords, .show = show};
+constinit const Feature kLedFeature = {
+    .commands = kCommands, .words = kWords, .glances = kGlances, .show = show};
 
 }  // namespace morvik::devkit

@@ -3,6 +3,7 @@
 
 #include "device/exchange.h"
 #include "device/json.h"
+#include "device/view.h"
 
 namespace morvik::devkit {
 
@@ -12,6 +13,9 @@ void answerLedCommand(const Exchange& exchange, const zeph::Led& command, Work w
 
 /// The command in words, such as "led fade blue 500 ms".
 std::string ledInWords(const zeph::Led& command);
+
+/// How it stands, such as "blue, fades for 300 ms more".
+std::string ledAtAGlance(const DeviceView& view, const Led& led, Work work);
 
 void showLed(const Led& led, JsonObject shown);
 

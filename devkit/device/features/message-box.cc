@@ -151,6 +151,13 @@ void showMessage(const zeph::MorvikMessage& message, JsonObject shown) {
   shown.text("content", content.content());
 }
 
+std::string atAGlance(const DeviceView& view) {
+  const auto unread = std::ranges::count_if(view.messages, [](const zeph::MorvikMessage& message) {
+    return message.header().status() == zeph::MorvikMessageHeader::UNREAD;
+  });
+  return std::to_string(view.messages.size()) + ", " + std::to_string(unread) + " unread";
+}
+
 void show(const DeviceView& view, JsonObject& whole) {
   whole.list("messages");
   for (const zeph::MorvikMessage& message : view.messages) {
@@ -180,10 +187,11 @@ constexpr Words kWords[] = {
     {zeph::ZephMsg::kMorvikMessageQueryFieldNumber, query},
     {zeph::ZephMsg::kMorvikMessageResponseFieldNumber, response},
 };
+constexpr Glance kGlances[] = {{"messages", atAGlance}};
 
 }  // namespace
 
 constinit const Feature kMessageBoxFeature = {
-    .commands = kCommands, .stimuli = kStimuli, .words = kWords, .show = show};
+    .commands = kCommands, .stimuli = kStimuli, .words = kWords, .glances = kGlances, .show = show};
 
 }  // namespace morvik::devkit

@@ -6,7 +6,6 @@
 #include "device/exchange.h"
 #include "device/features/features.h"
 #include "device/features/left-file.h"
-#include "device/media-files.h"
 #include "device/stimulation.h"
 #include "device/text.h"
 #include "device/view.h"
@@ -68,6 +67,9 @@ zeph::ZephMsg playerMessage(zeph::MultimediaCallback::TypeAction action) {
 
 void play(const Exchange& exchange, const std::string& url) {
   Device& device = exchange.device();
+  if (const auto doubt = doubtOfSound(url, device.state().library, device.appFolders())) {
+    device.doubt(exchange.application().number, *doubt);
+  }
   device.end(Work::kSound, zeph::CANCELLED);
   device.change("player", [&](DeviceState& state) { state.player = {Mode::kPlaying, url}; });
   exchange.respond(zeph::OK);
@@ -120,7 +122,7 @@ void record(const Exchange& exchange) {
     state.recording = exchange.request().multimedia().record().url();
   });
   exchange.undertake(Work::kRecord, kLengthOfARecording, [&device](zeph::ZephMsg& event) {
-    leaveFile(device, event, kRecordingPath, writeRecording);
+    leaveFile(device, event, kRecording, device.state().recordingFile);
   });
   exchange.respond(zeph::OK);
 }
@@ -172,6 +174,14 @@ void tellOfPlayer(Stimulation& stimulation) {
   if (stimulation.understood()) stimulation.send(playerMessage(action));
 }
 
+void chooseRecording(Stimulation& stimulation) {
+  const auto chosen = chosenBy(stimulation, kRecording);
+  if (!chosen) return;
+  Device& device = stimulation.device();
+  device.change("recorder", [&](DeviceState& state) { state.recordingFile = *chosen; });
+  device.note("what the microphone records: " + inWords(*chosen));
+}
+
 std::vector<std::string> listNames() {
   std::vector<std::string> names;
   for (const List& list : kLists) names.emplace_back(list.stimulus);
@@ -190,13 +200,31 @@ void changeLibrary(Stimulation& stimulation) {
   device.sendToAll(playerMessage(Action::MUSIC_UPDATE));
 }
 
+std::string playerAtAGlance(const DeviceView& view) {
+  constexpr const char* kModes[] = {"stopped", "plays ", "pauses "};
+  const Player& player = view.state.player;
+  const std::string mode = kModes[static_cast<std::size_t>(player.mode)];
+  return player.mode == Mode::kStopped ? mode : mode + player.url;
+}
+
+std::string recorderAtAGlance(const DeviceView& view) {
+  const Underway* underway = underwayIn(view, Work::kRecord);
+  const ChosenFile& chosen = view.state.recordingFile;
+  std::string hears = chosen.bytes ? "recordings hold " + chosen.path : "";
+  if (underway == nullptr) return hears;
+  return "records for " + timeLeftOf(view, *underway) + (hears.empty() ? "" : ", " + hears);
+}
+
 void show(const DeviceView& view, JsonObject& whole) {
   constexpr const char* kModes[] = {"stopped", "playing", "paused"};
   const Player& player = view.state.player;
   whole.object("player")
       .text("mode", kModes[static_cast<std::size_t>(player.mode)])
       .text("url", player.url);
-  whole.object("recorder").text("url", view.state.recording);
+  JsonObject recorder = whole.object("recorder");
+  recorder.text("url", view.state.recording);
+  const ChosenFile& chosen = view.state.recordingFile;
+  if (chosen.bytes) recorder.text("file", chosen.path);
   JsonObject library = whole.object("library");
   for (const List& list : kLists) library.texts(list.view, view.state.library.*list.names);
 }
@@ -206,6 +234,7 @@ constexpr Argument kTell[] = {
      .what = "what happened",
      .kind = Argument::Kind::kChoice,
      .choices = namesOf<zeph::MultimediaCallback::TypeAction_descriptor>}};
+constexpr Argument kFile[] = {kMediaFile};
 constexpr Argument kNames[] = {
     {.name = "list", .kind = Argument::Kind::kChoice, .choices = listNames},
     {.name = "names", .usage = "NAME", .needed = false, .many = true},
@@ -218,11 +247,14 @@ constexpr Stimulus kStimuli[] = {
      "tell one thing of the player; what plays goes on", tellOfPlayer},
     {"library", Stimulus::Group::kAround, Stimulus::For::kDevice, kNames,
      "put other names into a list of the music library", changeLibrary},
+    {"recording", Stimulus::Group::kAround, Stimulus::For::kDevice, kFile,
+     "choose the FLAC file that recordings hold; alone, the device's own again", chooseRecording},
 };
+constexpr Glance kGlances[] = {{"player", playerAtAGlance}, {"recorder", recorderAtAGlance}};
 
 }  // namespace
 
 constinit const Feature kMultimediaFeature = {
-    .commands = kCommands, .stimuli = kStimuli, .show = show};
+    .commands = kCommands, .stimuli = kStimuli, .glances = kGlances, .show = show};
 
 }  // namespace morvik::devkit

@@ -1,7 +1,9 @@
 // The serial ports: any name is a port. What comes in on one is told by the world.
 #include "device/exchange.h"
 #include "device/features/features.h"
+#include "device/owned.h"
 #include "device/stimulation.h"
+#include "device/text.h"
 #include "device/view.h"
 
 namespace morvik::devkit {
@@ -33,7 +35,23 @@ std::string baseOf(const DeviceState& state, const std::string& name) {
 
 // What applications ask of them.
 
+// Numbers above 31 are possible and nowhere to be found.
+bool isDeviceFile(const std::string& name) {
+  constexpr char kPattern[] = "^/dev/(tty[A-Za-z]+([12]?[0-9]|3[01])|serial/.+)$";
+  return g_regex_match_simple(kPattern, name.c_str(),
+                              static_cast<GRegexCompileFlags>(G_REGEX_RAW | G_REGEX_DOLLAR_ENDONLY),
+                              G_REGEX_MATCH_DEFAULT) != FALSE;
+}
+
+void doubtPort(const Exchange& exchange, const std::string& name) {
+  if (isDeviceFile(name)) return;
+  exchange.doubt(Doubt::About::kPort, name,
+                 "no device has a serial port " + cited(name) +
+                     ": write the whole path of one, such as /dev/ttyS1");
+}
+
 void openPort(const Exchange& exchange, const zeph::Serial::Open& open) {
+  doubtPort(exchange, open.port());
   changePort(exchange.device(), open.port(), [&](SerialPort& port) {
     port.open = true;
     port.baud = open.baud();
@@ -80,6 +98,7 @@ void answerListener(const Exchange& exchange) {
     exchange.respond(zeph::ERROR, "there is no port to listen on");
     return;
   }
+  doubtPort(exchange, asked.readline().port());
   changePort(exchange.device(), asked.readline().port(),
              [&](SerialPort& port) { port.base = asked.readline().base(); });
   exchange.respond(zeph::OK);
@@ -103,6 +122,15 @@ void letLineIn(Stimulation& stimulation) {
 
 void showLine(const SerialPort::Line& line, JsonObject shown) {
   shown.text("direction", line.written ? "written" : "read").text("text", line.text);
+}
+
+std::string atAGlance(const DeviceView& view) {
+  std::string open;
+  for (const auto& [name, port] : view.state.ports) {
+    if (!port.open) continue;
+    open += (open.empty() ? "" : ", ") + cited(name) + " at " + std::to_string(port.baud) + " baud";
+  }
+  return open;
 }
 
 void show(const DeviceView& view, JsonObject& whole) {
@@ -130,9 +158,11 @@ constexpr Command kCommands[] = {
 };
 constexpr Stimulus kStimuli[] = {{"serial", Stimulus::Group::kAround, Stimulus::For::kApplications,
                                   kLine, "let a line come in on a serial port", letLineIn}};
+constexpr Glance kGlances[] = {{"serial", atAGlance}};
 
 }  // namespace
 
-constinit const Feature kSerialFeature = {.commands = kCommands, .stimuli = kStimuli, .show = show};
+constinit const Feature kSerialFeature = {
+    .commands = kCommands, .stimuli = kStimuli, .glances = kGlances, .show = show};
 
 }  // namespace morvik::devkit

@@ -90,6 +90,10 @@ std::string inWords(const zeph::ZephMsg& message) {
   return "credentials " + namesIn(message.social());
 }
 
+std::string atAGlance(const DeviceView& view) {
+  return listed(view.credentials) + (view.state.credentialsWithheld ? ", withheld" : "");
+}
+
 void show(const DeviceView& view, JsonObject& whole) {
   whole.object("credentials")
       .texts("kept", view.credentials)
@@ -131,10 +135,11 @@ constexpr Words kWords[] = {
     {zeph::ZephMsg::kSocialQueryFieldNumber, query},
     {zeph::ZephMsg::kSocialFieldNumber, inWords},
 };
+constexpr Glance kGlances[] = {{"credentials", atAGlance}};
 
 }  // namespace
 
 constinit const Feature kSocialFeature = {
-    .commands = kCommands, .stimuli = kStimuli, .words = kWords, .show = show};
+    .commands = kCommands, .stimuli = kStimuli, .words = kWords, .glances = kGlances, .show = show};
 
 }  // namespace morvik::devkit

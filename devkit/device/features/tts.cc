@@ -5,6 +5,7 @@
 #include "device/exchange.h"
 #include "device/features/features.h"
 #include "device/owned.h"
+#include "device/text.h"
 #include "device/view.h"
 
 namespace morvik::devkit {
@@ -38,15 +39,21 @@ void answer(const Exchange& exchange) {
   }
 }
 
+std::string atAGlance(const DeviceView& view) {
+  return underwayIn(view, Work::kTts) != nullptr ? "says" + quotedIfAny(view.state.speech.text)
+                                                 : "";
+}
+
 void show(const DeviceView& view, JsonObject& whole) {
   const Speech& speech = view.state.speech;
   whole.object("speech").text("text", speech.text).text("lang", speech.lang);
 }
 
 constexpr Command kCommands[] = {{zeph::ZephMsg::kTtsFieldNumber, Command::Needs::kGrant, answer}};
+constexpr Glance kGlances[] = {{"speech", atAGlance}};
 
 }  // namespace
 
-constinit const Feature kTtsFeature = {.commands = kCommands, .show = show};
+constinit const Feature kTtsFeature = {.commands = kCommands, .glances = kGlances, .show = show};
 
 }  // namespace morvik::devkit

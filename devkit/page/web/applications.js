@@ -2,8 +2,8 @@
 
 import { announce } from './announce.js';
 import { deviceNow, lengthOf } from './clock.js';
-import { button, byId, el, replaceWhenNew, setFlag, setText } from './dom.js';
-import { hueOf } from './names.js';
+import { button, byId, el, marked, replaceWhenNew, setFlag, setText } from './dom.js';
+import { hueOf, rememberNames } from './names.js';
 import { act } from './perform.js';
 import { state, watch } from './store.js';
 
@@ -17,7 +17,8 @@ const kWords = {
   stopping: 'stops',
   ended: 'ended',
 };
-const kCalm = new Set(['exit', 'left', 'restart', 'quit', 'author']); // ends that somebody wanted
+// Ends that somebody wanted.
+const kCalm = new Set(['left', 'script-exit', 'restarted', 'quit', 'told-to-end']);
 const ended = new Map(); // what was announced, by name
 
 const nameOf = (app) => app.name ?? `app ${app.number}`;
@@ -32,13 +33,21 @@ function lastLines(lines) {
 
 function endOf(end) {
   return [
-    el('p', { class: 'why' }, el('strong', {}, end.sentence ?? end.kind)),
-    end.cure ? el('p', { class: 'cure' }, end.cure) : null,
+    el('p', { class: 'why' }, el('strong', {}, marked(end.sentence ?? end.kind))),
+    end.cure ? el('p', { class: 'cure' }, marked(end.cure)) : null,
     lastLines(end.lines),
   ];
 }
 
-const hint = (thing) => el('p', { class: 'hint' }, `⚠ ${textOf(thing)}${cureOf(thing)}`);
+// What a real device may not do for it; the device tells that by number.
+const doubtsOf = ({ number }) =>
+  (number === null ? [] : (state.view?.applications ?? []))
+    .filter((app) => app.number === number)
+    .flatMap((app) => app.doubts ?? []);
+
+const doubt = ({ about, text }) => el('p', { class: 'hint', 'data-doubt': about }, `? ${text}`);
+
+const hint = (thing) => el('p', { class: 'hint' }, '⚠ ', marked(textOf(thing) + cureOf(thing)));
 
 function launchWith(app) {
   const how = el('input', {
@@ -80,6 +89,7 @@ function about(app) {
     ...(app.end ? endOf(app.end) : []),
     ...(app.findings ?? []).map(hint),
     ...(app.hints ?? []).map(hint),
+    ...app.doubts.map(doubt),
   ];
 }
 
@@ -146,6 +156,7 @@ function drawChoice() {
 
 const kNobody = () => el('li', { class: 'empty' }, 'No application is connected.');
 const cards = new Map(); // by name and number
+let drawnDoubts = '[]';
 
 // A name may come more than once.
 function keyFor(app) {
@@ -160,13 +171,19 @@ function cardsNow() {
   for (const app of state.applications) {
     const key = keyFor(app);
     const card = old.get(key) ?? cardFor(app);
-    card.show(app);
+    card.show({ ...app, doubts: doubtsOf(app) });
     cards.set(key, card);
   }
   return cards.size > 0 ? [...cards.values()] : [kNobody()];
 }
 
+function drawDoubts() {
+  const now = JSON.stringify(state.applications.map(doubtsOf));
+  if (now !== drawnDoubts) draw();
+}
+
 function draw() {
+  drawnDoubts = JSON.stringify(state.applications.map(doubtsOf));
   const list = byId('applications');
   const now = cardsNow();
   if (now.length !== list.children.length || now.some((card, i) => card !== list.children[i])) {
@@ -184,6 +201,8 @@ function untilOf(autokill, now, before) {
 
 /** The server tells seconds that are left; kept as a time, for they pass. */
 export function takeApplications(applications, now = deviceNow()) {
+  rememberNames(applications ?? []);
+  for (const app of applications ?? []) hueOf(nameOf(app)); // in this order, on every page
   const before = new Map(state.applications.map((app) => [nameOf(app), app.until]));
   state.applications = (applications ?? []).map(({ autokill, ...app }) =>
     Number.isFinite(autokill) ? { ...app, until: untilOf(autokill, now, before.get(nameOf(app))) } : app,
@@ -192,6 +211,7 @@ export function takeApplications(applications, now = deviceNow()) {
 
 export function startApplications() {
   watch(['applications', 'hello'], draw);
+  watch(['view'], drawDoubts);
   watch(['view', 'applications'], drawChoice);
   setInterval(tick, kTick);
 }

@@ -2,7 +2,7 @@
 
 import { announce } from './announce.js';
 import { callActions } from './calls.js';
-import { button, byId, el, replaceWhenNew, setFlag, setText } from './dom.js';
+import { button, byId, el, replaceWhenNew, setFlag, setLongText, setText } from './dom.js';
 import { choicesOf } from './grammar.js';
 import { perform } from './perform.js';
 import { sayPhrase } from './voice.js';
@@ -23,7 +23,7 @@ function showSpeech(speech) {
   setFlag(bubble, 'class', `bubble speech${speech.active ? '' : ' past'}`);
   setText(byId('speech-what'), speech.active ? 'Says' : 'Said last');
   setText(byId('speech-lang'), speech.lang);
-  setText(byId('speech-text'), speech.text);
+  setLongText(byId('speech-text'), speech.text);
   if (speech.active && announced !== speech.begin) announce(`The device says: ${speech.text}`);
   announced = speech.active ? speech.begin : null;
 }
@@ -41,7 +41,7 @@ let heard = null;
 function showListening(listening) {
   byId('listening').hidden = !listening.active;
   setText(byId('listening-lang'), listening.lang);
-  setText(byId('listening-text'), listening.grammar);
+  setLongText(byId('listening-text'), listening.grammar);
   const phrases = choicesOf(listening.grammar);
   replaceWhenNew(byId('listening-choices'), [listening.active, listening.app, phrases], () =>
     listening.active ? choiceButtons(phrases, listening.app) : [],
@@ -59,7 +59,7 @@ function callBubble(call) {
     el('span', { class: 'call-sign', 'aria-hidden': 'true' }, '☎'),
     el('span', {}, el('b', {}, call.who || 'somebody'), ` ${kCallWords[call.state] ?? call.state}`),
     el('span', { class: 'chip' }, call.name),
-    ...callActions(call),
+    el('span', { class: 'row' }, callActions(call)),
   );
 }
 

@@ -16,11 +16,13 @@ function apply(element, attributes) {
   }
 }
 
+const present = (children) => children.filter((child) => child !== null && child !== undefined);
+
 /** An element with attributes, listeners (`onclick: function`) and children: elements, or texts. */
 export function el(name, attributes = {}, ...children) {
   const element = document.createElement(name);
   apply(element, attributes);
-  element.append(...children.flat().filter((child) => child !== null && child !== undefined));
+  element.append(...present(children.flat()));
   return element;
 }
 
@@ -30,6 +32,10 @@ export function drawn(name, attributes = {}) {
   apply(element, attributes);
   return element;
 }
+
+/** A text in whose `words` are code. */
+export const marked = (text) =>
+  text.split(/`([^`]+)`/).map((part, i) => (i % 2 === 1 ? el('code', {}, part) : part));
 
 export const button = (text, onclick, attributes = {}) =>
   el('button', { type: 'button', onclick, ...attributes }, text);
@@ -50,6 +56,17 @@ export function setFlag(element, name, value) {
   }
 }
 
+const measured = new ResizeObserver((places) => {
+  for (const { target } of places)
+    setFlag(target, 'tabindex', target.scrollHeight > target.clientHeight + 1 ? 0 : null);
+});
+
+/** Writes a text that may be longer than its place, which then can be scrolled with the keyboard. */
+export function setLongText(element, text, place = element) {
+  setText(element, text);
+  measured.observe(place); // measures once more, without a layout in between
+}
+
 // Whoever was at a button that is made anew stays there, or else stays near.
 function comeBack(element, text) {
   const same = [...element.querySelectorAll('button')].find((one) => one.textContent === text);
@@ -63,7 +80,7 @@ export function replaceWhenNew(element, key, make) {
   element.shownKey = text;
   const focused = document.activeElement;
   const within = focused !== element && element.contains(focused);
-  element.replaceChildren(...make());
+  element.replaceChildren(...present(make()));
   if (within) comeBack(element, focused.textContent);
 }
 

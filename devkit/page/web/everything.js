@@ -5,6 +5,9 @@ import { formOf, panelOf } from './forms.js';
 import { stimulusNamed } from './perform.js';
 import { state } from './store.js';
 
+// A usage has long words that are broken between their choices.
+const breakable = (usage) => usage.split(/(?<=\|)/).flatMap((part) => [part, el('wbr')]);
+
 export function everythingPanel() {
   const all = state.stimuli.filter((stimulus) => stimulus.name !== 'help');
   const chosen = choice(
@@ -17,7 +20,7 @@ export function everythingPanel() {
     if (!stimulus) return;
     place.replaceChildren(
       el('p', {}, stimulus.help),
-      el('code', {}, `${stimulus.name} ${stimulus.usage ?? ''}`),
+      el('code', {}, breakable(`${stimulus.name} ${stimulus.usage ?? ''}`)),
       formOf(stimulus.name, `Do it: ${stimulus.name}`),
       stimulus.for === 'device' ? el('p', { class: 'hint' }, 'This is for the device as a whole.') : '',
     );

@@ -2,10 +2,11 @@
 // and kept as a file, and it says what it leaves out.
 
 import { button, byId, el, setText } from './dom.js';
-import { redraw } from './frame.js';
+import { animate, redraw } from './frame.js';
 
 const kMostDrawn = 1000; // rows; the others are kept, and found by a search
 const kNearTheEnd = 24; // pixels from the bottom that still count as being there
+const kSettling = 4; // frames until rows that came into sight have their height
 const kShare = 4; // a list that took a while to draw waits this many times as long
 
 function save(name, text) {
@@ -28,6 +29,7 @@ export class List {
   #frozen = 0; // the last serial when it was paused
   #rest = 0; // when it may be drawn again
   #later = 0;
+  #settling = 0;
 
   constructor(options) {
     this.#options = options;
@@ -120,9 +122,21 @@ export class List {
     for (const row of this.#newRows()) fragment.append(this.#options.make(row));
     box.append(fragment);
     for (let over = box.childElementCount - kMostDrawn; over > 0; over -= 1) box.firstElementChild.remove();
-    if (atEnd) box.scrollTop = box.scrollHeight;
+    if (atEnd) this.#goToEnd();
     this.#tellLeftOut();
   }
+
+  // A row has its height only once it is in sight, so the end moves on for a few frames.
+  #goToEnd() {
+    this.#settling = kSettling;
+    animate(this.#settle);
+  }
+
+  #settle = () => {
+    this.rows.scrollTop = this.rows.scrollHeight;
+    this.#settling -= 1;
+    return this.#settling > 0;
+  };
 
   #tellLeftOut() {
     const { kept } = this.#options;

@@ -5,6 +5,7 @@ import { byId, setText } from './dom.js';
 import { hearEvent } from './events.js';
 import { addLines, clearLog, forgetLines, logTab, missLines } from './log.js';
 import { clearMessages, forgetMessages, messagesTab, missMessages } from './messages.js';
+import { forgetNames } from './names.js';
 import { addNote, clearNotes, notesTab } from './notes.js';
 import { startScene } from './scene.js';
 import { startSocket } from './socket.js';
@@ -46,6 +47,7 @@ function hello(frame) {
     stimuli: stimuliOf(frame),
     tags: frame.tags ?? [],
   });
+  forgetNames();
   takeApplications(frame.applications, frame.now);
   setText(byId('title'), title);
   document.title = title;

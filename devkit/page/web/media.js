@@ -35,6 +35,10 @@ function status(work, words) {
   return line;
 }
 
+// Which file of the user's they give.
+const chosen = (verb, part, usual) =>
+  status('', (active, view) => `${verb} ${view[part]?.file ?? `the device's own ${usual}`}.`);
+
 function library() {
   const list = el('dl', { class: 'kept', tabindex: 0, 'aria-label': 'Music library' });
   watch(['view'], () => {
@@ -69,12 +73,22 @@ function camera() {
     if (!photo?.name) return 'No photo was asked for yet.';
     return active ? `Takes the photo "${photo.name}".` : `The last photo was "${photo.name}".`;
   };
-  return card('Camera', status('photo', words), ending('photo', 'End the photo'));
+  return card(
+    'Camera',
+    status('photo', words),
+    chosen('Photos show', 'photo', 'picture'),
+    ending('photo', 'End the photo'),
+  );
 }
 
 function recorder() {
   const words = (active, view) => (active ? `Records "${view.recorder?.url ?? ''}".` : 'Does not record.');
-  return card('Recorder', status('record', words), ending('record', 'End the recording'));
+  return card(
+    'Recorder',
+    status('record', words),
+    chosen('Recordings hold', 'recorder', 'silence'),
+    ending('record', 'End the recording'),
+  );
 }
 
 function speech() {
@@ -86,9 +100,9 @@ export const mediaPanel = () =>
   panelOf(
     player(),
     camera(),
-    cardOf('picture', 'Which picture it takes'),
+    cardOf('picture', 'Which picture it takes', 'Choose it'),
     recorder(),
-    cardOf('recording', 'What it records'),
+    cardOf('recording', 'What it records', 'Choose it'),
     speech(),
     card('Music library', library()),
     cardOf('library', 'Put other names into the library'),

@@ -1,18 +1,25 @@
 // Applications by number, name and colour.
 
-import { state } from './store.js';
-
 const kHues = 6;
+const kMostNames = 1000;
 const hues = new Map();
 
-/** The application with this number, as far as the server tells of it. */
-const applicationOf = (number) => state.applications.find((app) => app.number === number);
+const names = new Map(); // by number; an application that has left keeps its name
 
-export const nameOf = (number) => applicationOf(number)?.name ?? `app ${number}`;
+/** Keeps the names that go with numbers, which no other application ever gets. */
+export function rememberNames(applications) {
+  if (names.size > kMostNames) names.clear();
+  for (const { number, name } of applications) if (name && number !== null) names.set(number, name);
+}
+
+/** Numbers begin anew with another tool. */
+export const forgetNames = () => names.clear();
+
+export const nameOf = (number) => names.get(number) ?? `app ${number}`;
 
 /** A small number that stands for the colour of a name, in the order in which names appear. */
 export function hueOf(name) {
-  if (hues.size > 1000) hues.clear();
+  if (hues.size > kMostNames) hues.clear();
   if (!hues.has(name)) hues.set(name, hues.size % kHues);
   return hues.get(name);
 }

@@ -1,6 +1,6 @@
 // What the page does to the device: one stimulus, its outcome shown and told.
 
-import { byId, setFlag } from './dom.js';
+import { byId, setFlag, setLongText } from './dom.js';
 import { request } from './socket.js';
 import { state } from './store.js';
 
@@ -10,7 +10,8 @@ function show(outcome, name) {
   const place = byId('outcome');
   const text = (outcome.text ?? '').trim();
   if (outcome.done && text === '' && kSeen.has(name)) return;
-  place.textContent = text || (outcome.done ? `${name}: done` : `${name}: not done`);
+  place.textContent = ''; // the same once more is told once more
+  setLongText(place, text || (outcome.done ? `${name}: done` : `${name}: not done`));
   setFlag(place, 'data-done', outcome.done ? 'yes' : 'no');
 }
 

@@ -1,7 +1,7 @@
 // The device in words: the same as the picture, for those who read or listen.
 
 import { colorOf, inWords } from './color.js';
-import { byId, el, setFlag, setText } from './dom.js';
+import { byId, el, setFlag, setLongText } from './dom.js';
 
 const kLonger = 60; // characters of a text that takes a whole row
 
@@ -28,6 +28,7 @@ function photo({ active, name }) {
 }
 
 function mailbox({ messages, unread }) {
+  if (messages === 0) return 'empty';
   return `${messages} ${messages === 1 ? 'message' : 'messages'}, ${unread} unread`;
 }
 
@@ -71,8 +72,8 @@ export function showSeen(device) {
   for (const [name, [label, text, color]] of Object.entries(things(device))) {
     const row = place(name, label);
     const [swatch, words] = row.lastElementChild.children;
-    setText(words, text);
     setFlag(row, 'class', text.length > kLonger ? 'wide' : null);
+    setLongText(words, text, row.lastElementChild);
     const rgb = color ? colorOf(color) : null;
     swatch.hidden = rgb === null;
     if (rgb) swatch.style.background = inWords(rgb);

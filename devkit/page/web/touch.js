@@ -31,7 +31,7 @@ function earRow(side, ears) {
   });
   return el(
     'div',
-    { class: 'row' },
+    { class: 'row ear-row' },
     field(label, range, { class: 'field ear-field' }),
     button('Block it', () => ears.block(side), {
       class: 'small',

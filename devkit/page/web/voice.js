@@ -40,8 +40,11 @@ function words() {
     placeholder: '<menu><choice>on</choice></menu>',
     class: 'code',
   });
+  // Other words do not keep the meaning of those before.
   text.addEventListener('change', () => {
-    semantic.value = meanings().get(text.value) ?? semantic.value;
+    const known = meanings();
+    const isOld = [...known.values()].includes(semantic.value);
+    semantic.value = known.get(text.value) ?? (isOld ? '' : semantic.value);
   });
   return form(
     [

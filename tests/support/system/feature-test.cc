@@ -1,13 +1,11 @@
 // Runs the rows of features on the real program.
 #include "support/system/feature-test.h"
 
-#include <google/protobuf/text_format.h>
-
 #include <algorithm>
-#include <stdexcept>
 
 #include "features/features.h"
 #include "features/prelude.h"
+#include "support/text-message.h"
 
 namespace morvik::test {
 namespace {
@@ -58,14 +56,6 @@ Lines endingWith(Lines lines, const std::string& result) {
 std::string step(const std::string& call) { return "step(function() { return " + call + "; });\n"; }
 
 }  // namespace
-
-zeph::ZephMsg messageOf(const std::string& text) {
-  google::protobuf::TextFormat::Parser parser;
-  parser.AllowPartialMessage(true);
-  zeph::ZephMsg message;
-  if (!parser.ParseFromString(text, &message)) throw std::runtime_error("not a message: " + text);
-  return message;
-}
 
 std::string FeatureTest::withGlobals(const std::string& script) {
   return std::string(kPrelude) + kGlobals + script;
@@ -118,13 +108,6 @@ void FeatureTest::expectFunctions(const std::string& names) {
                {feature_});
 }
 
-void FeatureTest::expectPayload(const std::string& payload) {
-  zeph::ZephMsg sent = device.receive();
-  EXPECT_THAT(sent.id(), testing::MatchesRegex(kUuid));
-  sent.clear_id();
-  EXPECT_EQ(sent.ShortDebugString(), "interactiveId: \"" + interactiveId + "\" " + payload);
-}
-
 void FeatureTest::expectSends(const std::vector<SentRow>& rows) {
   ASSERT_FALSE(rows.empty());
   std::string script;
@@ -132,7 +115,7 @@ void FeatureTest::expectSends(const std::vector<SentRow>& rows) {
   interactive(withGlobals(script + "log('end'); ping();"), access());
   for (const SentRow& row : rows) {
     SCOPED_TRACE(row.call);
-    if (!row.payload.empty()) expectPayload(row.payload);
+    if (!row.payload.empty()) expectRequest(row.payload);
   }
   EXPECT_TRUE(device.receive().has_ping()) << "something more was sent";
   const std::vector<Lines> steps = stepsTillEnd();
@@ -198,13 +181,13 @@ void FeatureTest::expectReceptions(const std::vector<Lines>& expected) {
 
 void FeatureTest::deliver(const std::string& payload) {
   zeph::ZephMsg message = newMessage();
-  message.MergeFrom(messageOf(payload));
+  message.MergeFrom(zephMsg(payload));
   device.send(message);
 }
 
 void FeatureTest::answer(const zeph::ZephMsg& request, const std::string& payload) {
   zeph::ZephMsg message = replyTo(request);
-  message.MergeFrom(messageOf(payload));
+  message.MergeFrom(zephMsg(payload));
   device.send(message);
 }
 

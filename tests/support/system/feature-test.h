@@ -11,9 +11,6 @@
 
 namespace morvik::test {
 
-/// A message as text: messageOf("response { code: OK }").
-zeph::ZephMsg messageOf(const std::string& text);
-
 /// An expression, what its value is as text, and the lines that it writes. What it throws stands as
 /// "throws string Wrong arguments".
 struct Step {
@@ -61,7 +58,6 @@ class FeatureTest : public DeviceTest {
   [[nodiscard]] std::string refusals(const std::vector<RefusedRow>& rows,
                                      std::string RefusedRow::*text) const;
   [[nodiscard]] std::vector<Lines> groups(std::string_view beginning, std::string_view end) const;
-  void expectPayload(const std::string& payload);
   void expectReceptions(const std::vector<Lines>& expected);
 
   std::string feature_;

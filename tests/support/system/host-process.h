@@ -12,6 +12,7 @@
 
 #include "support/system/app-folder.h"
 #include "support/system/log-socket.h"
+#include "support/temporary-folder.h"
 #include "support/waiting.h"
 
 namespace morvik::test {

@@ -187,6 +187,13 @@ void DeviceTest::interactive(std::string_view script, const std::vector<std::str
   device = std::move(guest.device);
 }
 
+void DeviceTest::expectRequest(const std::string& payload) {
+  zeph::ZephMsg sent = device.receive();
+  EXPECT_THAT(sent.id(), testing::MatchesRegex(kUuid));
+  sent.clear_id();
+  EXPECT_EQ(sent.ShortDebugString(), "interactiveId: \"" + interactiveId + "\" " + payload);
+}
+
 zeph::ZephMsg DeviceTest::receiveAndReply(std::string_view code) {
   zeph::ZephMsg request = device.receive();
   device.reply(request, code);

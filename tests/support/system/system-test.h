@@ -2,7 +2,6 @@
 // that a test reads as a conversation. The whole log is printed when a test fails.
 #pragma once
 
-#include <gmock/gmock.h>
 #include <signal.h>
 #include <syslog.h>
 
@@ -14,6 +13,7 @@
 #include <vector>
 
 #include "support/fresh-id.h"
+#include "support/matchers.h"
 #include "support/system/app-folder.h"
 #include "support/system/host-process.h"
 #include "support/system/test-device.h"
@@ -129,6 +129,9 @@ class DeviceTest : public SystemTest {
   void connect(std::string_view script, const std::vector<std::string>& accesses = {"led"});
   // Runs the script when interactive mode is granted, and grants it.
   void interactive(std::string_view script, const std::vector<std::string>& accesses = {"led"});
+  // The next message is a request in interactive mode: a fresh id, the interactive id, and this
+  // payload in text form, and nothing else.
+  void expectRequest(const std::string& payload);
   // Waits for a request of the application and answers it.
   zeph::ZephMsg receiveAndReply(std::string_view code = "OK");
 

@@ -8,7 +8,6 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
-#include <cstring>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -78,16 +77,8 @@ std::optional<unsigned long> waitingBytes(int localPort, int remotePort) {
 
 }  // namespace
 
-std::string lengthWord(std::size_t length) {
-  const uint32_t word = htonl(static_cast<uint32_t>(length));
-  std::string bytes(sizeof word, '\0');
-  std::memcpy(bytes.data(), &word, sizeof word);
-  return bytes;
-}
-
 std::string frameOf(const zeph::ZephMsg& message) {
-  const std::string payload = message.SerializePartialAsString();
-  return lengthWord(payload.size()) + payload;
+  return devkit::frameOf(message.SerializePartialAsString());
 }
 
 zeph::ZephMsg newMessage() {
@@ -122,11 +113,9 @@ zeph::ZephMsg stopNotice() {
 }
 
 zeph::ZephMsg DeviceLink::receive() {
-  const std::string word = receiveBytes(4);
-  uint32_t length = 0;
-  std::memcpy(&length, word.data(), sizeof length);
+  const std::uint32_t length = devkit::payloadLength(receiveBytes(devkit::kFrameHeaderSize));
   zeph::ZephMsg message;
-  if (!message.ParseFromString(receiveBytes(ntohl(length))))
+  if (!message.ParseFromString(receiveBytes(length)))
     throw std::runtime_error("the application sent what does not parse");
   return message;
 }

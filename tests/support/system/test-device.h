@@ -8,15 +8,17 @@
 #include <string>
 #include <string_view>
 
+#include "server/frame.h"
 #include "support/waiting.h"
 
 namespace morvik::test {
 
 namespace zeph = net::quelta::zeph::message;
 
-// The bytes of a message on the wire: its length in four bytes, big-endian, and the message.
+// The bytes of a message on the wire. For lengths that are not the message's there is frameHeader.
 std::string frameOf(const zeph::ZephMsg& message);
-std::string lengthWord(std::size_t length);
+using devkit::frameHeader;
+using devkit::frameOf;
 
 // A fresh message with an id, as a device sends it; as a reply, it carries the request's id.
 zeph::ZephMsg newMessage();

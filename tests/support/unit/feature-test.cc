@@ -7,8 +7,8 @@
 #include "features/features.h"
 #include "features/prelude.h"
 #include "support/fresh-id.h"
+#include "support/text-message.h"
 #include "support/unit/log-texts.h"
-#include "support/unit/text-message.h"
 
 namespace morvik::test {
 namespace {

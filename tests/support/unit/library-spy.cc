@@ -55,6 +55,14 @@ extern "C" CURLcode curl_easy_setopt(CURL* curl, CURLoption option, ...) {
   return code;
 }
 
+extern "C" curl_slist* curl_slist_append(curl_slist* list, const char* line) {
+  using morvik::test::spy;
+  if (spy != nullptr && spy->curlListFails) return nullptr;
+  static const auto next =
+      morvik::test::real<curl_slist* (*)(curl_slist*, const char*)>("curl_slist_append");
+  return next(list, line);
+}
+
 extern "C" int iconv_close(iconv_t converter) {
   static const auto next = morvik::test::real<int (*)(iconv_t)>("iconv_close");
   const int result = next(converter);

@@ -25,6 +25,7 @@ class LibrarySpy {
   LibrarySpy& operator=(const LibrarySpy&) = delete;
 
   bool curlInitFails = false;    ///< curl_easy_init gives nothing
+  bool curlListFails = false;    ///< curl_slist_append gives nothing
   bool iconvCloseFails = false;  ///< iconv_close closes, and says -1
   std::string brokenPattern;     ///< regcomp takes this text for no expression
   std::vector<CurlOption> options;

@@ -2,7 +2,6 @@
 // end the test holds as the device server, and the log.
 #pragma once
 
-#include <gmock/gmock.h>
 #include <v8.h>
 #include <zeph-message.pb.h>
 
@@ -16,6 +15,7 @@
 #include "host/morvik-data.h"
 #include "host/script.h"
 #include "host/zeph-msg-listener.h"
+#include "support/matchers.h"
 #include "support/unit/captured-log.h"
 
 namespace morvik::test {

@@ -7,18 +7,21 @@
 
 #include <string>
 
-#include "host/zeph-msg-listener.h"
-
 namespace morvik::test {
 
-/// Required fields may be missing.
-inline zeph::ZephMsg zephMsg(const std::string& text) {
+namespace zeph = net::quelta::zeph::message;
+
+/// A message of any kind; required fields may be missing. A text that is none fails the test.
+template <class Message>
+Message messageFrom(const std::string& text) {
   google::protobuf::TextFormat::Parser parser;
   parser.AllowPartialMessage(true);
-  zeph::ZephMsg message;
+  Message message;
   EXPECT_TRUE(parser.ParseFromString(text, &message)) << text;
   return message;
 }
+
+inline zeph::ZephMsg zephMsg(const std::string& text) { return messageFrom<zeph::ZephMsg>(text); }
 
 /// Its serialised form.
 inline std::string wireForm(const std::string& text) {

@@ -1,0 +1,316 @@
+// Applications on the real host, run from their folders, and what the page shows and does of them.
+#include "looks.h"
+#include "run-page-fixture.h"
+#include "support/file-content.h"
+
+namespace morvik::test {
+namespace {
+
+using nlohmann::json;
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+using PageOfARun = RunPageTest;
+
+// Says how it is pressed, and shows it.
+const std::string kPressed = interactiveScript(R"js(
+  log('ready');
+  var colors = { SIMPLE: 'lime', DOUBLE: 'blue' };
+  morvik.button.addListener(function (press) {
+    log('pressed: ' + press);
+    morvik.led.light(colors[press]);
+    return true;
+  });
+)js");
+constexpr const char* kLedAndButton = "<access>led</access><access>button</access>";
+
+TEST_F(PageOfARun, aClickReachesTheScriptAndItsColourShows) {
+  run({write("app", kPressed, kLedAndButton)});
+  expectLogged("ready");
+  expectState("app", "interactive");
+  driver_.click("#button");
+  expectLed("rgb(0, 255, 0)");
+  expectLogged("pressed: SIMPLE");
+  expectText("#log .line[data-kind=script] .who", "app");
+}
+
+TEST_F(PageOfARun, aReloadInMidSessionShowsTheSame) {
+  run({write("app", kPressed, kLedAndButton)});
+  expectLogged("ready");
+  driver_.click("#button");
+  expectLed("rgb(0, 255, 0)");
+  driver_.reload();
+  waitUntilGreeted();
+  expectLed("rgb(0, 255, 0)");
+  expectLogged("pressed: SIMPLE");
+  expectState("app", "interactive");
+  driver_.click("[data-press=DOUBLE]");
+  expectLed("rgb(0, 0, 255)");
+}
+
+TEST_F(PageOfARun, twoPagesShowTheSame) {
+  run({write("app", kPressed, kLedAndButton)});
+  expectLogged("ready");
+  const std::string other = driver_.openWindow();
+  openPage();
+  driver_.click("#button");
+  for (const std::string& page : {window_, other}) {
+    driver_.switchTo(page);
+    expectLed("rgb(0, 255, 0)");
+    expectLogged("pressed: SIMPLE");
+  }
+}
+
+TEST_F(PageOfARun, aSaveStartsTheApplicationAnew) {
+  run({write("app", interactiveScript("log('first'); morvik.led.light('red');"),
+             "<access>led</access>"),
+       write("other", "log('other is here');")});
+  expectLogged("first");
+  expectLed("rgb(255, 0, 0)");
+  write("app", interactiveScript("log('second'); morvik.led.light('lime');"));
+  expectLogged("second");
+  expectLed("rgb(0, 255, 0)");
+  expectState("app", "interactive");
+  const json started = driver_.run(
+      "return [...document.querySelectorAll('#log .what')]"
+      "  .filter((line) => line.textContent.includes('other is here')).length");
+  EXPECT_EQ(started, 1);
+}
+
+TEST_F(PageOfARun, aBrokenSaveIsShownWithItsPlaceAndCured) {
+  run({write("app", "log('first');")});
+  expectLogged("first");
+  write("app", "log('second';");
+  expectText(cardOf("app") + "[data-state=ended]", "main.js:1");
+  write("app", "log('third');");
+  expectLogged("third");
+  expectState("app", "started");
+}
+
+TEST_F(PageOfARun, everyStateOfAnApplicationIsShown) {
+  const std::string connect =
+      "var at = instanceName.split(':'); morvik.connect(at[0], Number(at[1]));";
+  run({write("app", "log('first');")});
+  expectState("app", "started");
+  expect("/^Ends by itself in [1-9]0? s$/.test(document.querySelector('.autokill').textContent)");
+  write("app", connect);
+  expectState("app", "connected");
+  driver_.click("#tab-misbehave");
+  driver_.fill("form[data-stimulus=delay] [name=length]", "60000");
+  driver_.click("form[data-stimulus=delay] button.main");
+  expectText("#faults", "later");
+  write("app", connect + "morvik.start(function () { log('granted'); });");
+  expectText(cardOf("app") + "[data-state=waiting]", "waits for interactive mode");
+  driver_.click("[data-quick='Answer at once']");
+  write("app", connect + "morvik.start(function () { log('granted at once'); });");
+  expectLogged("granted at once");
+  expectText(cardOf("app") + "[data-state=interactive]", "interactive");
+  expectThere(".autokill[hidden]");
+  driver_.click("[data-quick='Stop interactive mode']");
+  expectState("app", "stopping");
+  expect(
+      "/^Ends by itself in (300|29[0-9]) s$/.test("
+      "document.querySelector('.autokill').textContent)");
+  driver_.click(cardOf("app") + " [data-act=stop]");
+  expectThere(cardOf("app") + "[data-state=ended][data-calm]");
+  expectThere(cardOf("app") + " [data-act=stop][disabled]");
+  driver_.click(cardOf("app") + " [data-act=restart]");
+  expectState("app", "interactive");
+}
+
+TEST_F(PageOfARun, anEndIsExplainedWithItsCure) {
+  run({write("app",
+             "log('begins'); setTimeout(0, function () {"
+             "  var all = []; for (;;) all.push(new Array(1000).fill(1)); });")});
+  expectState("app", "ended");
+  expectText(cardOf("app") + " .why", "10 MiB");
+  expectText(cardOf("app") + " .cure", "Keep less");
+  driver_.click(cardOf("app") + " details:has(pre) summary");
+  expectText(cardOf("app") + " pre", "begins");
+  expectText("#announcer", "app: ");
+}
+
+TEST_F(PageOfARun, anEndHasNothingSeriousInAnyLook) {
+  run({write("app",
+             "setTimeout(0, function () {"
+             "  var all = []; for (;;) all.push(new Array(1000).fill(1)); });"
+             "morvik.led.light('red');")});
+  expectState("app", "ended");
+  expectThere(cardOf("app") + " .hint");
+  for (const Look& look : kLooks) {
+    look.show(browser_);
+    EXPECT_THAT(seriousFindings(driver_, "#applications"), IsEmpty());
+    EXPECT_EQ(pixelsBeside(driver_), 0);
+  }
+}
+
+TEST_F(PageOfARun, anEndThatWasWantedIsToldCalmly) {
+  run({write("app", "setTimeout(0, exit);")});
+  expectThere(cardOf("app") + "[data-state=ended][data-calm]");
+  expectText(cardOf("app") + " .why", "The script called exit().");
+  expect("!document.querySelector('.application-about').textContent.includes('null')");
+}
+
+TEST_F(PageOfARun, anApplicationThatHasLeftKeepsItsName) {
+  run({write("app", interactiveScript("log('ready');"))});
+  expectLogged("ready");
+  driver_.click(cardOf("app") + " [data-act=stop]");
+  expectState("app", "ended");
+  driver_.click("#tab-notes");
+  expect("document.querySelector('#notes .line[data-kind=left] .who').textContent === 'app'");
+}
+
+TEST_F(PageOfARun, whatTheAuthorShouldMendIsHinted) {
+  run({write("app", "morvik.led.light('red');", "<access>button</access>")});
+  expectText(cardOf("app") + " .hint", "<access>led</access>");
+}
+
+TEST_F(PageOfARun, isLaunchedByATag) {
+  run({write("app", "log('here by ' + launchType.name + ' ' + launchType.id);")});
+  expectLogged("here by plain");
+  driver_.click(cardOf("app") + " details:has([data-act=launch]) summary");
+  driver_.fill(cardOf("app") + " input[list=launches]", "RFID;d0021a;1;2;3;4;fox");
+  driver_.click(cardOf("app") + " [data-act=launch]");
+  expectLogged("here by RFID d0021a");
+}
+
+// Lines of several kinds and levels, by two applications.
+class LogOfARun : public RunPageTest {
+ protected:
+  void runBoth() {
+    run({write("one", "log('one apple');\nlog('one pear');\nmorvik.nothing();"),
+         write("two", "log('two apples');"), "--level=debug"});
+    expectLogged("one pear");
+    expectLogged("two apples");
+    expectLine("TypeError");
+  }
+
+  void expectLine(const std::string& text) {
+    expect(lines() + ".some((line) => line.includes(" + quoted(text) + "))");
+  }
+  void expectNoLine(const std::string& text) {
+    expect("!" + lines() + ".some((line) => line.includes(" + quoted(text) + "))");
+  }
+
+  void choose(const std::string& selector, const std::string& value) {
+    driver_.run(
+        "const select = document.querySelector(arguments[0]);"
+        "select.value = arguments[1];"
+        "select.dispatchEvent(new Event('change'));",
+        {selector, value});
+  }
+
+ private:
+  static std::string lines() {
+    return "[...document.querySelectorAll('#log .line')].map((line) => line.textContent)";
+  }
+};
+
+TEST_F(LogOfARun, isSearched) {
+  runBoth();
+  driver_.fill("[aria-label='Search log']", "APPLE");
+  expectNoLine("one pear");
+  expectLine("one apple");
+  expectLine("two apples");
+}
+
+TEST_F(LogOfARun, isNarrowedToAnApplication) {
+  runBoth();
+  choose("#panel-log [aria-label=Application]", "two");
+  expectNoLine("one apple");
+  expectLine("two apples");
+}
+
+TEST_F(LogOfARun, isNarrowedToALevel) {
+  runBoth();
+  choose("#panel-log [aria-label=Level]", "3");
+  expectNoLine("two apples");
+  expectLine("TypeError");
+}
+
+TEST_F(LogOfARun, isPausedAndGoesOn) {
+  runBoth();
+  driver_.run(
+      "[...document.querySelectorAll('#panel-log button')]"
+      "  .find((button) => button.textContent === 'Pause').click()");
+  write("two", "log('two plums');");
+  expectText("#panel-log .left-out", "came during the pause");
+  expectNoLine("two plums");
+  driver_.run("document.querySelector('#panel-log button[aria-pressed=true]').click()");
+  expectLine("two plums");
+}
+
+// Long lines have their height only once they are in sight.
+TEST_F(LogOfARun, followsItsEnd) {
+  browser_.show(360, 900, false);
+  const std::string lines =
+      "for (var i = 1; i <= 200; ++i) log('a line that is too long for its place, number ' + i);";
+  run({write("one", lines + "log('the first end');")});
+  const std::string rest =
+      "(({ scrollHeight, scrollTop, clientHeight }) => scrollHeight - scrollTop - clientHeight)("
+      "document.getElementById('log'))";
+  expectLine("the first end");
+  expect(rest + " < 2");
+  write("one", lines + "log('the second end');");
+  expectLine("the second end");
+  expect(rest + " < 2");
+  EXPECT_GT(driver_.run("return document.getElementById('log').scrollTop"), 1000);
+}
+
+TEST_F(LogOfARun, isKeptAsAFile) {
+  runBoth();
+  driver_.inspect("Browser.setDownloadBehavior",
+                  {{"behavior", "allow"}, {"downloadPath", folder_.path().string()}});
+  driver_.fill("[aria-label='Search log']", "apple");
+  driver_.run(
+      "[...document.querySelectorAll('#panel-log button')]"
+      "  .find((button) => button.textContent === 'Download').click()");
+  const std::string file = folder_ / "log.txt";
+  waitUntil("the file", [&] { return std::filesystem::exists(file); });
+  EXPECT_THAT(contentOf(file),
+              AllOf(HasSubstr("one apple\n"), HasSubstr("two apples\n"), Not(HasSubstr("pear"))));
+}
+
+// One whole conversation with the sample voice-menu, by keys alone.
+class KeyboardAlone : public RunPageTest {
+ protected:
+  void press(const std::string& keys) { driver_.press(keys); }
+
+  // Says it by the form of the voice's tab, with a meaning.
+  void say(const std::string& words, const std::string& meaning) {
+    tabTo("form[data-stimulus=recognition] [name=text]");
+    press(words);
+    tabTo("form[data-stimulus=recognition] textarea");
+    press(meaning);
+    tabTo("form[data-stimulus=recognition] button.main");
+    press(keys::kEnter);
+  }
+};
+
+TEST_F(KeyboardAlone, canHoldAWholeConversation) {
+  run({SOURCE_DIR "/apps/voice-menu"});
+  expectLogged("listening");
+  press(keys::kTab);
+  press(keys::kEnter);  // skips to what can be done
+  tabTo("#tab-touch");
+  press(std::string(keys::kRight) + keys::kRight);
+  expectThere("#tab-voice[aria-selected=true]:focus");
+  expectText("#pending-grammar", "light on|light off|goodbye");
+  say("light on", "<menu><choice>on</choice></menu>");
+  expectLogged("heard \"light on\" (90): on");
+  expectLed("rgb(255, 255, 255)");
+  say("goodbye", "<menu><choice>bye</choice></menu>");
+  expectText(cardOf("voice-menu") + "[data-state=ended] .why", "exit()");
+  tabTo(cardOf("voice-menu") + " [data-act=restart]");
+  press(keys::kEnter);
+  expectThere("[data-say='light off']");
+  // What it was told means the same to the bubble's choices.
+  tabTo("[data-say=goodbye]");
+  press(keys::kSpace);
+  expectState("voice-menu", "ended");
+}
+
+}  // namespace
+}  // namespace morvik::test

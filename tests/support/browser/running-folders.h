@@ -1,0 +1,35 @@
+// `morvik-dev run` on folders of applications, beside a test that blocks.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "support/browser/child.h"
+
+namespace morvik::test {
+
+class RunningFolders {
+ public:
+  /// Starts the tool with these folders and options. What it keeps, for ever or for a while, goes
+  /// into the folder `own`. Throws when it does not tell its page's address in time.
+  RunningFolders(const std::filesystem::path& own, const std::string& morvikDev,
+                 const std::vector<std::string>& words);
+
+  /// The address of its page.
+  const std::string& page() const { return page_; }
+  Child& program() { return program_; }
+
+ private:
+  Child program_;
+  std::string page_;
+};
+
+/// Makes an application in this folder, or another main.js for one that is there.
+void writeApplication(const std::filesystem::path& folder, const std::string& script,
+                      const std::string& accesses);
+
+/// A main.js that connects, is granted interactive mode, and then does this.
+std::string interactiveScript(const std::string& onGrant);
+
+}  // namespace morvik::test
