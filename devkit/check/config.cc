@@ -14,12 +14,12 @@ namespace {
 namespace zeph = net::quelta::zeph::message;
 using google::protobuf::Message;
 
-constexpr const char* kFile = "config.bin";
+constexpr const char* kConfigFile = "config.bin";
 
 void tell(const char* kind, std::string text, const char* cure,
           std::vector<FolderTrouble>& findings) {
   findings.push_back(
-      {.file = kFile, .text = std::move(text), .refuses = false, .kind = kind, .cure = cure});
+      {.file = kConfigFile, .text = std::move(text), .refuses = false, .kind = kind, .cure = cure});
 }
 
 // A number that is known stands among the unknown ones when its value is of another kind.
@@ -39,7 +39,7 @@ void checkUnknown(const Message& message, std::vector<FolderTrouble>& findings) 
 }  // namespace
 
 void checkConfig(const std::filesystem::path& folder, std::vector<FolderTrouble>& findings) {
-  const auto bytes = bytesOf(folder / kFile);
+  const auto bytes = bytesOf(folder / kConfigFile);
   zeph::ConfigApp config;
   if (!bytes || !config.ParsePartialFromString(*bytes)) return;  // told already
   if (!config.IsInitialized()) {

@@ -18,8 +18,8 @@ namespace {
 
 using Document = std::unique_ptr<xmlDoc, Release<xmlFreeDoc>>;
 
-constexpr const char* kFile = "descriptor.xml";
-constexpr const char* kPlace = "/descriptor/accesses/access";
+constexpr const char* kDescriptorFile = "descriptor.xml";
+constexpr const char* kAccessPlace = "/descriptor/accesses/access";
 
 std::string textOf(const xmlChar* text) {
   return text != nullptr ? reinterpret_cast<const char*>(text) : "";
@@ -32,7 +32,7 @@ std::string trimmed(const std::string& text) {
   return text.substr(begin, text.find_last_not_of(kBlanks) + 1 - begin);
 }
 
-std::string lowerCase(const std::string& text) {
+std::string inSmallLetters(const std::string& text) {
   return GText(g_ascii_strdown(text.c_str(), -1)).get();
 }
 
@@ -53,7 +53,7 @@ class Accesses {
   void look(const xmlNode* node) {
     for (; node != nullptr; node = node->next) {
       if (node->type != XML_ELEMENT_NODE) continue;
-      if (lowerCase(textOf(node->name)) == "access") lookAtAccess(node);
+      if (inSmallLetters(textOf(node->name)) == "access") lookAtAccess(node);
       look(node->children);
     }
   }
@@ -72,7 +72,7 @@ class Accesses {
   }
 
   void tell(Place place, const char* kind, std::string text, std::string cure) {
-    findings_.push_back({.file = kFile,
+    findings_.push_back({.file = kDescriptorFile,
                          .line = place.line,
                          .column = place.column,
                          .text = std::move(text),
@@ -87,7 +87,7 @@ class Accesses {
     if (node->ns != nullptr) {
       tell(place, "access-misplaced", "an element in a namespace grants nothing",
            "Leave xmlns out.");
-    } else if (path != kPlace) {
+    } else if (path != kAccessPlace) {
       tell(place, "access-misplaced", "grants nothing at " + path,
            "It belongs at /descriptor/accesses/access.");
     } else if (node->children == nullptr) {
@@ -122,18 +122,18 @@ class Accesses {
     if (accessNames().contains(plain)) {
       tell(place, "access-blanks", "blanks around " + plain + " keep it from being granted",
            "Write <access>" + plain + "</access>.");
-    } else if (accessNames().contains(lowerCase(plain))) {
+    } else if (accessNames().contains(inSmallLetters(plain))) {
       tell(place, "access-case", plain + " grants nothing: names are in small letters",
-           "Write <access>" + lowerCase(plain) + "</access>.");
+           "Write <access>" + inSmallLetters(plain) + "</access>.");
     } else {
       tellUnknown(plain, place);
     }
-    intend(lowerCase(plain));
+    intend(inSmallLetters(plain));
   }
 
   void tellUnknown(const std::string& name, Place place) {
     const std::vector<std::string> names(accessNames().begin(), accessNames().end());
-    const auto near = nearest(lowerCase(name), names);
+    const auto near = nearest(inSmallLetters(name), names);
     tell(place, "access-unknown", "there is no access \"" + name + '"',
          near ? "Is " + *near + " meant?" : "There are " + joined(names) + '.');
     if (near) intend(*near);
@@ -158,7 +158,7 @@ class Accesses {
 
 void checkRoot(const xmlNode* root, std::vector<FolderTrouble>& findings) {
   if (root == nullptr || textOf(root->name) == "descriptor") return;
-  findings.push_back({.file = kFile,
+  findings.push_back({.file = kDescriptorFile,
                       .line = static_cast<int>(xmlGetLineNo(root)),
                       .text = "begins with <" + textOf(root->name) + ">, so it grants nothing",
                       .refuses = false,
@@ -170,12 +170,12 @@ void checkRoot(const xmlNode* root, std::vector<FolderTrouble>& findings) {
 
 Grants checkGrants(const std::filesystem::path& folder, std::vector<FolderTrouble>& findings) {
   Grants grants;
-  const auto text = bytesOf(folder / kFile);
+  const auto text = bytesOf(folder / kDescriptorFile);
   if (!text) return grants;
-  checkByteOrderMark(kFile, *text, findings);
+  checkByteOrderMark(kDescriptorFile, *text, findings);
   constexpr int kSilent = XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NONET;
-  const Document document(
-      xmlReadMemory(text->data(), static_cast<int>(text->size()), kFile, nullptr, kSilent));
+  const Document document(xmlReadMemory(text->data(), static_cast<int>(text->size()),
+                                        kDescriptorFile, nullptr, kSilent));
   if (!document) return grants;
   grants.known = true;
   const xmlNode* root = xmlDocGetRootElement(document.get());
