@@ -19,10 +19,13 @@ struct Verb {
 int help(int argc, char** argv);
 
 constexpr Verb kVerbs[] = {
+    {"new", "make the folder of a new application", morvik::devkit::runNew},
     {"run", "run applications on a device to look at, press and talk to", morvik::devkit::runRun},
     {"device", "run a virtual device that applications connect to", morvik::devkit::runDevice},
     {"log", "stand in for the system log on a machine that has none", morvik::devkit::runLog},
     {"why", "tell why applications ended", morvik::devkit::runWhy},
+    {"check", "tell what is wrong with applications", morvik::devkit::runCheck},
+    {"api", "tell what a script can call", morvik::devkit::runApi},
     {"help", "show this, or what one of them takes", help},
 };
 

@@ -49,7 +49,7 @@ Json endOf(const RunningApp& app) {
 
 Json findingsOf(const RunningApp& app) {
   Json findings = Json::array();
-  for (const FolderTrouble& trouble : app.troubles()) findings.push_back(inWords(trouble));
+  for (const FolderTrouble& trouble : app.troubles()) findings.push_back(inWordsWithCure(trouble));
   return findings;
 }
 

@@ -4,6 +4,7 @@
 #include <limits>
 #include <string>
 
+#include "check/check.h"
 #include "desk.h"
 #include "options.h"
 #include "run/system-log.h"
@@ -94,6 +95,7 @@ std::optional<std::string> readFilter(Asked& asked, RunLogFilter& filter) {
 std::optional<std::string> readPlan(Asked& asked, DeskPlan& plan) {
   for (const std::string& folder : taken(asked.folders)) plan.session.folders.emplace_back(folder);
   plan.session.instances = taken(asked.instances);
+  plan.session.check = checkApplication;
   plan.session.host = taken(asked.host, usualHost());
   plan.realDevice = taken(asked.device);
   plan.stateFolder = taken(asked.state, usualStateFolder());

@@ -2,17 +2,12 @@
 #include "run/access-names.h"
 
 #include <algorithm>
-#include <string_view>
 
+#include "api/table.h"
 #include "device/owned.h"
 
 namespace morvik::devkit {
 namespace {
-
-constexpr std::string_view kMorvikNames[] = {"led",        "ears",   "tts",  "webcam", "asr",
-                                             "multimedia", "button", "rfid", "m2m",    "message",
-                                             "contact",    "serial", "dock"};
-constexpr std::string_view kSocialNames[] = {"twitter", "facebook", "soundcloud"};
 
 // How much of a source line is looked at; a packed script is one very long line.
 constexpr std::size_t kLongestPrefix = 200;
@@ -30,9 +25,7 @@ std::optional<std::string> match(const char* pattern, const std::string& text) {
   return std::string(group.get());
 }
 
-bool isMorvikName(const std::string& name) {
-  return std::ranges::find(kMorvikNames, name) != std::end(kMorvikNames);
-}
+bool isMorvikName(const std::string& name) { return hasObject("morvik." + name); }
 
 std::optional<MissingAccess> onMorvik(const std::optional<std::string>& name) {
   if (!name || !isMorvikName(*name)) return std::nullopt;
@@ -40,9 +33,7 @@ std::optional<MissingAccess> onMorvik(const std::optional<std::string>& name) {
 }
 
 std::optional<MissingAccess> onSocial(const std::optional<std::string>& name) {
-  if (!name || std::ranges::find(kSocialNames, *name) == std::end(kSocialNames)) {
-    return std::nullopt;
-  }
+  if (!name || !hasObject("social." + *name)) return std::nullopt;
   return MissingAccess{"social." + *name, *name};
 }
 

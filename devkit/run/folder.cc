@@ -23,11 +23,11 @@ using XmlDocument = std::unique_ptr<xmlDoc, Release<xmlFreeDoc>>;
 // The script engine's heap. A source that is larger cannot become a script's text.
 constexpr std::uintmax_t kLargestFile = 10485760;
 
-FolderTrouble inFile(const char* file, std::string text, bool refuses = true) {
-  return {.file = file, .text = std::move(text), .refuses = refuses};
+FolderTrouble inFile(const char* kind, const char* file, std::string text, bool refuses = true) {
+  return {.file = file, .text = std::move(text), .refuses = refuses, .kind = kind};
 }
 
-FolderTrouble ofFolder(std::string text) { return inFile("", std::move(text)); }
+FolderTrouble ofFolder(std::string text) { return inFile("no-folder", "", std::move(text)); }
 
 // The file's bytes; what keeps it from being read goes to the troubles.
 std::optional<std::string> readFile(const fs::path& folder, const char* name, Troubles& troubles) {
@@ -35,9 +35,10 @@ std::optional<std::string> readFile(const fs::path& folder, const char* name, Tr
   std::error_code error;
   const std::uintmax_t size = fs::file_size(path, error);
   if (!error && size > kLargestFile) {
-    troubles.push_back(inFile(name, "has " + std::to_string(size) + " bytes, more than the " +
-                                        std::to_string(kLargestFile) +
-                                        " bytes of an application's memory"));
+    troubles.push_back(inFile("too-large", name,
+                              "has " + std::to_string(size) + " bytes, more than the " +
+                                  std::to_string(kLargestFile) +
+                                  " bytes of an application's memory"));
     return std::nullopt;
   }
   char* bytes = nullptr;
@@ -45,7 +46,8 @@ std::optional<std::string> readFile(const fs::path& folder, const char* name, Tr
   GErrorOwned failure;
   if (g_file_get_contents(path.c_str(), &bytes, &length, failure.out()) == FALSE) {
     troubles.push_back(
-        inFile(name, error ? error.message() : "cannot be read: " + std::string(failure.text())));
+        inFile("unreadable", name,
+               error ? error.message() : "cannot be read: " + std::string(failure.text())));
     return std::nullopt;
   }
   const GText owned(bytes);
@@ -60,14 +62,15 @@ bool isThere(const fs::path& path) {
 // MorvikVM takes a source for a text that ends at its first zero byte.
 void checkMainScript(const fs::path& folder, Troubles& troubles) {
   if (!isThere(folder / "main.js")) {
-    troubles.push_back(
-        inFile("main.js", "is missing: it is the script that an application starts with"));
+    troubles.push_back(inFile("missing", "main.js",
+                              "is missing: it is the script that an application starts with"));
     return;
   }
   const auto source = readFile(folder, "main.js", troubles);
   const std::size_t zero = source ? source->find('\0') : std::string::npos;
   if (zero == std::string::npos) return;
-  auto trouble = inFile("main.js", "holds a zero byte, and nothing behind it is read", false);
+  auto trouble =
+      inFile("zero-byte", "main.js", "holds a zero byte, and nothing behind it is read", false);
   const auto end = source->begin() + static_cast<std::ptrdiff_t>(zero);
   trouble.line = 1 + static_cast<int>(std::count(source->begin(), end, '\n'));
   troubles.push_back(std::move(trouble));
@@ -98,11 +101,11 @@ bool isWellFormed(const std::string& text, FolderTrouble& trouble) {
 void checkDescriptor(const fs::path& folder, Troubles& troubles) {
   if (!isThere(folder / "descriptor.xml")) {
     troubles.push_back(
-        inFile("descriptor.xml", "is missing: it lists what the application may use"));
+        inFile("missing", "descriptor.xml", "is missing: it lists what the application may use"));
     return;
   }
   const auto text = readFile(folder, "descriptor.xml", troubles);
-  auto trouble = inFile("descriptor.xml", "is not well-formed XML");
+  auto trouble = inFile("not-xml", "descriptor.xml", "is not well-formed XML");
   if (text && !isWellFormed(*text, trouble)) troubles.push_back(std::move(trouble));
 }
 
@@ -113,8 +116,9 @@ void checkParameters(const fs::path& folder, Troubles& troubles) {
   if (!bytes) return;
   zeph::ConfigApp config;
   if (!config.ParsePartialFromString(*bytes)) {
-    troubles.push_back(
-        inFile("config.bin", "is damaged: `params` has only what stands before the damage", false));
+    troubles.push_back(inFile("config-damaged", "config.bin",
+                              "is damaged: `params` has only what stands before the damage",
+                              false));
   }
 }
 
@@ -135,6 +139,10 @@ std::string inWords(const FolderTrouble& trouble) {
   if (trouble.line > 0) words += ":" + std::to_string(trouble.line);
   if (trouble.line > 0 && trouble.column > 0) words += ":" + std::to_string(trouble.column);
   return words.empty() ? trouble.text : words + ": " + trouble.text;
+}
+
+std::string inWordsWithCure(const FolderTrouble& trouble) {
+  return trouble.cure.empty() ? inWords(trouble) : inWords(trouble) + ". " + trouble.cure;
 }
 
 std::vector<FolderTrouble> checkFolder(const fs::path& folder) {

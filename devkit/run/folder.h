@@ -15,10 +15,15 @@ struct FolderTrouble {
   int column = 0;         ///< from 1; 0 as for the line
   std::string text = {};  ///< what is wrong, in a sentence without a full stop
   bool refuses = true;    ///< a launch would come to nothing; otherwise the author is only told
+  std::string kind = {};  ///< which mistake it is, such as "not-granted"
+  std::string cure = {};  ///< what to do, in a sentence or two; empty where the text says it
 };
 
 /// "descriptor.xml:3:7: text", as far as there is a place.
 std::string inWords(const FolderTrouble& trouble);
+
+/// The same, and what to do.
+std::string inWordsWithCure(const FolderTrouble& trouble);
 
 /// Looks at a folder and tells what is wrong with it, in the order in which an author would mend
 /// it.

@@ -91,7 +91,7 @@ void RunLog::hinted(const RunningApp& app, const Hint& hint) {
 }
 
 void RunLog::found(const RunningApp& app, const FolderTrouble& trouble) {
-  row(app.name(), trouble.refuses ? "broken" : "check", inWords(trouble),
+  row(app.name(), trouble.refuses ? "broken" : "check", inWordsWithCure(trouble),
       trouble.refuses ? RowLook::kBad : RowLook::kWarning);
 }
 

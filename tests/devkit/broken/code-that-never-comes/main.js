@@ -1,0 +1,11 @@
+var address = (instanceName || '127.0.0.1:7410').split(':');
+
+morvik.connect(address[0], Number(address[1]));
+
+morvik.start(function () {
+  morvik.led.fade('red', 500, function (code) {
+    if (code === 'DONE') {
+      log('red');
+    }
+  });
+});

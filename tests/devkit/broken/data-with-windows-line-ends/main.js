@@ -1,0 +1,10 @@
+var address = (instanceName || '127.0.0.1:7410').split(':');
+
+morvik.connect(address[0], Number(address[1]));
+
+morvik.start(function () {
+  file.read('words.txt').text.split('\n').forEach(function (word) {
+    log(word);
+  });
+  morvik.led.light('red');
+});

@@ -1,0 +1,2 @@
+include('b.js');
+var hello = 'hello';

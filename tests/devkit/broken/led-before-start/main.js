@@ -1,0 +1,5 @@
+var address = (instanceName || '127.0.0.1:7410').split(':');
+
+morvik.connect(address[0], Number(address[1]));
+
+morvik.led.light('red');

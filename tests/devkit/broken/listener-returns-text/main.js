@@ -1,0 +1,13 @@
+var address = (instanceName || '127.0.0.1:7410').split(':');
+
+function pressed(press) {
+  log(press);
+  return 'true';
+}
+
+morvik.connect(address[0], Number(address[1]));
+
+morvik.start(function () {
+  morvik.led.light('red');
+  morvik.button.addListener(pressed);
+});

@@ -1,0 +1,3 @@
+morvik.start(function () {
+  morvik.led.light('red');
+});

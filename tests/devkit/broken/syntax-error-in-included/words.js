@@ -1,0 +1,4 @@
+var words = {
+  hello: 'hello'
+  bye: 'goodbye'
+};

@@ -1,0 +1,142 @@
+// morvik-dev new: folders that are right from the beginning.
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <set>
+#include <sstream>
+
+#include "desk-fixture.h"
+#include "support/file-content.h"
+#include "support/program.h"
+
+namespace morvik::test {
+
+using namespace devkit;
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+
+std::vector<std::string> templateNames() {
+  std::istringstream lines(run({MORVIK_DEV, "new", "--templates"}).output);
+  std::vector<std::string> names;
+  for (std::string name, rest; lines >> name && std::getline(lines, rest);) names.push_back(name);
+  return names;
+}
+
+class NewTest : public DeskTest {
+ protected:
+  ProgramResult makeNew(const std::vector<std::string>& words) {
+    std::vector<std::string> all{MORVIK_DEV, "new"};
+    all.insert(all.end(), words.begin(), words.end());
+    return run(all);
+  }
+  std::string app_ = folder_ / "my-app";
+};
+
+TEST_F(NewTest, makesAnApplicationThatLightsTheLed) {
+  EXPECT_EQ(makeNew({app_}).status, 0);
+  const ProgramResult check = run({MORVIK_DEV, "check", app_});
+  EXPECT_THAT(check.output, IsEmpty());
+  EXPECT_EQ(check.status, 0);
+  Program run(command({app_}));
+  run.waitFor("my-app ->      led light red");
+}
+
+TEST_F(NewTest, hasATestThatPasses) {
+  makeNew({app_});
+  setenv("MORVIK_DEV", MORVIK_DEV, 1);
+  const ProgramResult outcome = run({app_ + "/test.sh"});
+  EXPECT_EQ(outcome.output, "passed: led light red\n");
+  EXPECT_EQ(outcome.status, 0);
+}
+
+TEST_F(NewTest, hasATestThatFailsWithTheApplication) {
+  makeNew({app_});
+  setenv("MORVIK_DEV", MORVIK_DEV, 1);
+  std::ofstream(app_ + "/main.js") << "console.log('nothing');";
+  const ProgramResult outcome = run({app_ + "/test.sh"});
+  EXPECT_THAT(outcome.output, HasSubstr("[console]"));
+  EXPECT_EQ(outcome.status, 1);
+}
+
+TEST_F(NewTest, hasATestThatSeesWhatIsNotDone) {
+  makeNew({app_});
+  setenv("MORVIK_DEV", MORVIK_DEV, 1);
+  setenv("TEST_SECONDS", "1", 1);
+  std::ofstream(app_ + "/descriptor.xml") << "<descriptor/>";
+  std::ofstream(app_ + "/main.js") << "log('no LED');\nsetTimeout(0, exit);";
+  const ProgramResult outcome = run({app_ + "/test.sh"});
+  EXPECT_THAT(outcome.output, HasSubstr("failed: nothing said \"led light red\""));
+  EXPECT_EQ(outcome.status, 1);
+}
+
+TEST_F(NewTest, everySampleIsATemplateThatPassesCheck) {
+  std::vector<std::string> check{MORVIK_DEV, "check"};
+  std::set<std::string> samples;
+  for (const auto& entry : fs::directory_iterator(SOURCE_DIR "/apps")) {
+    samples.insert(entry.path().filename());
+  }
+  for (const std::string& name : templateNames()) {
+    EXPECT_EQ(samples.erase(name), 1U) << name;
+    check.push_back(folder_ / ("new-" + name));
+    EXPECT_EQ(makeNew({check.back(), "--template=" + name}).status, 0) << name;
+    EXPECT_THAT(contentOf(check.back() + "/main.js"), StartsWith("// new-" + name + ": "));
+  }
+  EXPECT_THAT(samples, IsEmpty());
+  EXPECT_THAT(run(check).output, IsEmpty());
+}
+
+// What a template's test waits for is said by the sample.
+class NewTemplates : public NewTest, public testing::WithParamInterface<std::string> {};
+
+TEST_P(NewTemplates, passTheirTests) {
+  setenv("MORVIK_DEV", MORVIK_DEV, 1);
+  makeNew({app_, "--template=" + GetParam()});
+  EXPECT_THAT(run({app_ + "/test.sh"}).output, StartsWith("passed: "));
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, NewTemplates,
+                         testing::Values("hello", "button-game", "dock-tour", "ear-dance",
+                                         "led-rainbow", "mailbox", "photo-booth", "photo-upload",
+                                         "radio", "rfid-greeter", "serial-echo", "signed-request",
+                                         "talking-clock", "two-device-call", "voice-menu",
+                                         "weather"),
+                         [](const auto& name) {
+                           std::string letters = name.param;
+                           std::ranges::replace(letters, '-', '_');
+                           return letters;
+                         });
+
+TEST_F(NewTest, replacesNothing) {
+  fs::create_directory(app_);
+  EXPECT_EQ(makeNew({app_}).status, 0);
+  std::ofstream(app_ + "/main.js") << "mine";
+  const ProgramResult outcome = makeNew({app_});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.output, HasSubstr("is there already"));
+  EXPECT_EQ(contentOf(app_ + "/main.js"), "mine");
+}
+
+TEST_F(NewTest, refusesNamesThatALaunchLineCannotCarry) {
+  for (const char* name : {"my app", "..", "-app", "a;b", "a\tb"}) {
+    const ProgramResult outcome = makeNew({"--", folder_ / name});
+    EXPECT_EQ(outcome.status, 1) << name;
+    EXPECT_THAT(outcome.output, HasSubstr("is no name for an application")) << name;
+  }
+}
+
+TEST_F(NewTest, refusesWhatMakesNoSense) {
+  EXPECT_EQ(makeNew({}).status, 2);
+  EXPECT_EQ(makeNew({"a", "b"}).status, 2);
+  EXPECT_THAT(makeNew({app_, "--template=none"}).output, HasSubstr("there is no template none"));
+  EXPECT_EQ(makeNew({app_, "--template=none"}).status, 2);
+  EXPECT_EQ(makeNew({"/proc/my-app"}).status, 1);
+}
+
+}  // namespace
+}  // namespace morvik::test
