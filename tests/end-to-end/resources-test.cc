@@ -12,7 +12,6 @@
 namespace morvik::test {
 namespace {
 
-
 class ResourcesTest : public FeatureTest {
  protected:
   ResourcesTest() : FeatureTest("") {}
@@ -94,7 +93,7 @@ TEST_F(ResourcesTest, forbiddenNamesAreRefused) {
 TEST_F(ResourcesTest, textIsTheFileUpToItsFirstZeroByte) {
   put("a.txt", "hello\n");
   put("empty", "");
-  put("zero", "before\0after"s);
+  put("zero", std::string("before\0after", 12));
   put("sub.dir/utf8", "caf\xc3\xa9");
   expectSteps({{"file.read('a.txt').text", "hello\n", reading("a.txt")},
                {"file.read('empty').text", "", reading("empty")},
