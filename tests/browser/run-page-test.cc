@@ -162,9 +162,10 @@ TEST_F(PageOfARun, anApplicationThatHasLeftKeepsItsName) {
   expect("document.querySelector('#notes .line[data-kind=left] .who').textContent === 'app'");
 }
 
-TEST_F(PageOfARun, whatTheAuthorShouldMendIsHinted) {
+TEST_F(PageOfARun, whatTheAuthorShouldMendIsFoundBeforeAndHintedAfter) {
   run({write("app", "morvik.led.light('red');", "<access>button</access>")});
-  expectText(cardOf("app") + " .hint", "<access>led</access>");
+  expectText(cardOf("app") + " .hint[data-finding]", "button is granted and never used");
+  expectText(cardOf("app") + " .hint[data-hint]", "<access>led</access>");
 }
 
 TEST_F(PageOfARun, isLaunchedByATag) {

@@ -47,7 +47,9 @@ const doubtsOf = ({ number }) =>
 
 const doubt = ({ about, text }) => el('p', { class: 'hint', 'data-doubt': about }, `? ${text}`);
 
-const hint = (thing) => el('p', { class: 'hint' }, '⚠ ', marked(textOf(thing) + cureOf(thing)));
+// A finding of the check, or a hint at what happened.
+const warning = (kind) => (thing) =>
+  el('p', { class: 'hint', [`data-${kind}`]: '' }, '⚠ ', marked(textOf(thing) + cureOf(thing)));
 
 function launchWith(app) {
   const how = el('input', {
@@ -87,8 +89,8 @@ function about(app) {
     el('p', { class: 'empty', 'data-since': app.since }),
     el('p', { class: 'autokill', hidden: true }),
     ...(app.end ? endOf(app.end) : []),
-    ...(app.findings ?? []).map(hint),
-    ...(app.hints ?? []).map(hint),
+    ...(app.findings ?? []).map(warning('finding')),
+    ...(app.hints ?? []).map(warning('hint')),
     ...app.doubts.map(doubt),
   ];
 }
