@@ -6,6 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "device/describe.h"
 #include "device/owned.h"
 #include "device/secrets.h"
 #include "device/view.h"
@@ -25,13 +26,19 @@ const char* add(JsonObject& shown, const Left& left) {
   return "left";
 }
 
+void addMessage(JsonObject& shown, AppNumber application, const zeph::ZephMsg& message) {
+  shown.number("application", application)
+      .member("message", toJson(message))
+      .text("words", describe(message));
+}
+
 const char* add(JsonObject& shown, const Received& received) {
-  shown.number("application", received.application).member("message", toJson(*received.message));
+  addMessage(shown, received.application, *received.message);
   return "received";
 }
 
 const char* add(JsonObject& shown, const Sent& sent) {
-  shown.number("application", sent.application).member("message", toJson(*sent.message));
+  addMessage(shown, sent.application, *sent.message);
   if (!sent.together.empty()) shown.member("together", sent.together);
   return "sent";
 }

@@ -34,7 +34,8 @@ TEST(EventJson, hasAFormForEveryKind) {
   Underway resting = underway;
   resting.length.reset();
   const std::string message =
-      R"("message":{"id":"3f2a","interactiveId":"abc","led":{"fade":{"color":"blue","period":500}}})";
+      R"("message":{"id":"3f2a","interactiveId":"abc","led":{"fade":{"color":"blue","period":500}}},)"
+      R"("words":"led fade blue 500 ms")";
   const std::string work = R"("work":"led","application":1,"request":"3f2a","begun":4)";
   const std::pair<Event::What, std::string> cases[] = {
       {Came{1}, R"("came","application":1)"},

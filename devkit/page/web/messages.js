@@ -6,7 +6,6 @@ import { redraw } from './frame.js';
 import { List } from './list.js';
 import { hueOf, nameOf } from './names.js';
 import { Kept } from './store.js';
-import { inFewWords, isBad } from './words.js';
 
 const kSigns = { received: '→', sent: '←' };
 const kWays = { received: 'from the application', sent: 'to the application' };
@@ -18,6 +17,10 @@ let list = null;
 let only = '';
 
 const kMostAnswers = 10; // that are shown at a request; more are counted
+
+// Codes that tell that something went wrong.
+const kBad = new Set(['ERROR', 'TIMEOUT', 'CANCELLED', 'BUSY', 'BAD_INTERACTIVEID', 'NOT_CONNECTED']);
+const isBad = (message) => kBad.has(message.response?.code ?? message.event?.code);
 
 const keyOf = (app, id) => `${app} ${id}`;
 
@@ -41,13 +44,13 @@ function join(row) {
 }
 
 /** A message that passed: an event "received" or "sent". */
-export function addMessage({ time, event, application, message = {} }) {
+export function addMessage({ time, event, application, message = {}, words = '' }) {
   const row = {
     time,
     way: event,
     app: application,
     message,
-    words: inFewWords(message),
+    words,
     answers: [],
     count: 0,
   };
