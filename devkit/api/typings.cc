@@ -222,8 +222,12 @@ std::string typings(const Granted& granted) {
     if (!name.empty()) inner += interfaceOf(object, granted);
     if (name.empty()) globals += members(object, "declare function ");
     if (name.empty() || !parentOf(name).empty()) continue;
-    globals +=
-        comment("", object["about"]) + "declare var " + name + ": Morvik." + name + "Object;\n";
+    globals += comment("", object["about"]);
+    globals.append("declare var ")
+        .append(name)
+        .append(": Morvik.")
+        .append(name)
+        .append("Object;\n");
   }
   std::string text = std::string(kHead) + "declare namespace Morvik {\n";
   text += indented(inner);
