@@ -96,6 +96,8 @@ void RunLog::found(const RunningApp& app, const FolderTrouble& trouble) {
 }
 
 void RunLog::ended(const RunningApp& app, const End& end) {
+  if (end.kind == EndKind::kQuit)
+    return row(app.name(), "end", "ended, as you asked", RowLook::kFaint);
   if (isAuthors(end)) return;
   std::string text = headlineOf(end) + "\n" + end.sentence;
   if (!end.cure.empty()) text += "\n" + end.cure;

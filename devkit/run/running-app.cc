@@ -51,6 +51,10 @@ void RunningApp::serverMissing(const std::string& why) {
   if (launch_) launch_->serverMissing(process_, why);
 }
 
+void RunningApp::left(const std::string& how) {
+  if (launch_) launch_->left(process_, how);
+}
+
 // A launch must not go while it tells of its end.
 void RunningApp::settleSoon() {
   if (settling_) g_source_destroy(settling_.get());

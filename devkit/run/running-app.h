@@ -84,6 +84,8 @@ class RunningApp : private LaunchObserver {
 
   /// The device server behind a relay could not be reached, or, with an empty text, is there.
   void serverMissing(const std::string& why);
+  /// The device server ends its connection; `how` is for its explained end.
+  void left(const std::string& how);
 
   const std::string& name() const { return plan_.name; }
   const std::filesystem::path& folder() const { return plan_.folder; }

@@ -114,8 +114,16 @@ void Session::hear(const Event& event) {
   } else if (const auto* sent = std::get_if<Sent>(&event.what)) {
     const auto known = owners_.find(sent->application);
     if (known != owners_.end()) known->second->serverMissing("");
+  } else if (const auto* stimulated = std::get_if<Stimulated>(&event.what)) {
+    if (stimulated->name == "drop") dropped(stimulated->only);
   } else if (const auto* left = std::get_if<Left>(&event.what)) {
     owners_.erase(left->application);
+  }
+}
+
+void Session::dropped(std::optional<AppNumber> only) {
+  for (const auto& [number, app] : owners_) {
+    if (!only || *only == number) app->left("it was told to drop it");
   }
 }
 

@@ -127,6 +127,7 @@ TEST_F(PageOfARun, anEndIsExplainedWithItsCure) {
   expectState("app", "ended");
   expectText(cardOf("app") + " .why", "10 MiB");
   expectText(cardOf("app") + " .cure", "Keep less");
+  expectText(cardOf("app") + " .headline", "app ended after ");
   driver_.click(cardOf("app") + " details:has(pre) summary");
   expectText(cardOf("app") + " pre", "begins");
   expectText("#announcer", "app: ");

@@ -30,6 +30,17 @@ TEST_F(RunTerminalTest, restartsAtAKey) {
   run->waitFor("here as RFID");
 }
 
+TEST_F(RunTerminalTest, makesOneRestartOfTenSaves) {
+  write("app", "log('version 0');");
+  const auto run = start({folder_ / "app"});
+  run->waitFor("version 0");
+  for (int save = 1; save <= 10; ++save) {
+    write("app", "log('version " + std::to_string(save) + "');");
+  }
+  run->waitFor("version 10");
+  EXPECT_EQ(countOf("version ", run->output()), 2);
+}
+
 TEST_F(RunTerminalTest, asksWhichApplicationIsMeant) {
   write("one", "log('one is here');");
   write("two", "log('two is here by ' + launchType.text);");

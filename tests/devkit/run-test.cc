@@ -139,6 +139,14 @@ TEST_F(RunTest, saysWhyAnApplicationEnded) {
   EXPECT_THAT(said, HasSubstr("status 0"));
 }
 
+TEST_F(RunTest, saysThatTheDeviceDroppedTheConnection) {
+  write("app", interactiveScript("log('ready');"));
+  const auto run = start({folder_ / "app"});
+  run->waitFor("log     ready");
+  run->say("drop\n");
+  run->waitFor("it was told to drop it");
+}
+
 TEST_F(RunTest, saysThatTheHostIsMissing) {
   write("app", "");
   const auto run = start({"--host=/nowhere/morvikvm", folder_ / "app"});

@@ -35,6 +35,7 @@ function endOf(end) {
   return [
     el('p', { class: 'why' }, el('strong', {}, marked(end.sentence ?? end.kind))),
     end.cure ? el('p', { class: 'cure' }, marked(end.cure)) : null,
+    end.headline ? el('p', { class: 'headline' }, end.headline) : null,
     lastLines(end.lines),
   ];
 }
@@ -100,7 +101,7 @@ function cardFor(app) {
   const name = nameOf(app);
   const told = el('div', { class: 'application-about' });
   const card = el('li', { class: 'application', 'data-app': name, 'data-hue': hueOf(name) }, told);
-  if (state.mode === 'run' && app.name) card.append(launchWith(app));
+  if (state.mode !== 'device' && app.name) card.append(launchWith(app));
   card.show = ({ until = '', ...now }) => {
     setFlag(card, 'data-state', now.state);
     setFlag(card, 'data-calm', now.end !== null && kCalm.has(now.end?.kind));
