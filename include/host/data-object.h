@@ -14,8 +14,9 @@
 namespace morvik {
 
 inline constexpr int kDataFields = 2;
-inline constexpr int kBufferField = 0;  ///< an External with a null pointer: no buffer is kept
-inline constexpr int kPathField = 1;    ///< a String; whoever reads it asks dataPath
+inline constexpr int kBufferField =
+    0;  ///< an External with a null pointer, read by nobody: two fields tell a data object
+inline constexpr int kPathField = 1;  ///< a String; whoever reads it asks dataPath
 
 /// A file's content.
 struct ResourceBuffer {

@@ -122,6 +122,7 @@ void info(const Args& args) {
   request.sendForFirst(InfoMorvikCallbackFunction);
 }
 
+// Bound to no name: no script reaches it.
 void SetInteractive(const Args& args) {
   v8::Isolate* isolate = args.GetIsolate();
   g_debug("set interactiveID");

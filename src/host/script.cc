@@ -47,7 +47,8 @@ void throwText(v8::Isolate* isolate, std::string_view text) {
 
 // A function of ours runs in the context that it was made in, whoever calls it, also by way of the
 // other context that an event's object comes from. Should one ever run there, whose global object
-// has no such field, it must not take for an application whatever stands in its place.
+// has no such field (ours has one of one kind, set before any script runs), it must not take for an
+// application whatever stands in its place.
 MorvikData& currentInstance(v8::Isolate* isolate) {
   const v8::Local<v8::Object> global = isolate->GetCurrentContext()->Global();
   void* instance =

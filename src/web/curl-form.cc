@@ -1,4 +1,4 @@
-// libcurl's form list: the multipart interface that this program uses on purpose, though libcurl
+// libcurl's form list: the multipart interface that this program uses, though libcurl
 // calls it deprecated. The bytes that a web server sees, boundaries and header lines among them,
 // are this interface's; the newer one writes others. Only here.
 #include "web/curl-form.h"

@@ -9,6 +9,7 @@
 #include <set>
 #include <string>
 
+namespace morvik::test {
 namespace {
 
 using google::protobuf::Descriptor;
@@ -598,3 +599,4 @@ TEST(ZephMessage, aValueOutsideItsEnumerationIsAnUnknownField) {
 }
 
 }  // namespace
+}  // namespace morvik::test

@@ -3,11 +3,12 @@
 
 #include "support/matchers.h"
 
+namespace morvik::test {
 namespace {
 
-using morvik::devkit::frameOf;
-using morvik::devkit::FrameReader;
-using morvik::devkit::kMaxPayload;
+using devkit::frameOf;
+using devkit::FrameReader;
+using devkit::kMaxPayload;
 using namespace std::string_literals;
 
 TEST(Frame, aHeaderOfFourBytesBigEndianStandsBeforeThePayload) {
@@ -74,3 +75,4 @@ TEST(FrameReader, isBrokenForGoodByALengthAboveTheLimit) {
 }
 
 }  // namespace
+}  // namespace morvik::test
