@@ -26,7 +26,7 @@ struct PageLogLine {
   std::int64_t time = 0;  // milliseconds since 1970
   std::string app;
   std::string level;  // "DEBUG", "MESSAGE", "WARNING", "ERROR"; empty when it is not known
-  std::string kind;   // "script", "host", "exception", "foreign" or "noise"
+  std::string kind;   // "script", "host", "foreign" or "noise"
   std::string text;
 };
 

@@ -1,7 +1,5 @@
 // morvik-dev check: each kind of mistake in a folder of its own, and programs in which there is
 // nothing to find.
-#include <gmock/gmock.h>
-
 #include <algorithm>
 #include <fstream>
 #include <regex>
@@ -13,6 +11,7 @@
 #include "desk-fixture.h"
 #include "device/json.h"
 #include "support/file-content.h"
+#include "support/matchers.h"
 #include "support/program.h"
 
 namespace morvik::test {
@@ -21,10 +20,6 @@ using namespace devkit;
 namespace {
 
 namespace fs = std::filesystem;
-using ::testing::ContainsRegex;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::StartsWith;
 
 constexpr char kBroken[] = SOURCE_DIR "/tests/devkit/broken/";
 

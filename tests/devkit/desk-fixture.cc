@@ -32,12 +32,7 @@ DeskTest::~DeskTest() { unsetenv("TMPDIR"); }
 fs::path DeskTest::write(const std::string& app, const std::string& script,
                          const std::string& accesses) {
   fs::path folder = folder_.path() / app;
-  fs::create_directories(folder);
-  if (!fs::exists(folder / "descriptor.xml")) {
-    std::ofstream(folder / "descriptor.xml")
-        << "<descriptor><accesses>" << accesses << "</accesses></descriptor>";
-  }
-  std::ofstream(folder / "main.js") << script;
+  writeApplication(folder, script, accesses);
   return folder;
 }
 
@@ -83,13 +78,6 @@ int countOf(const std::string& text, const std::string& within) {
     ++count;
   }
   return count;
-}
-
-std::string interactiveScript(const std::string& onGrant) {
-  return "var at = instanceName.split(':');\n"
-         "morvik.connect(at[0], Number(at[1]));\n"
-         "morvik.start(function () {\n" +
-         onGrant + "\n});\n";
 }
 
 }  // namespace morvik::test

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "loop.h"
+#include "support/application-folder.h"
 #include "support/matchers.h"
 #include "support/temporary-folder.h"
 
@@ -41,8 +42,5 @@ std::vector<int> childrenOf(int process);
 std::size_t descriptorsOf(int process);
 /// How often the text stands in another.
 int countOf(const std::string& text, const std::string& within);
-
-/// A main.js that connects, is granted interactive mode, and then does this.
-std::string interactiveScript(const std::string& onGrant);
 
 }  // namespace morvik::test

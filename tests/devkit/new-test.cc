@@ -1,6 +1,4 @@
 // morvik-dev new: folders that are right from the beginning.
-#include <gmock/gmock.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
@@ -9,6 +7,7 @@
 
 #include "desk-fixture.h"
 #include "support/file-content.h"
+#include "support/matchers.h"
 #include "support/program.h"
 
 namespace morvik::test {
@@ -17,9 +16,6 @@ using namespace devkit;
 namespace {
 
 namespace fs = std::filesystem;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::StartsWith;
 
 std::vector<std::string> templateNames() {
   std::istringstream lines(run({MORVIK_DEV, "new", "--templates"}).output);

@@ -140,8 +140,8 @@ TEST_F(RunTerminalTest, leavesNothingBehindBy200Restarts) {
     run->waitFor("granted");
   }
   EXPECT_TRUE(comesTrue([&] { return childrenOf(run->pid()).size() == 1; }));
-  EXPECT_TRUE(comesTrue([&] { return descriptorsOf(run->pid()) == descriptors; }))
-      << descriptorsOf(run->pid()) << " instead of " << descriptors;
+  EXPECT_TRUE(comesTrue([&] { return descriptorsOf(run->pid()) <= descriptors; }))
+      << descriptorsOf(run->pid()) << " instead of at most " << descriptors;
   run->press("q");
   EXPECT_EQ(run->waitForEnd(), 0);
   expectNothingLeft();

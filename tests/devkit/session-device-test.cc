@@ -12,38 +12,44 @@ namespace morvik::test {
 using namespace devkit;
 namespace {
 
-TEST(RelayedDevice, isSeenByWhatApplicationsSend) {
-  Loop loop;
-  DeviceServer real;
-  std::string trouble;
-  ASSERT_FALSE(real.listen(0, trouble)) << trouble;
-  const auto device = makeRelayedDevice("127.0.0.1:" + std::to_string(real.port()), trouble);
-  ASSERT_NE(device, nullptr) << trouble;
-  AppClient app(loop, device->port());
-  app.ask(startRequest("our-id"));
-  app.ask(lightRequest("our-id", "red"));
-  const DeviceView view = device->view();
+class RelayedDeviceTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::string trouble;
+    ASSERT_FALSE(real_.listen(0, trouble)) << trouble;
+    device_ = makeRelayedDevice("127.0.0.1:" + std::to_string(real_.port()), trouble);
+    ASSERT_NE(device_, nullptr) << trouble;
+  }
+
+  // An application asks for a colour.
+  void light(const std::string& color) {
+    app_.emplace(loop_, device_->port());
+    app_->ask(startRequest("our-id"));
+    app_->ask(lightRequest("our-id", color));
+  }
+
+  Loop loop_;
+  DeviceServer real_;
+  std::unique_ptr<SessionDevice> device_;
+  std::optional<AppClient> app_;
+};
+
+TEST_F(RelayedDeviceTest, isSeenByWhatApplicationsSend) {
+  light("red");
+  const DeviceView view = device_->view();
   EXPECT_EQ(view.state.led.color, "red");
   EXPECT_EQ(view.applications.size(), 1U);
-  EXPECT_FALSE(device->isVirtual());
-  const Outcome outcome = device->stimulate("button SIMPLE");
+  EXPECT_FALSE(device_->isVirtual());
+  const Outcome outcome = device_->stimulate("button SIMPLE");
   EXPECT_FALSE(outcome.done);
   EXPECT_THAT(outcome.text, HasSubstr("this is a real device"));
-  EXPECT_THAT(device->stimulate("state").text, HasSubstr("LED          red\n"));
+  EXPECT_THAT(device_->stimulate("state").text, HasSubstr("LED          red\n"));
 }
 
-TEST(RelayedDevice, isNotDoubted) {
-  Loop loop;
-  DeviceServer real;
-  std::string trouble;
-  ASSERT_FALSE(real.listen(0, trouble)) << trouble;
-  const auto device = makeRelayedDevice("127.0.0.1:" + std::to_string(real.port()), trouble);
-  ASSERT_NE(device, nullptr) << trouble;
-  AppClient app(loop, device->port());
-  app.ask(startRequest("our-id"));
-  app.ask(lightRequest("our-id", "rde"));
-  EXPECT_EQ(device->view().applications.at(1).doubts.size(), 0U);
-  EXPECT_EQ(real.device().application(1)->doubts.size(), 1U);
+TEST_F(RelayedDeviceTest, isNotDoubted) {
+  light("rde");
+  EXPECT_EQ(device_->view().applications.at(1).doubts.size(), 0U);
+  EXPECT_EQ(real_.device().application(1)->doubts.size(), 1U);
 }
 
 class VirtualDeviceTest : public ::testing::Test {

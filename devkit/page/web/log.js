@@ -33,7 +33,7 @@ export function addLines(lines) {
 function fits(row) {
   if (row.kind === 'noise' && !filter.noise) return false;
   if (filter.app !== '' && row.app !== filter.app) return false;
-  if (filter.scriptOnly && row.kind !== 'script' && row.kind !== 'exception') return false;
+  if (filter.scriptOnly && row.kind !== 'script') return false;
   return rankOf(row) >= filter.least;
 }
 

@@ -1,8 +1,6 @@
 // Folders, and the tool that runs them.
 #include "support/browser/running-folders.h"
 
-#include <fstream>
-
 #include "support/browser/said.h"
 
 namespace morvik::test {
@@ -22,22 +20,5 @@ RunningFolders::RunningFolders(const std::filesystem::path& own, const std::stri
                                const std::vector<std::string>& words)
     : program_(commandOf(own, morvikDev, words)),
       page_(saidBehind("The device is on this page: ", program_)) {}
-
-void writeApplication(const std::filesystem::path& folder, const std::string& script,
-                      const std::string& accesses) {
-  std::filesystem::create_directories(folder);
-  if (!std::filesystem::exists(folder / "descriptor.xml")) {
-    std::ofstream(folder / "descriptor.xml")
-        << "<descriptor><accesses>" << accesses << "</accesses></descriptor>";
-  }
-  std::ofstream(folder / "main.js") << script;
-}
-
-std::string interactiveScript(const std::string& onGrant) {
-  return "var at = instanceName.split(':');\n"
-         "morvik.connect(at[0], Number(at[1]));\n"
-         "morvik.start(function () {\n" +
-         onGrant + "\n});\n";
-}
 
 }  // namespace morvik::test

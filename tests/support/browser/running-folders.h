@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "support/application-folder.h"
 #include "support/browser/child.h"
 
 namespace morvik::test {
@@ -24,12 +25,5 @@ class RunningFolders {
   Child program_;
   std::string page_;
 };
-
-/// Makes an application in this folder, or another main.js for one that is there.
-void writeApplication(const std::filesystem::path& folder, const std::string& script,
-                      const std::string& accesses);
-
-/// A main.js that connects, is granted interactive mode, and then does this.
-std::string interactiveScript(const std::string& onGrant);
 
 }  // namespace morvik::test
