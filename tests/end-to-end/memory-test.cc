@@ -1,6 +1,6 @@
 // The limit on an application's memory: whatever a script fills it with, its application ends with
 // words for it or goes on, and nobody else is harmed.
-#ifndef __SANITIZE_ADDRESS__  // there the limit does not hold, because the shadow counts as data
+#ifndef MORVIK_PROGRAMS_ARE_SANITIZED  // there the limit does not hold: the shadow is data too
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
