@@ -270,7 +270,7 @@ TEST_F(LogOfARun, isKeptAsAFile) {
       "[...document.querySelectorAll('#panel-log button')]"
       "  .find((button) => button.textContent === 'Download').click()");
   const std::string file = folder_ / "log.txt";
-  waitUntil("the file", [&] { return std::filesystem::exists(file); });
+  waitUntil("the file", [&] { return std::filesystem::exists(file) && !contentOf(file).empty(); });
   EXPECT_THAT(contentOf(file),
               AllOf(HasSubstr("one apple\n"), HasSubstr("two apples\n"), Not(HasSubstr("pear"))));
 }
