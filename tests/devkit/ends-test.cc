@@ -204,7 +204,7 @@ const Row kRows[] = {
        scene.came = [](FakeServer& server) { server.close(); };
      }},
     {"serverReset", EndKind::kServerReset, "killed by SIGTRAP",
-     "broke off the connection: Connection reset by peer", "crashed, was killed",
+     "The device server broke off the connection: ", "crashed, was killed",
      [](Scene& scene) {
        scene.apps.app("app", connected(kStart));
        scene.relayTo(scene.server.port());
