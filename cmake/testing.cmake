@@ -8,6 +8,17 @@ set(PROPERTIES ${arg_PROPERTIES})\ninclude(${CMAKE_SOURCE_DIR}/cmake/list-tests.
   set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES ${list})
 endfunction()
 
+# Builds the programs that are tested with a program that tests them, which finds them by these names.
+function(tests_programs target)
+  add_dependencies(${target} morvik-dev morvikvm short-timers)
+  target_compile_definitions(${target} PRIVATE
+    MORVIKVM="$<TARGET_FILE:morvikvm>"
+    MORVIK_DEV="$<TARGET_FILE:morvik-dev>"
+    PROGRAMS="$<TARGET_FILE_DIR:morvikvm>"
+    SHORT_TIMERS="$<TARGET_FILE:short-timers>"
+    SOURCE_DIR="${CMAKE_SOURCE_DIR}")
+endfunction()
+
 include(CTest)
 if(BUILD_TESTING)
   find_package(GTest REQUIRED)
