@@ -52,7 +52,11 @@ Desk::Desk(DeskPlan plan)
     : plan_(std::move(plan)),
       view_([this](const std::string& bytes) { write(bytes); }, style(),
             namesOf(plan_.session.folders)),
-      log_(view_, std::move(plan_.filter)) {
+      log_(view_, std::move(plan_.filter),
+           [this](const std::string& app, const std::string& mark, const std::string& text,
+                  RowLook look) {
+             if (page_) page_->told(app, mark, text, look);
+           }) {
   std::signal(SIGPIPE, SIG_IGN);
 }
 
@@ -107,6 +111,7 @@ std::optional<std::string> Desk::begin() {
   device_->setAppFolders(session_->folders());
   if (auto reason = beginPage()) return reason;
   greet();
+  if (plan_.openPage) openPage();
   beginKeys();
   session_->start();
   return std::nullopt;
@@ -118,7 +123,6 @@ std::optional<std::string> Desk::beginPage() {
   std::string trouble;
   if (!page_->listen(*plan_.page, trouble))
     return "no page: " + trouble + ". Choose another port: --page=PORT, or --no-page.";
-  if (plan_.openPage) openPage();
   return std::nullopt;
 }
 
@@ -183,7 +187,7 @@ void Desk::openPage() {
   if (!page_) return view_.showText("There is no page: --no-page was asked for.\n");
   const std::string trouble = openInBrowser(page_->address());
   view_.showText(trouble.empty()
-                     ? page_->address() + "\n"
+                     ? "The browser opens " + page_->address() + "\n"
                      : "No browser opens (" + trouble + "). Open " + page_->address() + "\n");
 }
 
@@ -191,8 +195,7 @@ void Desk::launching(const RunningApp& app) { log_.launching(app); }
 
 void Desk::wrote(const RunningApp& app, const LogLine& line) {
   log_.wrote(app, line);
-  if (page_ && (line.kind == LineKind::kNoise || log_.hasLevel(line.level)))
-    page_->wrote(app, line);
+  if (page_) page_->wrote(app, line);
 }
 
 void Desk::hinted(const RunningApp& app, const Hint& hint) { log_.hinted(app, hint); }
@@ -223,8 +226,8 @@ std::string Desk::nameOf(AppNumber application) {
 
 void Desk::happened(const Event& event) {
   showEvent(event);
-  if (session_) session_->hear(event);
   if (page_) page_->happened(event);
+  if (session_) session_->hear(event);
 }
 
 void Desk::showEvent(const Event& event) {

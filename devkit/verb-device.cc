@@ -133,32 +133,39 @@ struct DevicePage {
   DeviceFeed feed;
 };
 
+// The exit status when it cannot listen.
+template <class Listener>
+std::optional<int> listenOn(Listener& listener, int port) {
+  std::string text;
+  const auto failure = listener.listen(static_cast<std::uint16_t>(port), text);
+  return failure ? std::optional(tellFailure(*failure, port, text)) : std::nullopt;
+}
+
+// A device in the background of a terminal goes on without commands, rather than stop when it wants
+// to read them.
+void obeyUntilTold(Device& device, const Manner& manner, UntilTold& untilTold) {
+  std::signal(SIGTTIN, SIG_IGN);
+  const LineReader commands(STDIN_FILENO,
+                            [&](std::string_view line) { manner.obey(device, line); });
+  untilTold.run();
+}
+
 int serve(const Ports& ports, const std::string& folder, const Manner& manner) {
   std::string trouble;
   auto store = Store::open(folder, trouble);
   if (!store) return tellStoreFailure(trouble);
   DeviceServer server(std::move(store));
   const Observation observation(server.device().events(), *manner.observer);
-  std::string text;
-  if (const auto failure = server.listen(static_cast<std::uint16_t>(ports.device), text)) {
-    return tellFailure(*failure, ports.device, text);
-  }
+  if (const auto status = listenOn(server, ports.device)) return *status;
   std::optional<DevicePage> shown;
   if (ports.page) {
     shown.emplace(server.device(), folder);
-    if (const auto failure = shown->page.listen(static_cast<std::uint16_t>(*ports.page), text)) {
-      return tellFailure(*failure, *ports.page, text);
-    }
+    if (const auto status = listenOn(shown->page, *ports.page)) return *status;
   }
   UntilTold untilTold;
   manner.greet(server.device(), server.port());
   if (shown) manner.tellPage(server.device(), shown->page.address());
-  // A device in the background of a terminal goes on without commands, rather than stop when it
-  // wants to read them.
-  std::signal(SIGTTIN, SIG_IGN);
-  const LineReader commands(STDIN_FILENO,
-                            [&](std::string_view line) { manner.obey(server.device(), line); });
-  untilTold.run();
+  obeyUntilTold(server.device(), manner, untilTold);
   return EXIT_SUCCESS;
 }
 
@@ -181,37 +188,53 @@ gboolean takePage(const char* /*name*/, const char* value, gpointer /*data*/, GE
   return TRUE;
 }
 
-}  // namespace
+// Where GLib's options leave their values.
+struct DeviceWishes {
+  DeviceWishes() = default;
+  ~DeviceWishes() {
+    g_free(state);
+    g_free(events);
+  }
+  DeviceWishes(const DeviceWishes&) = delete;
+  DeviceWishes& operator=(const DeviceWishes&) = delete;
 
-int runDevice(int argc, char** argv) {
   Ports ports;
   char* state = nullptr;
   char* events = nullptr;
+};
+
+int serveAsAsked(DeviceWishes& wishes) {
+  Ports& ports = wishes.ports;
+  if (ports.device < 0 || ports.device > kHighestPort) return refusePort();
+  if (pageAsked) {
+    ports.page = portFrom(pageAsked->empty() ? "0" : *pageAsked);
+    if (!ports.page) return refusePort();
+  }
+  const std::string form = wishes.events != nullptr ? wishes.events : "text";
+  if (form != "text" && form != "json") {
+    return refuseUsage(kHelp.name, "events are shown as text or as json");
+  }
+  return serve(ports, wishes.state != nullptr ? wishes.state : usualStateFolder(),
+               form == "json" ? forPrograms() : forPeople());
+}
+
+}  // namespace
+
+int runDevice(int argc, char** argv) {
+  DeviceWishes wishes;
   const GOptionEntry entries[] = {
-      {"port", 'p', 0, G_OPTION_ARG_INT, &ports.device,
+      {"port", 'p', 0, G_OPTION_ARG_INT, &wishes.ports.device,
        "Port to listen on (7410); 0 takes a free one", "N"},
-      {"state", 0, 0, G_OPTION_ARG_FILENAME, &state,
+      {"state", 0, 0, G_OPTION_ARG_FILENAME, &wishes.state,
        "Where to keep what outlives the device ($XDG_STATE_HOME/morvik-dev)", "FOLDER"},
-      {"events", 0, 0, G_OPTION_ARG_STRING, &events,
+      {"events", 0, 0, G_OPTION_ARG_STRING, &wishes.events,
        "How to show what happens: text for people, json for programs (text)", "FORM"},
       {"page", 0, G_OPTION_FLAG_OPTIONAL_ARG, G_OPTION_ARG_CALLBACK,
        reinterpret_cast<gpointer>(takePage),
        "Show the device in the browser, on a free port of this machine or on this one", "PORT"},
       {}};
   const auto status = readOptions(kHelp, entries, argc, argv);
-  const GText asked(state);
-  const std::string form = GText(events != nullptr ? events : g_strdup("text")).get();
-  if (status) return *status;
-  if (ports.device < 0 || ports.device > kHighestPort) return refusePort();
-  if (pageAsked) {
-    ports.page = portFrom(pageAsked->empty() ? "0" : *pageAsked);
-    if (!ports.page) return refusePort();
-  }
-  if (form != "text" && form != "json") {
-    return refuseUsage(kHelp.name, "events are shown as text or as json");
-  }
-  return serve(ports, asked ? asked.get() : usualStateFolder(),
-               form == "json" ? forPrograms() : forPeople());
+  return status ? *status : serveAsAsked(wishes);
 }
 
 }  // namespace morvik::devkit

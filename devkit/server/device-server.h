@@ -9,9 +9,9 @@
 #include <string>
 
 #include "device/device.h"
-#include "device/owned.h"
 #include "server/agenda.h"
 #include "server/app-connection.h"
+#include "server/loopback-service.h"
 
 namespace morvik::devkit {
 
@@ -34,7 +34,7 @@ class DeviceServer : private Outlet, private AppConnection::Owner {
   [[nodiscard]] std::optional<Failure> listen(std::uint16_t port, std::string& text);
 
   /// The port that it listens on; valid after a successful `listen`.
-  std::uint16_t port() const { return port_; }
+  std::uint16_t port() const { return service_.port(); }
 
   /// The port of an application's own end of its connection; 0 when there is no such application.
   std::uint16_t portOf(AppNumber application) const;
@@ -43,8 +43,6 @@ class DeviceServer : private Outlet, private AppConnection::Owner {
   Device& device() { return device_; }
 
  private:
-  static int onIncoming(GSocketService* service, GSocketConnection* socket, GObject* source,
-                        void* server);
   void accept(GSocketConnection* socket);
   void refuse(AppNumber application, const std::string& trouble);
 
@@ -53,8 +51,7 @@ class DeviceServer : private Outlet, private AppConnection::Owner {
   void payloadArrived(AppNumber application, const std::string& payload) override;
   void connectionEnded(AppNumber application, const std::string& trouble) override;
 
-  GOwned<GSocketService> service_;
-  std::uint16_t port_ = 0;
+  LoopbackService service_{[this](GSocketConnection* connection) { accept(connection); }};
   AppNumber lastNumber_ = 0;
   std::map<AppNumber, std::shared_ptr<AppConnection>> connections_;
   Agenda agenda_;
