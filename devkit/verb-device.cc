@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 
+#include "control/control-server.h"
 #include "device/requests.h"
 #include "device/stimuli.h"
 #include "options.h"
@@ -153,6 +154,12 @@ int serve(const Ports& ports, const std::string& folder, const Manner& manner) {
   UntilTold untilTold;
   manner.greet(server.device(), server.port());
   if (shown) manner.tellPage(server.device(), shown->page.address());
+  std::string noControl;
+  const auto control = offerControl(
+      {"device on port " + std::to_string(server.port()), server.device().events(),
+       [&server](std::string_view line) { return answerTo(server.device(), line); }},
+      noControl);
+  std::fputs(noControl.c_str(), stderr);
   // A device in the background of a terminal goes on without commands, rather than stop when it
   // wants to read them.
   std::signal(SIGTTIN, SIG_IGN);
