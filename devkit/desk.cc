@@ -65,6 +65,7 @@ Desk::~Desk() {
   session_.reset();
   page_.reset();
   hears_.reset();
+  recorder_.reset();
   device_.reset();
 }
 
@@ -104,6 +105,12 @@ std::optional<std::string> Desk::begin() {
   Observer& ofDevice = *this;
   RunningAppObserver& ofApplications = *this;
   hears_ = std::make_unique<Observation>(device_->events(), ofDevice);
+  if (!plan_.record.empty()) {
+    recorder_ = Recorder::begin(plan_.record,
+                                {.began = device_->view().time, .isReal = !device_->isVirtual()},
+                                device_->events(), trouble);
+    if (!recorder_) return trouble;
+  }
   session_ = std::make_unique<Session>(ofApplications, *device_);
   if (!session_->prepare(plan_.session, trouble)) return trouble;
   device_->setAppFolders(session_->folders());

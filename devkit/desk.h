@@ -10,6 +10,7 @@
 
 #include "control/control-server.h"
 #include "device/owned.h"
+#include "replay/recorder.h"
 #include "run-page.h"
 #include "run/end-history.h"
 #include "run/run-log.h"
@@ -31,6 +32,7 @@ struct DeskPlan {
   std::string stateFolder;
   std::optional<std::uint16_t> page = 0;  ///< its port, 0 for any; nothing for no page
   bool openPage = false;
+  std::string record;  ///< a file to be made for what passes; empty for none
   int seconds = 0;     ///< to the end; 0 for none
 };
 
@@ -77,6 +79,7 @@ class Desk : private RunningAppObserver, private Observer {
   MergedView view_;
   RunLog log_;
   std::unique_ptr<SessionDevice> device_;
+  std::unique_ptr<Recorder> recorder_;
   std::unique_ptr<Observation> hears_;
   std::unique_ptr<RunPage> page_;
   std::unique_ptr<ControlServer> control_;
