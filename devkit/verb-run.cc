@@ -43,6 +43,7 @@ struct Asked {
   char* device = nullptr;
   char* host = nullptr;
   char* state = nullptr;
+  char* record = nullptr;
   char** instances = nullptr;
   char** folders = nullptr;
 };
@@ -67,6 +68,8 @@ const GOptionEntry kRunEntries[] = {
      "The morvikvm to launch with (the one beside this program, or in PATH)", "FILE"},
     {"state", 0, 0, G_OPTION_ARG_FILENAME, &runAsked.state,
      "Where to keep what outlives the device ($XDG_STATE_HOME/morvik-dev)", "FOLDER"},
+    {"record", 0, 0, G_OPTION_ARG_FILENAME, &runAsked.record,
+     "Keep everything that passes in a new file, without credentials", "FILE"},
     {"instance", 0, 0, G_OPTION_ARG_STRING_ARRAY, &runAsked.instances,
      "The third word of a folder's launch line, in the order of the folders (DEVICE, its "
      "address)",
@@ -129,6 +132,7 @@ std::optional<std::string> readPlan(DeskPlan& plan) {
   plan.session.host = taken(runAsked.host, usualHost());
   plan.realDevice = taken(runAsked.device);
   plan.stateFolder = taken(runAsked.state, usualStateFolder());
+  plan.record = taken(runAsked.record);
   plan.devicePort = static_cast<std::uint16_t>(runAsked.devicePort);
   plan.page = static_cast<std::uint16_t>(runAsked.page);
   if (runAsked.noPage != FALSE) plan.page.reset();
