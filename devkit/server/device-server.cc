@@ -1,12 +1,15 @@
 // The listening socket and the table of connections.
 #include "server/device-server.h"
 
+#include <algorithm>
+
 #include "device/commands.h"
 
 namespace morvik::devkit {
 
-DeviceServer::DeviceServer(std::unique_ptr<Store> store)
-    : service_(g_socket_service_new()), device_(*this, agenda_, std::move(store)) {
+DeviceServer::DeviceServer(std::unique_ptr<Store> store, Scheduler* scheduler)
+    : service_(g_socket_service_new()),
+      device_(*this, scheduler != nullptr ? *scheduler : agenda_, std::move(store)) {
   g_signal_connect(service_.get(), "incoming", G_CALLBACK(onIncoming), this);
 }
 
@@ -36,6 +39,11 @@ std::optional<DeviceServer::Failure> DeviceServer::listen(std::uint16_t port, st
 std::uint16_t DeviceServer::portOf(AppNumber application) const {
   const auto found = connections_.find(application);
   return found != connections_.end() ? found->second->remotePort() : std::uint16_t{0};
+}
+
+bool DeviceServer::isDelivering() const {
+  return std::ranges::any_of(connections_,
+                             [](const auto& entry) { return entry.second->isDelivering(); });
 }
 
 int DeviceServer::onIncoming(GSocketService* /*service*/, GSocketConnection* socket,
