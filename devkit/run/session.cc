@@ -15,6 +15,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr char kAddress[] = "DEVICE";
+constexpr char kPlain[] = "plain";
 
 using SystemClock = std::chrono::system_clock;
 
@@ -50,8 +51,8 @@ bool Session::prepare(const SessionPlan& plan, std::string& trouble) {
       return false;
     }
     const std::string instance = index < plan.instances.size() ? plan.instances[index] : kAddress;
-    add({fs::canonical(folder), *name, links_->path(), plan.host, withAddress(instance),
-         plan.check});
+    add({fs::canonical(folder), *name, links_->path(), plan.host, withAddress(instance), plan.check,
+         plan.environment});
   }
   return true;
 }
@@ -71,6 +72,12 @@ void Session::start() {
     std::string trouble;
     if (!app->watch(trouble)) observer_.noted(*app, "saves are not seen: " + trouble);
     app->restart();
+  }
+}
+
+void Session::start(const std::vector<std::string>& types) {
+  for (std::size_t index = 0; index < apps_.size(); ++index) {
+    apps_[index]->launch(index < types.size() ? types[index] : kPlain);
   }
 }
 
