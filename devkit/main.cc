@@ -25,6 +25,7 @@ constexpr Verb kVerbs[] = {
     {"log", "stand in for the system log on a machine that has none", morvik::devkit::runLog},
     {"why", "tell why applications ended", morvik::devkit::runWhy},
     {"check", "tell what is wrong with applications", morvik::devkit::runCheck},
+    {"test", "test an application by a script", morvik::devkit::runTest},
     {"api", "tell what a script can call", morvik::devkit::runApi},
     {"help", "show this, or what one of them takes", help},
 };

@@ -12,6 +12,7 @@ int runLog(int argc, char** argv);
 int runWhy(int argc, char** argv);
 int runRun(int argc, char** argv);
 int runCheck(int argc, char** argv);
+int runTest(int argc, char** argv);
 int runNew(int argc, char** argv);
 int runApi(int argc, char** argv);
 
