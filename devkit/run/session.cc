@@ -15,7 +15,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr char kAddress[] = "DEVICE";
-constexpr char kPlain[] = "plain";
 
 using SystemClock = std::chrono::system_clock;
 
@@ -75,9 +74,9 @@ void Session::start() {
   }
 }
 
-void Session::start(const std::vector<std::string>& types) {
-  for (std::size_t index = 0; index < apps_.size(); ++index) {
-    apps_[index]->launch(index < types.size() ? types[index] : kPlain);
+void Session::start(const std::vector<std::optional<std::string>>& types) {
+  for (std::size_t index = 0; index < std::min(types.size(), apps_.size()); ++index) {
+    if (types[index]) apps_[index]->launch(*types[index]);
   }
 }
 

@@ -42,8 +42,9 @@ class Session {
   [[nodiscard]] bool prepare(const SessionPlan& plan, std::string& trouble);
   /// Launches all applications and watches their folders.
   void start();
-  /// Launches them, each by its launch type in this list, or plain; saves are not seen.
-  void start(const std::vector<std::string>& types);
+  /// Launches them, each by its launch type in this list; one without a type there waits for
+  /// RunningApp::launch. Saves are not seen.
+  void start(const std::vector<std::optional<std::string>>& types);
 
   const std::vector<std::unique_ptr<RunningApp>>& apps() const { return apps_; }
   /// Their folders by their names.

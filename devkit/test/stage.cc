@@ -27,6 +27,7 @@ Json endInJson(const End& end) {
 
 std::string stateWord(const RunningApp& app) {
   constexpr std::array kWords{"ending", "running", "broken", "ended"};
+  if (app.phase() == RunPhase::kEnded && !app.end()) return "idle";
   if (app.phase() != RunPhase::kRunning) return kWords.at(static_cast<std::size_t>(app.phase()));
   return app.state() == AppState::kInteractive ? "interactive" : "running";
 }

@@ -31,8 +31,9 @@ struct StagePlan {
   std::filesystem::path folder;  ///< a copy of it is run
   /// Files of the copy with other contents, or, with nothing, without them.
   std::map<std::string, std::optional<std::string>> files = {};
-  /// Launch types and third words, one of each for each launch of the application.
-  std::vector<std::string> types;
+  /// Launch types and third words, one of each for each application; those without a type are
+  /// launched later.
+  std::vector<std::optional<std::string>> types;
   std::vector<std::string> instances;
   Nanoseconds start{0};  ///< the time of day that it begins at, since 1970
 };

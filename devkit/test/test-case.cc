@@ -46,11 +46,16 @@ Nanoseconds timeOf(const Json& milliseconds) {
       std::chrono::duration<double, std::milli>(milliseconds.get<double>()));
 }
 
+std::optional<std::string> textUnlessNull(const Json& value) {
+  return value.is_null() ? std::nullopt : std::optional(value.get<std::string>());
+}
+
 StagePlan stagePlanOf(const fs::path& folder, const Json& question) {
   StagePlan plan{.folder = folder,
-                 .types = question.at("types"),
+                 .types = {},
                  .instances = question.at("instances"),
                  .start = timeOf(question.at("at"))};
+  for (const Json& type : question.at("types")) plan.types.push_back(textUnlessNull(type));
   for (const auto& [name, content] : question.at("files").items()) {
     plan.files[name] = content.is_null() ? std::nullopt : std::optional(content.get<std::string>());
   }

@@ -13,19 +13,19 @@ function test(name, options, body) {
 
 const OPTIONS = ['launch', 'instance', 'applications', 'at', 'files'];
 
-function planOf(one) {
-  const options = one.options;
+function planOf(test) {
+  const options = test.options;
   const unknown = Object.keys(options).find((name) => !OPTIONS.includes(name));
   if (unknown) {
-    throw new Failure('there is no option ' + unknown + ': ' + OPTIONS.join(', '), one.place);
+    throw new Failure('there is no option ' + unknown + ': ' + OPTIONS.join(', '), test.place);
   }
   const at = options.at === undefined ? now : Date.parse(options.at);
-  if (Number.isNaN(at)) throw new Failure('at: ' + options.at + ' is no time', one.place);
+  if (Number.isNaN(at)) throw new Failure('at: ' + options.at + ' is no time', test.place);
   const launches = options.applications || [options];
   return {
-    do: 'begin', at, files: options.files || {}, place: one.place,
-    types: launches.map((launch) => launch.launch || 'plain'),
-    instances: launches.map((launch) => launch.instance || 'DEVICE')
+    do: 'begin', at, files: options.files || {}, place: test.place,
+    types: launches.map((one) => one.launch === false ? null : one.launch || 'plain'),
+    instances: launches.map((one) => one.instance || 'DEVICE')
   };
 }
 

@@ -71,23 +71,21 @@ function waiting(place, promise) {
 
 // Lets time pass until `find` gives something. `what` is waited for, for a sentence.
 async function untilFound(what, find, place, within, app, describe = () => ({})) {
-  const end = now + milliseconds(within === undefined ? PATIENCE : within);
+  const patience = milliseconds(within === undefined ? PATIENCE : within);
+  const end = now + patience;
   for (;;) {
     const thing = find();
     if (thing !== undefined) return thing;
     const over = app && app.over();
     if (over || now >= end) {
-      const reason = over || 'not within ' + inWords(end);
+      const reason = over || 'not within ' + duration(patience) + ' of the device\'s time';
       throw new Failure(what + ': ' + reason, place, describe());
     }
     await ask({ do: 'step', until: end, place });
   }
 }
 
-let begun = now;
-function inWords(end) {
-  return duration(end - begun) + ' of the test\'s time';
-}
+let begun = now; // when the test began
 
 function duration(ms) {
   for (const [unit, length] of [['h', 3600000], ['min', 60000], ['s', 1000]]) {
@@ -102,7 +100,7 @@ class App {
   constructor(index) {
     this.index = index;
     this.name = '';
-    this.state = 'running';
+    this.state = 'idle';
     this.lines = [];
     this.messages = [];
     this.faults = [];
@@ -192,7 +190,7 @@ function appForTest(app) {
                                        options.within, app)).then(() => undefined);
     },
     ends: (kind, options = {}) => waiting(placeOfCaller(), end(app, kind, placeOfCaller(), options)),
-    launch: (type) => act({ do: 'launch', app: app.index, type }, placeOfCaller()).then(() => undefined),
+    launch: (type = 'plain') => act({ do: 'launch', app: app.index, type }, placeOfCaller()).then(() => undefined),
     read: (file) => act({ do: 'read', file }, placeOfCaller()).then((answer) => answer.text)
   });
 }
