@@ -26,6 +26,7 @@ constexpr Verb kVerbs[] = {
     {"why", "tell why applications ended", morvik::devkit::runWhy},
     {"check", "tell what is wrong with applications", morvik::devkit::runCheck},
     {"test", "test an application by a script", morvik::devkit::runTest},
+    {"types", "write typings that fit an application, for editors", morvik::devkit::runTypes},
     {"api", "tell what a script can call", morvik::devkit::runApi},
     {"help", "show this, or what one of them takes", help},
 };

@@ -13,6 +13,7 @@ int runWhy(int argc, char** argv);
 int runRun(int argc, char** argv);
 int runCheck(int argc, char** argv);
 int runTest(int argc, char** argv);
+int runTypes(int argc, char** argv);
 int runNew(int argc, char** argv);
 int runApi(int argc, char** argv);
 

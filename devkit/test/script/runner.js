@@ -24,9 +24,15 @@ function planOf(test) {
   const launches = options.applications || [options];
   return {
     do: 'begin', at, files: options.files || {}, place: test.place,
-    types: launches.map((one) => one.launch === false ? null : one.launch || 'plain'),
+    types: launches.map((one) => launchTypeOf(one.launch)),
     instances: launches.map((one) => one.instance || 'DEVICE')
   };
+}
+
+// Null for one that is launched later.
+function launchTypeOf(launch) {
+  if (launch === false) return null;
+  return typeof launch === 'string' ? launch : 'plain';
 }
 
 async function runTest(one, stimuli) {
