@@ -23,6 +23,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr double kLongestLimit = 86400;  // seconds
+
 constexpr VerbHelp kHelp = {
     "test",
     "Tests the application in this folder: runs it on a virtual device of its own, through the\n"
@@ -39,7 +41,7 @@ constexpr VerbHelp kHelp = {
 struct TestOptions {
   gboolean json = FALSE;
   gboolean tap = FALSE;
-  int limit = 30;
+  double limit = 30;
   char* junit = nullptr;
   char* pattern = nullptr;
   char* host = nullptr;
@@ -137,7 +139,7 @@ int runTest(int argc, char** argv) {
        "Write the results into this file as well, as JUnit does", "FILE"},
       {"grep", 0, 0, G_OPTION_ARG_STRING, &options.pattern,
        "Only tests whose names have a match of this regular expression", "PATTERN"},
-      {"limit", 0, 0, G_OPTION_ARG_INT, &options.limit,
+      {"limit", 0, 0, G_OPTION_ARG_DOUBLE, &options.limit,
        "Seconds of real time that a test may take (30)", "N"},
       {"host", 0, 0, G_OPTION_ARG_FILENAME, &options.host,
        "The morvikvm to launch with (the one beside this program, or in PATH)", "FILE"},
@@ -149,11 +151,13 @@ int runTest(int argc, char** argv) {
   const GText script(options.script);
   if (status) return *status;
   if (script) return runTestScript(script.get(), STDIN_FILENO);
-  if (options.limit <= 0) return refuseUsage(kHelp.name, "--limit takes a whole number above 0");
+  if (!(options.limit > 0 && options.limit <= kLongestLimit))
+    return refuseUsage(kHelp.name, "--limit takes a number above 0, up to 86400");
   TestPlan plan{
       .tools = {order.host ? order.host.get() : usualHost(), besideProgram("virtual-clock.so")},
       .scriptCommand = {ownProgram(), "test", "--script"},
-      .limit = std::chrono::seconds(options.limit)};
+      .limit = std::chrono::duration_cast<std::chrono::milliseconds>(
+          std::chrono::duration<double>(options.limit))};
   auto trouble = readScripts(order, plan);
   if (!trouble) trouble = readPattern(order, plan);
   return trouble ? refuseUsage(kHelp.name, *trouble) : runTests(std::move(plan), options, order);

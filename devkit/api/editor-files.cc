@@ -96,7 +96,8 @@ std::string testTypings() {
 
 }  // namespace
 
-std::map<std::string, std::string> editorFiles(const std::optional<std::set<std::string>>& granted) {
+std::map<std::string, std::string> editorFiles(
+    const std::optional<std::set<std::string>>& granted) {
   return {{"morvik.d.ts", typings(granted)},
           {"morvik-test.d.ts", testTypings()},
           {"jsconfig.json", ownFile("jsconfig.json")}};

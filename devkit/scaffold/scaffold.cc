@@ -56,7 +56,8 @@ Files filesOf(const AppTemplate& from, const std::string& name) {
     files[file] = toolboxFile("apps/" + from.name + '/' + file);
   }
   replaceFirst(files["main.js"], "// " + from.name + ":", "// " + name + ":");
-  replaceFirst(files["test.js"], "// The test of " + from.name + ":", "// The test of " + name + ":");
+  replaceFirst(files["test.js"], "// The test of " + from.name + ":",
+               "// The test of " + name + ":");
   files.merge(editorFiles());
   return files;
 }

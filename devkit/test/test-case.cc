@@ -14,6 +14,7 @@
 #include <nlohmann/json.hpp>
 
 #include "device/stimuli-json.h"
+#include "run/duration.h"
 
 namespace morvik::devkit {
 namespace {
@@ -83,7 +84,7 @@ void TestCase::start(std::size_t index) {
   index_ = index;
   startedAt_ = g_get_monotonic_time();
   if (!spawnScript()) return;
-  limit_.reset(g_timeout_source_new_seconds(static_cast<guint>(plan_.limit.count())));
+  limit_.reset(g_timeout_source_new(static_cast<guint>(plan_.limit.count())));
   g_source_set_callback(limit_.get(), onLimit, this, nullptr);
   g_source_attach(limit_.get(), g_main_context_get_thread_default());
 }
@@ -230,7 +231,7 @@ void TestCase::fail(const std::string& message, const Json& place) {
 gboolean TestCase::onLimit(gpointer self) {
   auto& test = *static_cast<TestCase*>(self);
   const std::string busy = test.stage_ ? test.stage_->whoIsBusy() : "";
-  test.fail("took longer than " + std::to_string(test.plan_.limit.count()) + " s" +
+  test.fail("took longer than " + inWords(test.plan_.limit) +
                 (busy.empty() ? "" : "; " + busy + " has something to do all the time"),
             test.place_);
   return G_SOURCE_REMOVE;

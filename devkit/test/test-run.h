@@ -20,7 +20,7 @@ struct TestPlan {
   StageTools tools;
   /// Words that run a script by runTestScript, on its standard input; the file is added.
   std::vector<std::string> scriptCommand;
-  std::chrono::seconds limit{30};  ///< of real time, for one test
+  std::chrono::milliseconds limit{30'000};  ///< of real time, for one test
   std::function<bool(const std::string&)> wanted =
       {};  ///< tests of other names are left out; null for all
 };

@@ -1,5 +1,5 @@
 // Prints what an editor shows red in these folders, by their jsconfig.json, a line for each mistake:
-// "folder/main.js:3: TS2345: text". The first argument is where the TypeScript compiler lies.
+// "folder/main.js:3: TS2345: text". The first argument is the TypeScript compiler.
 const path = require('path');
 const ts = require(process.argv[2]);
 
