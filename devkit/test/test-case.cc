@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cmath>
 #include <csignal>
 #include <cstring>
 #include <map>
@@ -42,9 +43,9 @@ std::string endInWords(int status) {
   return "status " + std::to_string(WEXITSTATUS(status));
 }
 
+// Whole milliseconds, as parts of one would be lost among so many.
 Nanoseconds timeOf(const Json& milliseconds) {
-  return std::chrono::duration_cast<Nanoseconds>(
-      std::chrono::duration<double, std::milli>(milliseconds.get<double>()));
+  return Milliseconds(static_cast<std::int64_t>(std::ceil(milliseconds.get<double>())));
 }
 
 std::optional<std::string> textUnlessNull(const Json& value) {

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "run/folder.h"
 #include "test/test-case.h"
 
 namespace morvik::devkit {
@@ -20,8 +21,7 @@ std::vector<fs::path> testScriptsIn(const fs::path& folder) {
   std::vector<fs::path> scripts;
   std::error_code error;
   for (const auto& entry : fs::directory_iterator(folder, error)) {
-    const std::string name = entry.path().filename();
-    if (name == "test.js" || name.ends_with(".test.js")) scripts.push_back(entry.path());
+    if (isTestScript(entry.path())) scripts.push_back(entry.path());
   }
   std::ranges::sort(scripts);
   return scripts;

@@ -9,7 +9,7 @@ declare namespace MorvikTest {
   type Text = string | RegExp;
 
   interface Patience {
-    /** How much of the device's time may pass meanwhile; '10 s' when it is left out. */
+    /** How much of the device's time may pass meanwhile; '30 s' when it is left out. */
     within?: Duration;
   }
 

@@ -2,7 +2,7 @@
 // the runner, answer by answer; between two answers nothing happens.
 
 const UNITS = { ms: 1, s: 1000, min: 60000, h: 3600000 };
-const PATIENCE = '10 s';
+const PATIENCE = '30 s'; // of the device's time, which costs nobody anything
 
 let now = Date.parse('2026-01-01T12:00:00Z');
 let view;
@@ -72,7 +72,7 @@ function waiting(place, promise) {
 // Lets time pass until `find` gives something. `what` is waited for, for a sentence.
 async function untilFound(what, find, place, within, app, describe = () => ({})) {
   const patience = milliseconds(within === undefined ? PATIENCE : within);
-  const end = now + patience;
+  const end = Math.ceil(now + patience);
   for (;;) {
     const thing = find();
     if (thing !== undefined) return thing;
@@ -255,7 +255,7 @@ const time = Object.freeze({
   now: () => now,
   pass: (length) => {
     const place = placeOfCaller();
-    const end = now + milliseconds(length);
+    const end = Math.ceil(now + milliseconds(length));
     const pass = async () => {
       do await ask({ do: 'step', until: end, place }); while (now < end);
     };
