@@ -112,7 +112,16 @@ bool writeJunit(const char* file, const std::string& folder,
   return false;
 }
 
+bool hasClock(const TestPlan& plan) {
+  std::error_code error;
+  if (fs::exists(plan.tools.clock, error)) return true;
+  std::fprintf(stderr, "morvik-dev test: there is no %s; it lies beside morvik-dev\n",
+               plan.tools.clock.c_str());
+  return false;
+}
+
 int runTests(TestPlan plan, const TestOptions& options, const TestOrder& order) {
+  if (!hasClock(plan)) return EXIT_FAILURE;
   std::signal(SIGPIPE, SIG_IGN);
   const std::string folder = plan.folder;
   const auto report = makeReport(options, folder);

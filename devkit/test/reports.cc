@@ -119,10 +119,14 @@ class TapReport : public TestReport {
     return text;
   }
 
-  // As a block, in which no letter has a meaning; the number tells where lines begin that may begin
-  // with blanks.
+  // Several lines as a block, in which no letter has a meaning; the number tells where lines begin
+  // that may begin with blanks.
   static void tell(const char* name, const std::string& text) {
     if (text.empty()) return;
+    if (text.find('\n') == std::string::npos) {
+      std::printf("  %s: %s\n", name, textOf(Json(text)).c_str());
+      return;
+    }
     std::printf("  %s: |2-\n%s", name, indented(text, "    ").c_str());
   }
 

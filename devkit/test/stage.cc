@@ -29,6 +29,7 @@ std::string stateWord(const RunningApp& app) {
   constexpr std::array kWords{"ending", "running", "broken", "ended"};
   if (app.phase() == RunPhase::kEnded && !app.end()) return "idle";
   if (app.phase() != RunPhase::kRunning) return kWords.at(static_cast<std::size_t>(app.phase()));
+  if (app.state() == AppState::kStopping) return "stopping";
   return app.state() == AppState::kInteractive ? "interactive" : "running";
 }
 

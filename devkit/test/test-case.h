@@ -10,8 +10,8 @@
 #include "run/process.h"
 #include "terminal/line-reader.h"
 #include "test/stage.h"
+#include "test/test-plan.h"
 #include "test/test-result.h"
-#include "test/test-run.h"
 
 namespace morvik::devkit {
 

@@ -9,21 +9,10 @@
 #include <vector>
 
 #include "device/owned.h"
-#include "test/stage.h"
+#include "test/test-plan.h"
 #include "test/test-result.h"
 
 namespace morvik::devkit {
-
-struct TestPlan {
-  std::filesystem::path folder = {};                ///< of the application
-  std::vector<std::filesystem::path> scripts = {};  ///< the files with its tests
-  StageTools tools;
-  /// Words that run a script by runTestScript, on its standard input; the file is added.
-  std::vector<std::string> scriptCommand;
-  std::chrono::milliseconds limit{30'000};  ///< of real time, for one test
-  std::function<bool(const std::string&)> wanted =
-      {};  ///< tests of other names are left out; null for all
-};
 
 /// The scripts in a folder: test.js and what ends with .test.js, by their names.
 std::vector<std::filesystem::path> testScriptsIn(const std::filesystem::path& folder);

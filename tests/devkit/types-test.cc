@@ -43,15 +43,26 @@ class TypesTest : public DeskTest {
   // Copies all folders of this one, writes their typings, and gives what shows red in them.
   std::string redIn(const fs::path& folders) {
     fs::copy(folders, folder_ / "copies", fs::copy_options::recursive);
-    std::vector<std::string> command{NODE, SOURCE_DIR "/tests/devkit/typescript/red.js",
+    std::vector<std::string> command{ENGINE_SHELL, SOURCE_DIR "/tests/devkit/typescript/red.js",
                                      TYPESCRIPT};
     for (const auto& entry : fs::directory_iterator(folder_ / "copies")) {
       EXPECT_EQ(run({MORVIK_DEV, "types", entry.path()}).status, 0) << entry.path();
-      command.push_back(entry.path());
+      command.push_back(entry.path().string() + sourcesIn(entry.path()));
     }
     const ProgramResult outcome = run(command);
     EXPECT_EQ(outcome.status, 0) << outcome.output;
     return outcome.output;
+  }
+
+ private:
+  // What jsconfig.json includes, each behind a ":".
+  static std::string sourcesIn(const fs::path& folder) {
+    std::string sources;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+      const std::string name = entry.path().filename();
+      if (name.ends_with(".js") || name.ends_with(".d.ts")) sources += ':' + name;
+    }
+    return sources;
   }
 };
 
@@ -94,7 +105,8 @@ TEST_F(TypesTest, followsTheDescriptor) {
   EXPECT_EQ(run({MORVIK_DEV, "types", app}).status, 0);
   EXPECT_THAT(contentOf(app / "morvik.d.ts"),
               AllOf(HasSubstr("ledObject"), Not(HasSubstr("earsObject"))));
-  write("granted", "", "<access>ears</access>");
+  std::ofstream(app / "descriptor.xml")
+      << "<descriptor><accesses><access>ears</access></accesses></descriptor>";
   EXPECT_EQ(run({MORVIK_DEV, "types", app}).status, 0);
   EXPECT_THAT(contentOf(app / "morvik.d.ts"),
               AllOf(HasSubstr("earsObject"), Not(HasSubstr("ledObject"))));

@@ -43,7 +43,7 @@ declare namespace MorvikTest {
     readonly name: string;
     /** All lines that it has logged. */
     readonly lines: string[];
-    readonly state: 'idle' | 'running' | 'interactive' | 'ending' | 'ended' | 'broken';
+    readonly state: 'idle' | 'running' | 'interactive' | 'stopping' | 'ending' | 'ended' | 'broken';
     /** Waits for a line of its log behind the one that was waited for last; gives the line. */
     logs(text: Text, options?: Patience): Promise<string>;
     /** Waits for a message that it sends, behind the one that was waited for last. */

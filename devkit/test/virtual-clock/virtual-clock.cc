@@ -103,7 +103,7 @@ void hearOrder() {
   if (recv(clock.socket, &order, sizeof order, 0) != sizeof order) endWithRunner();
   order.time = std::max(order.time, timeOfDay());
   clock.order = order;
-  clock.flowsFrom = ticks() + kPatience;
+  clock.flowsFrom = std::max(clock.flowsFrom, ticks());
 }
 
 std::int64_t nextTimer() {
@@ -170,9 +170,13 @@ int rest(std::vector<pollfd>& descriptors, std::int64_t latest) {
       std::ranges::count_if(descriptors, [](const pollfd& one) { return one.revents != 0; }));
 }
 
-// GLib waits here, in an application that is not connected.
+// GLib waits here, in an application that is not connected. One that is looks for messages in each
+// turn, and here only in passing.
 gint restInLoop(GPollFD* descriptors, guint count, gint timeout) {
-  if (timeout == 0) return g_poll(descriptors, count, 0);
+  if (timeout == 0) {
+    tellOfWork();
+    return g_poll(descriptors, count, 0);
+  }
   std::vector<pollfd> all;
   for (guint i = 0; i < count; ++i) {
     all.push_back({descriptors[i].fd, static_cast<short>(descriptors[i].events), 0});
@@ -201,7 +205,8 @@ void beginInApplication() {
   const int socket = connectToRunner(std::getenv(morvik::devkit::kClockVariable));
   ClockOrder order{};
   if (recv(socket, &order, sizeof order, 0) != sizeof order) endWithRunner();
-  clock.ticksAhead = ticks() - order.time;
+  // In whole microseconds, which GLib counts: what it rounds down would be due too early.
+  clock.ticksAhead = (ticks() - order.time) / kMicrosecond * kMicrosecond;
   clock.order = order;
   clock.flowsFrom = ticks() + kPatience;
   clock.socket = socket;

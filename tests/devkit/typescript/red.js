@@ -1,37 +1,62 @@
 // Prints what an editor shows red in these folders, by their jsconfig.json, a line for each mistake:
-// "folder/main.js:3: TS2345: text". The first argument is the TypeScript compiler.
-const path = require('path');
-const ts = require(process.argv[2]);
+// "folder/main.js:3: TS2345: text". Runs in the shell beside it; the words are the TypeScript
+// compiler, and then for each folder its path and, each after a ":", its scripts and typings.
+load(words[0]);
+
+const libraryFolder = words[0].replace(/[^/]*$/, '');
 
 // The same for all folders, and most of the work.
 const libraries = new Map();
 
-function hostFor(options) {
-  const host = ts.createCompilerHost(options);
-  const read = host.getSourceFile.bind(host);
-  host.getSourceFile = (file, ...rest) => {
-    if (!path.basename(file).startsWith('lib.')) return read(file, ...rest);
-    if (!libraries.has(file)) libraries.set(file, read(file, ...rest));
-    return libraries.get(file);
+function parse(file, target) {
+  const text = read(file);
+  return text === undefined ? undefined : ts.createSourceFile(file, text, target);
+}
+
+function sourceFile(file, target) {
+  if (!file.startsWith(libraryFolder)) return parse(file, target);
+  if (!libraries.has(file)) libraries.set(file, parse(file, target));
+  return libraries.get(file);
+}
+
+function hostFor(folder) {
+  return {
+    getSourceFile: sourceFile,
+    readFile: read,
+    fileExists: (file) => read(file) !== undefined,
+    getDefaultLibFileName: (options) => libraryFolder + ts.getDefaultLibFileName(options),
+    getDefaultLibLocation: () => libraryFolder,
+    getCurrentDirectory: () => folder,
+    getCanonicalFileName: (file) => file,
+    useCaseSensitiveFileNames: () => true,
+    getNewLine: () => '\n',
+    writeFile: () => undefined
   };
-  return host;
 }
 
-function show(folder, diagnostic) {
+// TypeScript looks for a jsconfig.json's files itself; here they are given.
+function optionsOf(folder) {
+  const config = ts.parseConfigFileTextToJson('jsconfig.json', read(folder + '/jsconfig.json'));
+  if (config.error) throw new Error(folder + ': ' + config.error.messageText);
+  const { options, errors } = ts.convertCompilerOptionsFromJson(
+      config.config.compilerOptions, folder, 'jsconfig.json');
+  if (errors.length > 0) throw new Error(folder + ': ' + errors[0].messageText);
+  return Object.assign({}, options, { noEmit: true });
+}
+
+function show(diagnostic) {
   const text = ts.flattenDiagnosticMessageText(diagnostic.messageText, ' ');
-  const at = diagnostic.file ? diagnostic.file.getLineAndCharacterOfPosition(diagnostic.start) : { line: 0 };
-  const name = diagnostic.file ? path.basename(diagnostic.file.fileName) : 'jsconfig.json';
-  console.log(`${path.basename(folder)}/${name}:${at.line + 1}: TS${diagnostic.code}: ${text}`);
+  const { file, start, code } = diagnostic;
+  const place = file ? file.fileName.split('/').slice(-2).join('/') + ':' +
+      (file.getLineAndCharacterOfPosition(start).line + 1) : 'options';
+  print(`${place}: TS${code}: ${text}`);
 }
 
-function check(folder) {
-  const file = path.join(folder, 'jsconfig.json');
-  const config = ts.getParsedCommandLineOfConfigFile(file, { noEmit: true }, Object.assign({}, ts.sys, {
-    onUnRecoverableConfigFileDiagnostic: (diagnostic) => show(folder, diagnostic)
-  }));
-  const program = ts.createProgram(config.fileNames, config.options, hostFor(config.options));
-  const found = [...config.errors, ...ts.getPreEmitDiagnostics(program)];
-  found.forEach((diagnostic) => show(folder, diagnostic));
+function check(word) {
+  const [folder, ...files] = word.split(':');
+  const names = files.map((file) => folder + '/' + file);
+  const program = ts.createProgram(names, optionsOf(folder), hostFor(folder));
+  ts.getPreEmitDiagnostics(program).forEach(show);
 }
 
-process.argv.slice(3).forEach(check);
+words.slice(1).forEach(check);
