@@ -23,6 +23,9 @@ namespace {
 namespace fs = std::filesystem;
 using Milliseconds = std::chrono::milliseconds;
 
+// Of a script, before its first test begins.
+constexpr std::chrono::seconds kTimeToLoad{30};
+
 // A script that does not read for so long is stuck.
 constexpr timeval kPatienceWithScript = {5, 0};
 
@@ -84,8 +87,12 @@ TestCase::~TestCase() {
 void TestCase::start(std::size_t index) {
   index_ = index;
   startedAt_ = g_get_monotonic_time();
-  if (!spawnScript()) return;
-  limit_.reset(g_timeout_source_new(static_cast<guint>(plan_.limit.count())));
+  if (spawnScript()) limitTo(kTimeToLoad);
+}
+
+void TestCase::limitTo(std::chrono::milliseconds limit) {
+  currentLimit_ = limit;
+  limit_.reset(g_timeout_source_new(static_cast<guint>(limit.count())));
   g_source_set_callback(limit_.get(), onLimit, this, nullptr);
   g_source_attach(limit_.get(), g_main_context_get_thread_default());
 }
@@ -172,6 +179,7 @@ void TestCase::loaded(const Json& message) {
   place_ = message.at("tests").at(index_).at("place");
   leftOut_ = plan_.wanted && !plan_.wanted(result_.name);
   if (leftOut_) return finish();
+  limitTo(plan_.limit);
   send({{"do", "run"}, {"test", index_}, {"stimuli", stimuliJson().at("stimuli")}});
 }
 
@@ -232,7 +240,7 @@ void TestCase::fail(const std::string& message, const Json& place) {
 gboolean TestCase::onLimit(gpointer self) {
   auto& test = *static_cast<TestCase*>(self);
   const std::string busy = test.stage_ ? test.stage_->whoIsBusy() : "";
-  test.fail("took longer than " + inWords(test.plan_.limit) +
+  test.fail("took longer than " + inWords(test.currentLimit_) +
                 (busy.empty() ? "" : "; " + busy + " has something to do all the time"),
             test.place_);
   return G_SOURCE_REMOVE;

@@ -39,6 +39,7 @@ class TestCase {
   using Handler = void (TestCase::*)(const Json& question);
 
   bool spawnScript();
+  void limitTo(std::chrono::milliseconds limit);
   void hear(std::string_view line);
   void take(const Json& message);
   void loaded(const Json& message);
@@ -70,6 +71,7 @@ class TestCase {
   std::unique_ptr<LineReader> lines_;
   std::unique_ptr<Process> script_;
   std::unique_ptr<Stage> stage_;
+  std::chrono::milliseconds currentLimit_{0};
   GSourceAttached limit_;
 };
 

@@ -161,7 +161,7 @@ TEST_F(AppTestsTest, refusesStimuliThatMakeNoSense) {
 
 TEST_F(AppTestsTest, endsWhatTakesTooLong) {
   expectFailure("for (;;);", "await app.interactive();", "app has something to do all the time",
-                {"--limit=0.5"});
+                {"--limit=1"});
   expectFailure("", "for (;;);", "took longer than 100 ms", {"--limit=0.1"});
 }
 
