@@ -9,12 +9,11 @@
 #include "options.h"
 #include "run/system-log.h"
 #include "state-folder.h"
+#include "usual-programs.h"
 #include "verbs.h"
 
 namespace morvik::devkit {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr VerbHelp kHelp = {
     "run",
@@ -89,20 +88,6 @@ std::vector<std::string> taken(char** texts) {
   std::vector<std::string> taken;
   for (char** text = texts; text != nullptr && *text != nullptr; ++text) taken.emplace_back(*text);
   return taken;
-}
-
-std::string ownFolder() {
-  std::error_code error;
-  return fs::read_symlink("/proc/self/exe", error).parent_path();
-}
-
-// The host that was built with this program, or the one that is installed.
-std::string usualHost() {
-  const fs::path beside = fs::path(ownFolder()) / "morvikvm";
-  std::error_code error;
-  if (fs::exists(beside, error)) return beside;
-  const GText found(g_find_program_in_path("morvikvm"));
-  return found ? found.get() : beside.string();
 }
 
 bool isPort(int port) { return port >= 0 && port <= std::numeric_limits<std::uint16_t>::max(); }
