@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstdlib>
 
+#include "app-words.h"
 #include "device/requests.h"
 #include "device/text.h"
 #include "run/strangers.h"
@@ -208,6 +209,7 @@ void Desk::stimulate(const std::string& line) {
 
 Outcome Desk::outcomeOf(std::string_view line) {
   if (asksForApps(std::string(line))) return {.done = true, .text = session_->inWords()};
+  if (auto outcome = actOnApps(*session_, line)) return *outcome;
   return device_->stimulate(line);
 }
 
