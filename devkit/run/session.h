@@ -24,6 +24,8 @@ struct SessionPlan {
   std::vector<std::string> instances = {};
   std::string host;  ///< the path of morvikvm
   FolderCheck check = checkFolder;
+  /// Further options for each folder's host, in the order of the folders.
+  std::vector<std::vector<std::string>> hostArguments = {};
 };
 
 /// Works on the thread-default main context.
