@@ -30,7 +30,8 @@ struct DeskPlan {
   std::string stateFolder;
   std::optional<std::uint16_t> page = 0;  ///< its port, 0 for any; nothing for no page
   bool openPage = false;
-  int seconds = 0;  ///< to the end; 0 for none
+  int seconds = 0;       ///< to the end; 0 for none
+  std::string greeting;  ///< further lines behind the first ones
 };
 
 /// Works on the default main context.

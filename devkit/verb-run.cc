@@ -1,4 +1,7 @@
 // morvik-dev run: turns folders into running applications, with a device to look at and press.
+#include "verb-run.h"
+
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
@@ -65,11 +68,11 @@ std::string ownFolder() {
 }
 
 // The host that was built with this program, or the one that is installed.
-std::string usualHost() {
-  const fs::path beside = fs::path(ownFolder()) / "morvikvm";
+std::string usualHost(const char* name) {
+  const fs::path beside = fs::path(ownFolder()) / name;
   std::error_code error;
   if (fs::exists(beside, error)) return beside;
-  const GText found(g_find_program_in_path("morvikvm"));
+  const GText found(g_find_program_in_path(name));
   return found ? found.get() : beside.string();
 }
 
@@ -92,11 +95,11 @@ std::optional<std::string> readFilter(Asked& asked, RunLogFilter& filter) {
   return std::nullopt;
 }
 
-std::optional<std::string> readPlan(Asked& asked, DeskPlan& plan) {
+std::optional<std::string> readPlan(Asked& asked, const RunKind& kind, DeskPlan& plan) {
   for (const std::string& folder : taken(asked.folders)) plan.session.folders.emplace_back(folder);
   plan.session.instances = taken(asked.instances);
   plan.session.check = checkApplication;
-  plan.session.host = taken(asked.host, usualHost());
+  plan.session.host = taken(asked.host, usualHost(kind.host));
   plan.realDevice = taken(asked.device);
   plan.stateFolder = taken(asked.state, usualStateFolder());
   plan.devicePort = static_cast<std::uint16_t>(asked.devicePort);
@@ -111,24 +114,44 @@ std::optional<std::string> readPlan(Asked& asked, DeskPlan& plan) {
   if (!isPort(asked.devicePort) || !isPort(asked.page)) return "a port is a number from 0 to 65535";
   if (asked.seconds < 0) return "--seconds takes a whole number above 0";
   if (asked.open != FALSE && asked.noPage != FALSE) return "--open needs the page";
-  return std::nullopt;
+  return kind.complete ? kind.complete(plan) : std::nullopt;
 }
 
 // Without a system log, as in many containers, each line of an application's log would go to the
 // console, which is slow. Somebody who listens, or a lack of rights, is no reason to stop.
-int runDesk(DeskPlan plan) {
+int runDesk(const char* verb, DeskPlan plan) {
   SystemLog standIn([](std::string_view /*record*/) {});
   [[maybe_unused]] const auto somebodyListens = standIn.listen("/dev/log");
   Desk desk(std::move(plan));
   const auto trouble = desk.run();
   if (!trouble) return EXIT_SUCCESS;
-  std::fprintf(stderr, "morvik-dev run: %s\n", trouble->c_str());
+  std::fprintf(stderr, "morvik-dev %s: %s\n", verb, trouble->c_str());
   return EXIT_FAILURE;
+}
+
+// The first entries are the ones of `run`; an entry of the verb's own takes a name away from them.
+std::vector<GOptionEntry> entriesOf(const RunKind& kind, const GOptionEntry* common) {
+  std::vector<GOptionEntry> entries = kind.entries;
+  for (; common->long_name != nullptr; ++common) {
+    GOptionEntry entry = *common;
+    const bool taken = std::ranges::any_of(kind.entries, [&](const GOptionEntry& own) {
+      return std::string_view(own.long_name) == entry.long_name;
+    });
+    if (taken) {
+      entry.long_name = kind.renamed;
+      entry.short_name = 0;
+    }
+    entries.push_back(entry);
+  }
+  entries.push_back({});
+  return entries;
 }
 
 }  // namespace
 
-int runRun(int argc, char** argv) {
+int runRun(int argc, char** argv) { return runFolders({.help = kHelp}, argc, argv); }
+
+int runFolders(const RunKind& kind, int argc, char** argv) {
   Asked asked;
   const GOptionEntry entries[] = {
       {"open", 0, 0, G_OPTION_ARG_NONE, &asked.open, "Open the page in the browser", nullptr},
@@ -146,7 +169,7 @@ int runRun(int argc, char** argv) {
       {"port", 'p', 0, G_OPTION_ARG_INT, &asked.devicePort,
        "The virtual device's port; 0 takes a free one (0)", "PORT"},
       {"host", 0, 0, G_OPTION_ARG_FILENAME, &asked.host,
-       "The morvikvm to launch with (the one beside this program, or in PATH)", "FILE"},
+       "The host to launch with (the one beside this program, or in PATH)", "FILE"},
       {"state", 0, 0, G_OPTION_ARG_FILENAME, &asked.state,
        "Where to keep what outlives the device ($XDG_STATE_HOME/morvik-dev)", "FOLDER"},
       {"instance", 0, 0, G_OPTION_ARG_STRING_ARRAY, &asked.instances,
@@ -157,11 +180,11 @@ int runRun(int argc, char** argv) {
        "N"},
       {G_OPTION_REMAINING, 0, 0, G_OPTION_ARG_FILENAME_ARRAY, &asked.folders, nullptr, nullptr},
       {}};
-  const auto status = readOptions(kHelp, entries, argc, argv);
+  const auto status = readOptions(kind.help, entriesOf(kind, entries).data(), argc, argv);
   DeskPlan plan;
-  const auto trouble = readPlan(asked, plan);
+  const auto trouble = readPlan(asked, kind, plan);
   if (status) return *status;
-  return trouble ? refuseUsage(kHelp.name, *trouble) : runDesk(std::move(plan));
+  return trouble ? refuseUsage(kind.help.name, *trouble) : runDesk(kind.help.name, std::move(plan));
 }
 
 }  // namespace morvik::devkit
