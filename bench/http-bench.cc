@@ -2,16 +2,14 @@
 // same: a request on a new connection to the same nginx, for a body of one KiB.
 //
 //   http-bench [rounds]
-#include <glib.h>
-
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <vector>
 
+#include "support/program.h"
 #include "support/system/app-folder.h"
 #include "support/system/host-process.h"
 #include "support/web/nginx.h"
@@ -53,15 +51,9 @@ std::vector<double> ours(const std::string& url, int rounds) {
 
 // What the curl program prints; nothing when there is none, or it fails.
 std::string outputOfCurl(const std::string& url) {
-  std::array<const char*, 8> command{"curl",          "-s",        "-o",   "/dev/null", "-w",
-                                     "%{time_total}", url.c_str(), nullptr};
-  char* output = nullptr;
-  int status = 0;
-  g_spawn_sync(nullptr, const_cast<char**>(command.data()), nullptr, G_SPAWN_SEARCH_PATH, nullptr,
-               nullptr, &output, nullptr, &status, nullptr);
-  std::string text = output == nullptr || status != 0 ? "" : output;
-  g_free(output);
-  return text;
+  const auto [status, output] =
+      run({"/usr/bin/env", "curl", "-s", "-o", "/dev/null", "-w", "%{time_total}", url});
+  return status == 0 ? output : "";
 }
 
 // What the curl program says of its request alone, and what the whole process takes.

@@ -1,7 +1,7 @@
 # Many files in one, since most of the time of compiler and clang-tidy goes to the headers that all of
-# them include. Tests are built so (MORVIK_BATCHES, on unless said otherwise); what ships and the
-# tool are built file by file, and only script/lint looks at them so (MORVIK_LINT).
-option(MORVIK_BATCHES "Build the tests many files in one" ON)
+# them include. The tool and the tests are built so (MORVIK_BATCHES, on unless said otherwise; off, an
+# edit costs one file); what ships is built file by file, and only script/lint looks at it so (MORVIK_LINT).
+option(MORVIK_BATCHES "Build the tool and the tests many files in one" ON)
 set(MORVIK_LINT OFF CACHE STRING "Make the sources that script/lint looks at: OFF, ON or DEEP")
 set(BATCH_SIZE 16)
 
@@ -72,10 +72,12 @@ function(test_sources out name)
   set(${out} ${test_files} ${shared_files} PARENT_SCOPE)
 endfunction()
 
-# Adds to a target what script/lint looks at in place of its sources. The tables of features and the
-# help of verbs all have the same names, so those files stand apart, or alone where others use them.
-function(lint_batches target namespace)
-  if(NOT MORVIK_LINT)
+# The sources of a library or program of the tool. The tables of features and the helps of verbs all have
+# the same names: those files are built one by one, and script/lint looks at them apart, or alone where
+# others use what is in them.
+function(batched_sources out target namespace)
+  if(NOT MORVIK_BATCHES AND NOT MORVIK_LINT)
+    set(${out} ${ARGN} PARENT_SCOPE)
     return()
   endif()
   string(REGEX MATCH "[^:]+$" folder ${namespace})
@@ -85,17 +87,27 @@ function(lint_batches target namespace)
     file(STRINGS ${source} members REGEX "^[A-Za-z][^=(]*::~?[A-Za-z]+\\(")
     if(NOT tables)
       list(APPEND together ${source})
+    elseif(NOT MORVIK_LINT)
+      list(APPEND alone ${source})
     elseif(NOT members AND NOT EXISTS ${header})
       list(APPEND apart ${source})
     else()
       get_filename_component(name ${source} NAME_WE)
-      write_batches(alone ${folder}/${target}-${name} TOGETHER ${namespace} ${source})
-      target_sources(${target} PRIVATE ${alone})
+      write_batches(files ${folder}/${target}-${name} TOGETHER ${namespace} ${source})
+      list(APPEND alone ${files})
     endif()
   endforeach()
   write_batches(together_files ${folder}/${target} TOGETHER ${namespace} ${together})
   write_batches(apart_files ${folder}/${target}-apart APART ${namespace} ${apart})
-  target_sources(${target} PRIVATE ${together_files} ${apart_files})
+  set(${out} ${together_files} ${apart_files} ${alone} PARENT_SCOPE)
+endfunction()
+
+# Adds to a target that is built file by file what script/lint looks at in place of its sources.
+function(lint_batches target namespace)
+  if(MORVIK_LINT)
+    batched_sources(files ${target} ${namespace} ${ARGN})
+    target_sources(${target} PRIVATE ${files})
+  endif()
 endfunction()
 
 # Batches are checked with the rules of what is in them.

@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstdlib>
 
+#include "device/requests.h"
 #include "device/text.h"
 #include "run/strangers.h"
 
@@ -52,7 +53,11 @@ Desk::Desk(DeskPlan plan)
     : plan_(std::move(plan)),
       view_([this](const std::string& bytes) { write(bytes); }, style(),
             namesOf(plan_.session.folders)),
-      log_(view_, std::move(plan_.filter)) {
+      log_(view_, std::move(plan_.filter),
+           [this](const std::string& app, const std::string& mark, const std::string& text,
+                  RowLook look) {
+             if (page_) page_->told(app, mark, text, look);
+           }) {
   std::signal(SIGPIPE, SIG_IGN);
 }
 
@@ -60,9 +65,11 @@ Desk::Desk(DeskPlan plan)
 Desk::~Desk() {
   keys_.reset();
   lines_.reset();
+  control_.reset();
   session_.reset();
   page_.reset();
   hears_.reset();
+  recorder_.reset();
   device_.reset();
 }
 
@@ -102,11 +109,19 @@ std::optional<std::string> Desk::begin() {
   Observer& ofDevice = *this;
   RunningAppObserver& ofApplications = *this;
   hears_ = std::make_unique<Observation>(device_->events(), ofDevice);
+  if (!plan_.record.empty()) {
+    recorder_ = Recorder::begin(plan_.record,
+                                {.began = device_->view().time, .isReal = !device_->isVirtual()},
+                                device_->events(), trouble);
+    if (!recorder_) return trouble;
+  }
   session_ = std::make_unique<Session>(ofApplications, *device_);
   if (!session_->prepare(plan_.session, trouble)) return trouble;
   device_->setAppFolders(session_->folders());
   if (auto reason = beginPage()) return reason;
+  beginControl();
   greet();
+  if (plan_.openPage) openPage();
   beginKeys();
   session_->start();
   return std::nullopt;
@@ -118,8 +133,22 @@ std::optional<std::string> Desk::beginPage() {
   std::string trouble;
   if (!page_->listen(*plan_.page, trouble))
     return "no page: " + trouble + ". Choose another port: --page=PORT, or --no-page.";
-  if (plan_.openPage) openPage();
   return std::nullopt;
+}
+
+// Without it the desk does its work all the same.
+void Desk::beginControl() {
+  const RequestWays ways{[this] { return device_->view().time; },
+                         [this] { return device_->view(); },
+                         [this](std::string_view line) { return outcomeOf(line); },
+                         [this](const Json& stimulus) { return device_->request(stimulus); }};
+  std::string title = "run";
+  for (const auto& app : session_->apps()) title += ' ' + app->name();
+  std::string text;
+  control_ = offerControl(
+      {title, device_->events(), [ways](std::string_view line) { return answerTo(ways, line); }},
+      text);
+  if (!text.empty()) view_.showText(text);
 }
 
 void Desk::greet() {
@@ -174,9 +203,13 @@ void Desk::obey(const KeyCommand& command) {
 }
 
 void Desk::stimulate(const std::string& line) {
-  if (asksForApps(line)) return view_.showText(session_->inWords());
-  const Outcome outcome = device_->stimulate(line);
+  const Outcome outcome = outcomeOf(line);
   if (!outcome.text.empty()) view_.showText(outcome.text);
+}
+
+Outcome Desk::outcomeOf(std::string_view line) {
+  if (asksForApps(std::string(line))) return {.done = true, .text = session_->inWords()};
+  return device_->stimulate(line);
 }
 
 // The browser is its user's from then on.
@@ -184,7 +217,7 @@ void Desk::openPage() {
   if (!page_) return view_.showText("There is no page: --no-page was asked for.\n");
   const std::string trouble = openInBrowser(page_->address());
   view_.showText(trouble.empty()
-                     ? page_->address() + "\n"
+                     ? "The browser opens " + page_->address() + "\n"
                      : "No browser opens (" + trouble + "). Open " + page_->address() + "\n");
 }
 
@@ -192,8 +225,7 @@ void Desk::launching(const RunningApp& app) { log_.launching(app); }
 
 void Desk::wrote(const RunningApp& app, const LogLine& line) {
   log_.wrote(app, line);
-  if (page_ && (line.kind == LineKind::kNoise || log_.hasLevel(line.level)))
-    page_->wrote(app, line);
+  if (page_) page_->wrote(app, line);
 }
 
 void Desk::hinted(const RunningApp& app, const Hint& hint) { log_.hinted(app, hint); }
@@ -224,8 +256,8 @@ std::string Desk::nameOf(AppNumber application) {
 
 void Desk::happened(const Event& event) {
   showEvent(event);
-  if (session_) session_->hear(event);
   if (page_) page_->happened(event);
+  if (session_) session_->hear(event);
 }
 
 void Desk::showEvent(const Event& event) {

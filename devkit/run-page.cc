@@ -70,6 +70,11 @@ const char* kindOf(const LogLine& line) {
   return isForeign ? "foreign" : "host";
 }
 
+LogLevel levelOf(RowLook look) {
+  if (look == RowLook::kBad) return LogLevel::kFatal;
+  return look == RowLook::kWarning ? LogLevel::kWarning : LogLevel::kUnknown;
+}
+
 }  // namespace
 
 RunPage::RunPage(Session& session, SessionDevice& device, const std::string& stateFolder)
@@ -83,12 +88,21 @@ bool RunPage::listen(std::uint16_t port, std::string& trouble) {
   return !failure;
 }
 
+// A page that opens later does not see the application that had the number.
+Json RunPage::jsonOf(const Event& event) const {
+  Json json = toJson(event);
+  if (!json.contains("application")) return json;
+  const RunningApp* app = session_.appOf(json["application"].get<AppNumber>());
+  if (app != nullptr) json["applicationName"] = app->name();
+  return json;
+}
+
 void RunPage::happened(const Event& event) {
-  page_.happened(toJson(event));
+  page_.happened(jsonOf(event));
   const bool isChange = std::holds_alternative<Changed>(event.what) ||
                         std::holds_alternative<Began>(event.what) ||
                         std::holds_alternative<Ended>(event.what);
-  if (isChange || !device_.isVirtual()) page_.viewChanged();
+  if (isChange) page_.viewChanged();
   const bool isArrival =
       std::holds_alternative<Came>(event.what) || std::holds_alternative<Left>(event.what);
   if (isArrival) page_.applicationsChanged();
@@ -100,6 +114,15 @@ void RunPage::wrote(const RunningApp& app, const LogLine& line) {
                 .level = devkit::wordOf(line.level),
                 .kind = kindOf(line),
                 .text = line.text});
+}
+
+void RunPage::told(const std::string& app, const std::string& mark, const std::string& text,
+                   RowLook look) {
+  page_.logged({.time = inMilliseconds(std::chrono::system_clock::now()),
+                .app = app,
+                .level = devkit::wordOf(levelOf(look)),
+                .kind = mark,
+                .text = text});
 }
 
 std::string RunPage::title() const {

@@ -6,6 +6,7 @@
 
 #include "page/page.h"
 #include "run/session.h"
+#include "terminal/merged-view.h"
 
 namespace morvik::devkit {
 
@@ -21,8 +22,12 @@ class RunPage : private PageSource {
   /// Valid after a successful `listen`.
   std::string address() const { return page_.address(); }
 
+  /// To be told before the session hears of it: then the name of an application that leaves is
+  /// still known.
   void happened(const Event& event);
+  /// A line of an application, and a row that RunLog tells of one.
   void wrote(const RunningApp& app, const LogLine& line);
+  void told(const std::string& app, const std::string& mark, const std::string& text, RowLook look);
   void applicationsChanged() { page_.applicationsChanged(); }
 
  private:
@@ -35,6 +40,8 @@ class RunPage : private PageSource {
   Outcome stimulate(const std::string& name, const Json& arguments,
                     std::optional<unsigned> app) override;
   Outcome act(const PageAct& act) override;
+
+  Json jsonOf(const Event& event) const;
 
   Session& session_;
   SessionDevice& device_;

@@ -33,7 +33,7 @@ constexpr VerbHelp kHelp = {
     "  morvik-dev run my-app --device=192.168.1.20:7410",
     "FOLDER..."};
 
-// Where GLib's options leave their values.
+// Where GLib's options leave their values; the table below points there.
 struct Asked {
   int seconds = 0;
   int devicePort = 0;
@@ -46,9 +46,41 @@ struct Asked {
   char* device = nullptr;
   char* host = nullptr;
   char* state = nullptr;
+  char* record = nullptr;
   char** instances = nullptr;
   char** folders = nullptr;
 };
+Asked runAsked;
+
+const GOptionEntry kRunEntries[] = {
+    {"open", 0, 0, G_OPTION_ARG_NONE, &runAsked.open, "Open the page in the browser", nullptr},
+    {"page", 0, 0, G_OPTION_ARG_INT, &runAsked.page, "The page's port; 0 takes a free one (0)",
+     "PORT"},
+    {"no-page", 0, 0, G_OPTION_ARG_NONE, &runAsked.noPage, "Do without the page", nullptr},
+    {"level", 0, 0, G_OPTION_ARG_STRING, &runAsked.level,
+     "Lines from this level on: debug, message, warning, fatal (message)", "LEVEL"},
+    {"grep", 0, 0, G_OPTION_ARG_STRING, &runAsked.pattern,
+     "Lines with a match of this regular expression", "PATTERN"},
+    {"all", 0, 0, G_OPTION_ARG_NONE, &runAsked.all, "Lines that say nothing to an author as well",
+     nullptr},
+    {"device", 0, 0, G_OPTION_ARG_STRING, &runAsked.device,
+     "A real device server in the place of the virtual device", "HOST:PORT"},
+    {"port", 'p', 0, G_OPTION_ARG_INT, &runAsked.devicePort,
+     "The virtual device's port; 0 takes a free one (0)", "PORT"},
+    {"host", 0, 0, G_OPTION_ARG_FILENAME, &runAsked.host,
+     "The host to launch with (the one beside this program, or in PATH)", "FILE"},
+    {"state", 0, 0, G_OPTION_ARG_FILENAME, &runAsked.state,
+     "Where to keep what outlives the device ($XDG_STATE_HOME/morvik-dev)", "FOLDER"},
+    {"record", 0, 0, G_OPTION_ARG_FILENAME, &runAsked.record,
+     "Keep everything that passes in a new file, without credentials", "FILE"},
+    {"instance", 0, 0, G_OPTION_ARG_STRING_ARRAY, &runAsked.instances,
+     "The third word of a folder's launch line, in the order of the folders (DEVICE, its "
+     "address)",
+     "TEXT"},
+    {"seconds", 0, 0, G_OPTION_ARG_INT, &runAsked.seconds, "End by itself after so many seconds",
+     "N"},
+    {G_OPTION_REMAINING, 0, 0, G_OPTION_ARG_FILENAME_ARRAY, &runAsked.folders, nullptr, nullptr},
+    {}};
 
 std::string taken(char* text, const std::string& otherwise = "") {
   const GText owned(text);
@@ -79,14 +111,14 @@ std::string usualHost(const char* name) {
 bool isPort(int port) { return port >= 0 && port <= std::numeric_limits<std::uint16_t>::max(); }
 
 // Fills the plan; the text tells what makes no sense.
-std::optional<std::string> readFilter(Asked& asked, RunLogFilter& filter) {
-  const std::string level = taken(asked.level, "message");
-  const std::string pattern = taken(asked.pattern);
+std::optional<std::string> readFilter(RunLogFilter& filter) {
+  const std::string level = taken(runAsked.level, "message");
+  const std::string pattern = taken(runAsked.pattern);
   const auto least = levelOf(level);
   if (!least)
     return "there is no level " + level + "; levels are debug, message, warning and fatal";
   filter.least = *least;
-  filter.all = asked.all != FALSE;
+  filter.all = runAsked.all != FALSE;
   if (pattern.empty()) return std::nullopt;
   GErrorOwned error;
   filter.pattern.reset(
@@ -95,25 +127,28 @@ std::optional<std::string> readFilter(Asked& asked, RunLogFilter& filter) {
   return std::nullopt;
 }
 
-std::optional<std::string> readPlan(Asked& asked, const RunKind& kind, DeskPlan& plan) {
-  for (const std::string& folder : taken(asked.folders)) plan.session.folders.emplace_back(folder);
-  plan.session.instances = taken(asked.instances);
+std::optional<std::string> readPlan(const RunKind& kind, DeskPlan& plan) {
+  for (const std::string& folder : taken(runAsked.folders))
+    plan.session.folders.emplace_back(folder);
+  plan.session.instances = taken(runAsked.instances);
   plan.session.check = checkApplication;
-  plan.session.host = taken(asked.host, usualHost(kind.host));
-  plan.realDevice = taken(asked.device);
-  plan.stateFolder = taken(asked.state, usualStateFolder());
-  plan.devicePort = static_cast<std::uint16_t>(asked.devicePort);
-  plan.page = static_cast<std::uint16_t>(asked.page);
-  if (asked.noPage != FALSE) plan.page.reset();
-  plan.openPage = asked.open != FALSE;
-  plan.seconds = asked.seconds;
-  if (auto trouble = readFilter(asked, plan.filter)) return trouble;
+  plan.session.host = taken(runAsked.host, usualHost(kind.host));
+  plan.realDevice = taken(runAsked.device);
+  plan.stateFolder = taken(runAsked.state, usualStateFolder());
+  plan.record = taken(runAsked.record);
+  plan.devicePort = static_cast<std::uint16_t>(runAsked.devicePort);
+  plan.page = static_cast<std::uint16_t>(runAsked.page);
+  if (runAsked.noPage != FALSE) plan.page.reset();
+  plan.openPage = runAsked.open != FALSE;
+  plan.seconds = runAsked.seconds;
+  if (auto trouble = readFilter(plan.filter)) return trouble;
   if (plan.session.folders.empty()) return "which folder? One to three are taken";
   if (plan.session.folders.size() > kMostApplications)
     return "the device runs three applications at most";
-  if (!isPort(asked.devicePort) || !isPort(asked.page)) return "a port is a number from 0 to 65535";
-  if (asked.seconds < 0) return "--seconds takes a whole number above 0";
-  if (asked.open != FALSE && asked.noPage != FALSE) return "--open needs the page";
+  if (!isPort(runAsked.devicePort) || !isPort(runAsked.page))
+    return "a port is a number from 0 to 65535";
+  if (runAsked.seconds < 0) return "--seconds takes a whole number above 0";
+  if (runAsked.open != FALSE && runAsked.noPage != FALSE) return "--open needs the page";
   return kind.complete ? kind.complete(plan) : std::nullopt;
 }
 
@@ -152,37 +187,9 @@ std::vector<GOptionEntry> entriesOf(const RunKind& kind, const GOptionEntry* com
 int runRun(int argc, char** argv) { return runFolders({.help = kHelp}, argc, argv); }
 
 int runFolders(const RunKind& kind, int argc, char** argv) {
-  Asked asked;
-  const GOptionEntry entries[] = {
-      {"open", 0, 0, G_OPTION_ARG_NONE, &asked.open, "Open the page in the browser", nullptr},
-      {"page", 0, 0, G_OPTION_ARG_INT, &asked.page, "The page's port; 0 takes a free one (0)",
-       "PORT"},
-      {"no-page", 0, 0, G_OPTION_ARG_NONE, &asked.noPage, "Do without the page", nullptr},
-      {"level", 0, 0, G_OPTION_ARG_STRING, &asked.level,
-       "Lines from this level on: debug, message, warning, fatal (message)", "LEVEL"},
-      {"grep", 0, 0, G_OPTION_ARG_STRING, &asked.pattern,
-       "Lines with a match of this regular expression", "PATTERN"},
-      {"all", 0, 0, G_OPTION_ARG_NONE, &asked.all, "Lines that say nothing to an author as well",
-       nullptr},
-      {"device", 0, 0, G_OPTION_ARG_STRING, &asked.device,
-       "A real device server in the place of the virtual device", "HOST:PORT"},
-      {"port", 'p', 0, G_OPTION_ARG_INT, &asked.devicePort,
-       "The virtual device's port; 0 takes a free one (0)", "PORT"},
-      {"host", 0, 0, G_OPTION_ARG_FILENAME, &asked.host,
-       "The host to launch with (the one beside this program, or in PATH)", "FILE"},
-      {"state", 0, 0, G_OPTION_ARG_FILENAME, &asked.state,
-       "Where to keep what outlives the device ($XDG_STATE_HOME/morvik-dev)", "FOLDER"},
-      {"instance", 0, 0, G_OPTION_ARG_STRING_ARRAY, &asked.instances,
-       "The third word of a folder's launch line, in the order of the folders (DEVICE, its "
-       "address)",
-       "TEXT"},
-      {"seconds", 0, 0, G_OPTION_ARG_INT, &asked.seconds, "End by itself after so many seconds",
-       "N"},
-      {G_OPTION_REMAINING, 0, 0, G_OPTION_ARG_FILENAME_ARRAY, &asked.folders, nullptr, nullptr},
-      {}};
-  const auto status = readOptions(kind.help, entriesOf(kind, entries).data(), argc, argv);
+  const auto status = readOptions(kind.help, entriesOf(kind, kRunEntries).data(), argc, argv);
   DeskPlan plan;
-  const auto trouble = readPlan(asked, kind, plan);
+  const auto trouble = readPlan(kind, plan);
   if (status) return *status;
   return trouble ? refuseUsage(kind.help.name, *trouble) : runDesk(kind.help.name, std::move(plan));
 }

@@ -51,7 +51,9 @@ void Device::applicationLeft(AppNumber number, const std::string& trouble) {
   for (const Feature* feature : features()) {
     if (feature->applicationLeft != nullptr) feature->applicationLeft(*this, gone.mapped());
   }
-  if (!trouble.empty()) events_.raise(Trouble{number, trouble});
+  if (!trouble.empty()) {
+    events_.raise(Trouble{number, trouble, ServerLoss::kEnded, "the application " + trouble});
+  }
   events_.raise(Left{number});
 }
 

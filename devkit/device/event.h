@@ -87,12 +87,21 @@ struct Noted {
   std::string text;
 };
 
-/// An application did what it must not do, or an observer failed (then there is no application).
+/// How an application lost its device server.
+enum class ServerLoss {
+  kNone,     ///< it did not, or nobody knows
+  kMissing,  ///< behind a relay there was none, or none that took the connection
+  kEnded,    ///< the server ended the connection in order
+  kReset,    ///< the server broke it off
+};
+
+/// An application did what it must not do, its server left it, or an observer failed (then there is
+/// no application).
 struct Trouble {
   std::optional<AppNumber> application;
   std::string text;
-  /// Behind a relay, why there was no device server to pass the application on to; empty otherwise.
-  std::string serverMissing = {};
+  ServerLoss loss = ServerLoss::kNone;
+  std::string why = {};  ///< the reason of the loss, to stand behind a colon; may be empty
 };
 
 /// One thing that happened.

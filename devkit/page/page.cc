@@ -100,7 +100,7 @@ void Page::logged(const PageLogLine& line) {
                              {"kind", line.kind},
                              {"text", line.text}});
   if (!guests_.empty()) freshLog_.push_back(text);
-  log_.add(std::move(text));
+  log_.add(std::move(text), line.isFaint());
   if (freshLog_.size() >= kMostLinesInOneFrame) return tellLog();
   if (!freshLog_.empty()) soon_.ask();
 }

@@ -21,13 +21,17 @@
 
 namespace morvik::devkit {
 
-/// A line of an application's log, as the page shows it.
+/// A line of an application's log, or what its tool tells of it, as the page shows it; level and
+/// kind in the words of docs/page-protocol.md.
 struct PageLogLine {
   std::int64_t time = 0;  // milliseconds since 1970
   std::string app;
-  std::string level;  // "DEBUG", "MESSAGE", "WARNING", "ERROR"; empty when it is not known
-  std::string kind;   // "script", "host", "foreign" or "noise"
+  std::string level;  // empty when it has none
+  std::string kind;
   std::string text;
+
+  /// Of all lines these are missed least, and there are many of them.
+  bool isFaint() const { return level == "DEBUG" || kind == "noise"; }
 };
 
 /// Works on the thread-default main context of the one who makes it. All calls, and all calls to

@@ -7,11 +7,12 @@
 
 #include <nlohmann/json.hpp>
 
+#include "device/json.h"
+
 namespace morvik::devkit {
 namespace {
 
 namespace fs = std::filesystem;
-using nlohmann::json;
 using GUriOwned = std::unique_ptr<GUri, Release<g_uri_unref>>;
 using GBytesOwned = std::unique_ptr<GBytes, Release<g_bytes_unref>>;
 using Multipart = std::unique_ptr<SoupMultipart, Release<soup_multipart_free>>;
@@ -25,13 +26,13 @@ std::string textOf(const fs::path& file) {
 }
 
 // The body stands in the plan itself, as text or as JSON, or in a file of the folder.
-std::string bodyOf(const json& row, const fs::path& folder) {
+std::string bodyOf(const Json& row, const fs::path& folder) {
   if (row.contains("file")) return textOf(folder / row.at("file").get<std::string>());
-  const json& body = row.at("body");
+  const Json& body = row.at("body");
   return body.is_string() ? body.get<std::string>() : body.dump(2);
 }
 
-BesideAnswer answerOf(const json& row, const fs::path& folder) {
+BesideAnswer answerOf(const Json& row, const fs::path& folder) {
   const bool isJson = row.contains("body") && !row.at("body").is_string();
   return {.path = row.at("path").get<std::string>(),
           .status = row.value("status", 200U),
@@ -120,9 +121,9 @@ bool wantsBesideServer(const fs::path& folder) {
 
 bool readBesidePlan(const fs::path& folder, BesidePlan& plan, std::string& trouble) {
   try {
-    const json file = json::parse(textOf(folder / kPlanFile));
+    const Json file = Json::parse(textOf(folder / kPlanFile));
     plan.address = file.at("address").get<std::string>();
-    for (const json& row : file.at("answers")) plan.answers.push_back(answerOf(row, folder));
+    for (const Json& row : file.at("answers")) plan.answers.push_back(answerOf(row, folder));
     if (plan.address.starts_with('/') && plan.address.find_first_of(" \r\n") == std::string::npos) {
       return true;
     }

@@ -11,6 +11,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "device/json.h"
 #include "device/owned.h"
 #include "run/duration.h"
 #include "run/file-descriptor.h"
@@ -18,7 +19,6 @@
 namespace morvik::devkit {
 namespace {
 
-using Json = nlohmann::ordered_json;
 using Milliseconds = std::chrono::milliseconds;
 
 constexpr int kFormat = 1;

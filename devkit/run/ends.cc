@@ -106,7 +106,12 @@ using Known = const Evidence&;
 bool lostMissingServer(Known known) {
   const bool lost = fatal(known, "Failed to receive bytes") || fatal(known, "send failed: ") ||
                     endedBySignal(known, {SIGPIPE});
-  return lost && !known.serverMissing.empty();
+  return lost && known.serverLoss == ServerLoss::kMissing;
+}
+
+// The host says the same of both, so that without somebody at the server's side neither is known.
+const char* lossInWords(Known known) {
+  return known.serverLoss == ServerLoss::kEnded ? "ended" : "ended or reset";
 }
 
 struct Explanation {
@@ -150,11 +155,18 @@ constexpr Explanation kExplanations[] = {
      "An access element of its descriptor.xml is empty: {fatal}.",
      "Write a name into the element, such as <access>led</access>, or remove it."},
     {EndKind::kServerMissing, "server-missing", lostMissingServer,
-     "The device server refused the connection or cannot be reached: {missing}.",
+     "The device server refused the connection or cannot be reached{left}.",
      "Start the device server, and see that --device names its host and port."},
+    {EndKind::kServerReset, "server-reset",
+     [](Known known) {
+       return fatal(known, "Failed to receive bytes") && known.serverLoss == ServerLoss::kReset;
+     },
+     "The device server broke off the connection{left}, and no application outlives that.",
+     "A server that crashed, was killed or was restarted breaks off its connections: see its own "
+     "log; then launch the application again."},
     {EndKind::kServerClosed, "server-closed",
      [](Known known) { return fatal(known, "Failed to receive bytes length from server"); },
-     "The device server ended the connection{left}, and no application outlives that.",
+     "The device server {lost} the connection{left}, and no application outlives that.",
      "See why the server ended or dropped it; then launch the application again."},
     {EndKind::kServerBrokeOff, "server-broke-off",
      [](Known known) { return fatal(known, "Failed to receive bytes from server"); },
@@ -187,7 +199,10 @@ constexpr Explanation kExplanations[] = {
      "The script's heap has reached its limit of 10 MiB.",
      "Keep less: look for arrays and objects that only grow."},
     {EndKind::kMemoryLimit, "memory-limit",
-     [](Known known) { return fatal(known, "script engine out of memory: "); },
+     [](Known known) {
+       return fatal(known, "script engine out of memory: ") ||
+              known.fatalText.find("failed to allocate") != std::string::npos;
+     },
      "The memory that the application may take beside its heap was used up: {fatal}.",
      "Look for very long texts, JSON.parse of deep nesting, and many objects of Intl."},
     {EndKind::kEngineFailed, "engine-failed",
@@ -348,7 +363,7 @@ Facts factsOf(const Evidence& evidence) {
       {"source", evidence.lastSource},
       {"code", codeInWords(evidence)},
       {"trouble", evidence.connectTrouble},
-      {"missing", evidence.serverMissing},
+      {"lost", lossInWords(evidence)},
       {"place", report.place()},
       {"thrown", evidence.report ? "; " + report.place() + " threw " + report.text : ""},
       {"thrownText", report.text},

@@ -32,6 +32,7 @@ enum class EndKind {
   kIncludeMissing,
   // The device server.
   kServerMissing,
+  kServerReset,
   kServerClosed,
   kServerBrokeOff,
   kSendFailed,

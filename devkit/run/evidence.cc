@@ -69,7 +69,6 @@ void EvidenceCollector::hearHost(const LogLine& line) {
   hearSteps(line.text);
   hearEnds(line.text);
   evidence_.lastText = firstLine(line.text);
-  if (messages_ == Messages::kTold) return;
   if (const auto message = factsOfDump(line.text)) hearMessage(*message);
 }
 
@@ -122,8 +121,14 @@ void EvidenceCollector::hearReport(const ExceptionReport& report) {
   reach(AppState::kStarted);
 }
 
-void EvidenceCollector::tell(const MessageFacts& message) {
-  if (messages_ == Messages::kTold) hearMessage(message);
+void EvidenceCollector::connected() {
+  reach(AppState::kConnected);
+  left(ServerLoss::kNone, "");
+}
+
+void EvidenceCollector::left(ServerLoss loss, const std::string& why) {
+  evidence_.serverLoss = loss;
+  evidence_.serverLeft = why;
 }
 
 void EvidenceCollector::hearMessage(const MessageFacts& message) {

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "device/event.h"
 #include "run/exception-report.h"
 #include "run/log-line.h"
 #include "run/message-facts.h"
@@ -63,16 +64,15 @@ struct Evidence {
   std::string startAnswer;           ///< the code of the answer to the last start request
   std::map<std::string, int> heard;  ///< how many messages of each payload it got
 
-  /// What is known of how the device server left it; empty when nothing is.
+  /// Why the device server left it; empty when that is not known.
   std::string serverLeft;
-  /// Why the device server behind a relay could not be reached; empty when it could.
-  std::string serverMissing;
   /// The last lines of its log, noise and debug lines left out.
   std::deque<LogLine> lastLines;
 
   pid_t pid = 0;
   AppState state = AppState::kLaunched;
   EndedBy endedBy = EndedBy::kItself;
+  ServerLoss serverLoss = ServerLoss::kNone;  ///< as whoever stands at the server's side saw it
   LaunchProblem problem = LaunchProblem::kNone;
   /// As waitpid gives it; nothing when somebody else was told, such as a launcher that still ran.
   std::optional<int> waitStatus;
@@ -93,22 +93,12 @@ struct Evidence {
 /// Puts the evidence together from lines and messages as they come.
 class EvidenceCollector {
  public:
-  /// Where the messages are heard of: from the log, which shows them at the debug level, or from a
-  /// device server that tells.
-  enum class Messages { kInLog, kTold };
-
-  explicit EvidenceCollector(Messages messages = Messages::kInLog) : messages_(messages) {}
-
+  /// A line of its log. At the debug level the log shows its messages as well.
   void hear(const LogLine& line);
-  /// A message as the device server saw it. Heard only when messages are told.
-  void tell(const MessageFacts& message);
-  /// The device server has accepted its connection.
-  void connected() { reach(AppState::kConnected); }
-  /// Its connection to the device server has ended; `how` is for a person to read.
-  void left(const std::string& how) { evidence_.serverLeft = how; }
-
-  /// There was no device server behind the relay that it connected to.
-  void serverMissing(const std::string& why) { evidence_.serverMissing = why; }
+  /// Its connection has been accepted; what became of one before is over.
+  void connected();
+  /// It has lost its device server; `why` may be empty.
+  void left(ServerLoss loss, const std::string& why);
 
   const Evidence& evidence() const { return evidence_; }
   Evidence& evidence() { return evidence_; }
@@ -126,7 +116,6 @@ class EvidenceCollector {
   void hearMessage(const MessageFacts& message);
   void keep(const LogLine& line);
 
-  Messages messages_;
   Evidence evidence_;
   ReportReader reports_;
   bool connecting_ = false;

@@ -103,7 +103,8 @@ bool Launch::refuseLines() {
   return !plan_.lines.empty();
 }
 
-bool Launch::spawnLauncher() {
+// What the launcher and its applications write to.
+bool Launch::makeStreams() {
   const auto ended = [this] { settle(); };
   errors_ = std::make_unique<RecordSocket>(
       RecordSocket::Kind::kRecords,
@@ -111,8 +112,12 @@ bool Launch::spawnLauncher() {
   output_ = std::make_unique<RecordSocket>(
       RecordSocket::Kind::kBytes,
       [this](pid_t pid, std::string_view bytes) { lines_.take(pid, bytes); }, ended);
+  return errors_->writer().valid() && output_->writer().valid();
+}
+
+bool Launch::spawnLauncher() {
   Pipe input = makePipe();
-  if (!errors_->writer().valid() || !output_->writer().valid() || !input.writing.valid() ||
+  if (!makeStreams() || !input.writing.valid() ||
       !writeWhole(input.writing, inputOf(plan_.lines))) {
     failAll(LaunchProblem::kNoProcess,
             std::string("There are no streams for it: ") + std::strerror(errno));
@@ -128,7 +133,7 @@ bool Launch::spawnLauncher() {
     return false;
   }
   input_ = std::move(input.writing);
-  launcher_ = std::make_unique<Process>(spawned.pid, ended);
+  launcher_ = std::make_unique<Process>(spawned.pid, [this] { settle(); });
   return true;
 }
 
@@ -178,7 +183,7 @@ void Launch::hearLauncher(const LogLine& line) {
 
 Launch::App& Launch::appOf(pid_t pid) {
   if (App* app = known(pid)) return *app;
-  App& app = apps_.emplace(pid, plan_.messages).first->second;
+  App& app = apps_[pid];
   app.process = std::make_unique<Process>(pid, [this] { settle(); });
   Evidence& evidence = app.collector.evidence();
   evidence.pid = pid;
@@ -331,16 +336,8 @@ void Launch::connected(pid_t pid) {
   if (App* app = known(pid)) app->collector.connected();
 }
 
-void Launch::told(pid_t pid, const MessageFacts& message) {
-  if (App* app = known(pid)) app->collector.tell(message);
-}
-
-void Launch::left(pid_t pid, const std::string& how) {
-  if (App* app = known(pid)) app->collector.left(how);
-}
-
-void Launch::serverMissing(pid_t pid, const std::string& why) {
-  if (App* app = known(pid)) app->collector.serverMissing(why);
+void Launch::left(pid_t pid, ServerLoss loss, const std::string& why) {
+  if (App* app = known(pid)) app->collector.left(loss, why);
 }
 
 }  // namespace morvik::devkit

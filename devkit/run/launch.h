@@ -45,7 +45,6 @@ struct LaunchPlan {
   std::vector<std::string> lines;
   std::vector<std::string> environment;         ///< further variables, as in "NAME=value"
   std::vector<std::string> hostArguments = {};  ///< further options for the host
-  EvidenceCollector::Messages messages = EvidenceCollector::Messages::kInLog;
 };
 
 /// A launcher of its own for these lines. It gets an empty line behind them and ends, so that its
@@ -73,16 +72,13 @@ class Launch {
   /// What is known of an application so far; null for a process that is none of its own.
   const Evidence* evidenceOf(pid_t pid) const;
 
-  // For whoever has the device server: a message as it saw it, and what became of the connection.
+  /// What became of an application's connection, from whoever stands at the device server's side:
+  /// it was accepted, or the server is lost, and perhaps why.
   void connected(pid_t pid);
-  void told(pid_t pid, const MessageFacts& message);
-  void left(pid_t pid, const std::string& how);
-  /// Behind a relay there was none, or, with an empty text, there is one after all.
-  void serverMissing(pid_t pid, const std::string& why);
+  void left(pid_t pid, ServerLoss loss, const std::string& why);
 
  private:
   struct App {
-    explicit App(EvidenceCollector::Messages messages) : collector(messages) {}
     EvidenceCollector collector;
     Hints hints;
     std::unique_ptr<Process> process;
@@ -90,6 +86,7 @@ class Launch {
   };
 
   bool refuseLines();
+  bool makeStreams();
   bool spawnLauncher();
   void failAll(LaunchProblem problem, const std::string& text);
   void failOne(const std::string& app, LaunchProblem problem, const std::string& text);

@@ -1,4 +1,4 @@
-// Facts of a message, from the message itself or from its text form in the log.
+// Facts of a message, line by line.
 #include "run/message-facts.h"
 
 #include <algorithm>
@@ -6,20 +6,8 @@
 namespace morvik::devkit {
 namespace {
 
-namespace zeph = net::quelta::zeph::message;
-
 constexpr std::string_view kSending = "Sending MSG\n";
 constexpr std::string_view kReceived = "Received MSG\n";
-
-void setField(MessageFacts& facts, const std::string& name, const zeph::ZephMsg& message) {
-  if (name == "id") {
-    facts.id = message.id();
-  } else if (name == "correlationId") {
-    facts.correlationId = message.correlationid();
-  } else if (name != "interactiveId") {
-    facts.payloads.push_back(name);
-  }
-}
 
 std::string unquoted(std::string_view value) {
   if (value.size() >= 2 && value.front() == '"') value = value.substr(1, value.size() - 2);
@@ -59,20 +47,6 @@ void takeLine(MessageFacts& facts, std::string_view line) {
 
 bool MessageFacts::has(std::string_view payload) const {
   return std::ranges::find(payloads, payload) != payloads.end();
-}
-
-MessageFacts factsOf(const zeph::ZephMsg& message, Direction direction) {
-  MessageFacts facts;
-  facts.direction = direction;
-  std::vector<const google::protobuf::FieldDescriptor*> fields;
-  zeph::ZephMsg::GetReflection()->ListFields(message, &fields);
-  for (const auto* field : fields) setField(facts, field->name(), message);
-  if (message.response().has_code()) facts.code = zeph::VReturnCode_Name(message.response().code());
-  if (message.has_event()) facts.code = zeph::VReturnCode_Name(message.event().code());
-  if (message.interactivemode().has_action()) {
-    facts.action = zeph::InteractiveMode::Action_Name(message.interactivemode().action());
-  }
-  return facts;
 }
 
 std::optional<MessageFacts> factsOfDump(std::string_view text) {

@@ -1,7 +1,5 @@
-// What the explanation of an end needs to know of a message.
+// What the explanation of an end needs to know of a message, from its text form in the log.
 #pragma once
-
-#include <zeph-message.pb.h>
 
 #include <optional>
 #include <string>
@@ -23,10 +21,8 @@ struct MessageFacts {
   bool has(std::string_view payload) const;
 };
 
-MessageFacts factsOf(const net::quelta::zeph::message::ZephMsg& message, Direction direction);
-
-/// The same from a message as the host logs it, "Sending MSG\n..." or "Received MSG\n..."; nothing
-/// for any other text.
+/// From a message as the host logs it, "Sending MSG\n..." or "Received MSG\n..."; nothing for any
+/// other text.
 std::optional<MessageFacts> factsOfDump(std::string_view text);
 
 }  // namespace morvik::devkit

@@ -12,6 +12,7 @@
 #include "device/events.h"
 #include "device/owned.h"
 #include "run/relayed-connection.h"
+#include "server/loopback-service.h"
 
 namespace morvik::devkit {
 
@@ -25,7 +26,7 @@ class Relay : private RelayedConnection::Owner {
   /// Raises Came and Left of applications, Received and Sent with their messages, and Trouble: how
   /// the server ended a connection, or what passed that is no message. The events must outlive the
   /// relay.
-  explicit Relay(Events& events);
+  explicit Relay(Events& events) : events_(events) {}
   /// Applications and the server see their connections reset. Nobody is told.
   ~Relay() override;
   Relay(const Relay&) = delete;
@@ -36,26 +37,22 @@ class Relay : private RelayedConnection::Owner {
   [[nodiscard]] std::optional<std::string> listen(const std::string& server);
 
   /// The port that it listens on; valid after a successful `listen`.
-  std::uint16_t port() const { return port_; }
+  std::uint16_t port() const { return service_.port(); }
 
   /// The port of an application's own end of its connection; 0 when there is no such application.
   std::uint16_t portOf(AppNumber application) const;
 
  private:
-  static int onIncoming(GSocketService* service, GSocketConnection* socket, GObject* source,
-                        void* relay);
   void accept(GSocketConnection* socket);
 
   void receivedFrom(AppNumber application, zeph::ZephMsg message) override;
   void sentTo(AppNumber application, zeph::ZephMsg message) override;
-  void trouble(AppNumber application, const std::string& text) override;
-  void serverMissing(AppNumber application, const std::string& why) override;
+  void trouble(Trouble trouble) override;
   void connectionEnded(AppNumber application) override;
 
   Events& events_;
-  GOwned<GSocketService> service_;
+  LoopbackService service_{[this](GSocketConnection* connection) { accept(connection); }};
   GOwned<GSocketConnectable> server_;
-  std::uint16_t port_ = 0;
   AppNumber lastNumber_ = 0;
   std::map<AppNumber, std::shared_ptr<RelayedConnection>> connections_;
 };

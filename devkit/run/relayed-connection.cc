@@ -63,18 +63,14 @@ RelayedConnection::RelayedConnection(Owner& owner, AppNumber number, GSocketConn
               [this](zeph::ZephMsg message) {
                 if (owner_ != nullptr) owner_->receivedFrom(number_, std::move(message));
               },
-              [this](const std::string& text) {
-                if (owner_ != nullptr) owner_->trouble(number_, text);
-              })},
+              [this](const std::string& text) { tell(text); })},
       down_{.connection = this,
             .whose = "the server",
             .tap = FrameTap(
                 [this](zeph::ZephMsg message) {
                   if (owner_ != nullptr) owner_->sentTo(number_, std::move(message));
                 },
-                [this](const std::string& text) {
-                  if (owner_ != nullptr) owner_->trouble(number_, "the server " + text);
-                })} {}
+                [this](const std::string& text) { tell("the server " + text); })} {}
 
 RelayedConnection::~RelayedConnection() { reset(); }
 
@@ -92,7 +88,10 @@ void RelayedConnection::onConnected(GObject* client, GAsyncResult* result, gpoin
   const GOwned<GSocketConnection> server(
       g_socket_client_connect_finish(G_SOCKET_CLIENT(client), result, error.out()));
   if ((*self)->owner_ == nullptr) return;
-  if (!server) return (*self)->fail(error.text(), &Owner::serverMissing);
+  if (!server) {
+    const std::string why = error.text();
+    return (*self)->fail("the server cannot be reached: " + why, ServerLoss::kMissing, why);
+  }
   (*self)->begin(server.get());
 }
 
@@ -143,7 +142,7 @@ bool RelayedConnection::readSome(Flow& flow) {
       g_socket_receive(flow.from, flow.bytes.data(), flow.bytes.size(), nullptr, error.out());
   if (count < 0 && error.is(G_IO_ERROR, G_IO_ERROR_WOULD_BLOCK)) return false;
   if (count < 0) {
-    fail(std::string(flow.whose) + " broke off the connection: " + error.text());
+    breakOff(flow, error.text());
   } else if (count == 0) {
     endOfStream(flow);
   } else {
@@ -162,8 +161,7 @@ bool RelayedConnection::writeSome(Flow& flow) {
                                      nullptr, error.out());
   if (count >= 0) flow.begin += static_cast<std::size_t>(count);
   if (count >= 0 || error.is(G_IO_ERROR, G_IO_ERROR_WOULD_BLOCK)) return true;
-  const Flow& back = &flow == &up_ ? down_ : up_;
-  fail(std::string(back.whose) + " broke off the connection: " + error.text());
+  breakOff(&flow == &up_ ? down_ : up_, error.text());
   return false;
 }
 
@@ -172,18 +170,27 @@ void RelayedConnection::endOfStream(Flow& flow) {
   flow.over = true;
   if (flow.source) g_source_destroy(flow.source.get());
   g_socket_shutdown(flow.to, FALSE, TRUE, nullptr);
-  if (&flow == &down_ && !up_.over && owner_ != nullptr) {
-    owner_->trouble(number_, flow.tap.isInsideFrame()
-                                 ? "the server ended the connection inside a frame"
-                                 : "the server ended the connection");
+  if (&flow == &down_ && !up_.over) {
+    const char* where = flow.tap.isInsideFrame() ? " inside a frame" : "";
+    tell(std::string("the server ended the connection") + where, ServerLoss::kEnded);
   }
   if (up_.over && down_.over) finish();
 }
 
+void RelayedConnection::tell(const std::string& text, ServerLoss loss, const std::string& why) {
+  if (owner_ != nullptr) owner_->trouble({number_, text, loss, why});
+}
+
+// By the side that the flow comes from.
+void RelayedConnection::breakOff(const Flow& flow, const std::string& why) {
+  fail(std::string(flow.whose) + " broke off the connection: " + why,
+       &flow == &down_ ? ServerLoss::kReset : ServerLoss::kNone, why);
+}
+
 // Told while the application's connection stands: only then its process can be found.
-void RelayedConnection::fail(const std::string& text, Telling tell) {
+void RelayedConnection::fail(const std::string& text, ServerLoss loss, const std::string& why) {
+  tell(text, loss, why);
   Owner* owner = std::exchange(owner_, nullptr);
-  if (owner != nullptr) (owner->*tell)(number_, text);
   reset();
   if (owner != nullptr) owner->connectionEnded(number_);
 }

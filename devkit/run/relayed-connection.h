@@ -47,9 +47,7 @@ class RelayedConnection : public std::enable_shared_from_this<RelayedConnection>
     /// What passed, before it is passed on.
     virtual void receivedFrom(AppNumber application, zeph::ZephMsg message) = 0;
     virtual void sentTo(AppNumber application, zeph::ZephMsg message) = 0;
-    virtual void trouble(AppNumber application, const std::string& text) = 0;
-    /// The server could not be reached, for that reason. The connection ends.
-    virtual void serverMissing(AppNumber application, const std::string& why) = 0;
+    virtual void trouble(Trouble trouble) = 0;
     /// Told once, unless `reset` came first. Nothing is told afterwards.
     virtual void connectionEnded(AppNumber application) = 0;
   };
@@ -94,9 +92,10 @@ class RelayedConnection : public std::enable_shared_from_this<RelayedConnection>
   bool readSome(Flow& flow);
   bool writeSome(Flow& flow);
   void endOfStream(Flow& flow);
-  // A member function of the owner's that tells of it.
-  using Telling = void (Owner::*)(AppNumber application, const std::string& text);
-  void fail(const std::string& text, Telling tell = &Owner::trouble);
+  void tell(const std::string& text, ServerLoss loss = ServerLoss::kNone,
+            const std::string& why = {});
+  void breakOff(const Flow& flow, const std::string& why);
+  void fail(const std::string& text, ServerLoss loss, const std::string& why);
   void finish();
 
   Owner* owner_;  // null once the connection has ended

@@ -55,7 +55,7 @@ bool isAuthors(const End& end) {
 }
 
 bool RunLog::passesFilter(LogLevel level, const std::string& text) const {
-  if (!hasLevel(level)) return false;
+  if (level < filter_.least) return false;
   return !filter_.pattern || g_regex_match(filter_.pattern.get(), text.c_str(),
                                            G_REGEX_MATCH_DEFAULT, nullptr) != FALSE;
 }
@@ -74,9 +74,13 @@ void RunLog::row(const std::string& who, const std::string& mark, const std::str
               .look = look});
 }
 
-void RunLog::launching(const RunningApp& app) {
-  row(app.name(), "run", "launched", RowLook::kFaint);
+void RunLog::tell(const RunningApp& app, const std::string& mark, const std::string& text,
+                  RowLook look) {
+  row(app.name(), mark, text, look);
+  told_(app.name(), mark, text, look);
 }
+
+void RunLog::launching(const RunningApp& app) { tell(app, "run", "launched", RowLook::kFaint); }
 
 void RunLog::wrote(const RunningApp& app, const LogLine& line) {
   const bool isNoise = line.kind == LineKind::kNoise && !filter_.all;
@@ -87,29 +91,28 @@ void RunLog::wrote(const RunningApp& app, const LogLine& line) {
 }
 
 void RunLog::hinted(const RunningApp& app, const Hint& hint) {
-  row(app.name(), "hint", hint.text, RowLook::kWarning);
+  tell(app, "hint", hint.text, RowLook::kWarning);
 }
 
 void RunLog::found(const RunningApp& app, const FolderTrouble& trouble) {
-  row(app.name(), trouble.refuses ? "broken" : "check", inWordsWithCure(trouble),
-      trouble.refuses ? RowLook::kBad : RowLook::kWarning);
+  tell(app, trouble.refuses ? "broken" : "check", inWordsWithCure(trouble),
+       trouble.refuses ? RowLook::kBad : RowLook::kWarning);
 }
 
 void RunLog::ended(const RunningApp& app, const End& end) {
-  if (end.kind == EndKind::kQuit)
-    return row(app.name(), "end", "ended, as you asked", RowLook::kFaint);
+  if (end.kind == EndKind::kQuit) return tell(app, "end", "ended, as you asked", RowLook::kFaint);
   if (isAuthors(end)) return;
   std::string text = headlineOf(end) + "\n" + end.sentence;
   if (!end.cure.empty()) text += "\n" + end.cure;
-  row(app.name(), "end", text, end.kind == EndKind::kScriptExit ? RowLook::kGood : RowLook::kBad);
+  tell(app, "end", text, end.kind == EndKind::kScriptExit ? RowLook::kGood : RowLook::kBad);
 }
 
 void RunLog::saved(const RunningApp& app, const std::set<std::string>& files) {
-  row(app.name(), "run", listOf(files) + " saved", RowLook::kFaint);
+  tell(app, "run", listOf(files) + " saved", RowLook::kFaint);
 }
 
 void RunLog::noted(const RunningApp& app, const std::string& text) {
-  row(app.name(), "run", text, RowLook::kFaint);
+  tell(app, "run", text, RowLook::kFaint);
 }
 
 void RunLog::passed(const std::string& who, Direction direction,

@@ -4,6 +4,7 @@
 
 #include <zeph-message.pb.h>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -29,8 +30,14 @@ struct RunLogFilter {
 
 class RunLog {
  public:
+  /// Hears each row that is neither a line nor a message: its application, its mark ("hint", "end",
+  /// "run", ...), its text and its look.
+  using Told = std::function<void(const std::string& app, const std::string& mark,
+                                  const std::string& text, RowLook look)>;
+
   /// The view must outlive the log.
-  RunLog(MergedView& view, RunLogFilter filter) : view_(view), filter_(std::move(filter)) {}
+  RunLog(MergedView& view, RunLogFilter filter, Told told)
+      : view_(view), filter_(std::move(filter)), told_(std::move(told)) {}
 
   /// Ends, hints, doubts, troubles and what is noted are shown whatever the filter says; only lines
   /// and messages are filtered.
@@ -42,9 +49,6 @@ class RunLog {
   void saved(const RunningApp& app, const std::set<std::string>& files);
   void noted(const RunningApp& app, const std::string& text);
 
-  /// Whether lines of this level are asked for at all.
-  bool hasLevel(LogLevel level) const { return level >= filter_.least; }
-
   /// A message of `who`, an application's name or what stands for it.
   void passed(const std::string& who, Direction direction,
               const net::quelta::zeph::message::ZephMsg& message);
@@ -53,6 +57,7 @@ class RunLog {
   void told(const std::string& who, const std::string& text, RowLook look);
 
  private:
+  void tell(const RunningApp& app, const std::string& mark, const std::string& text, RowLook look);
   bool passesFilter(LogLevel level, const std::string& text) const;
   void row(const std::string& who, const std::string& mark, const std::string& text, RowLook look,
            TimePoint time = std::chrono::system_clock::now());
@@ -60,6 +65,7 @@ class RunLog {
 
   MergedView& view_;
   RunLogFilter filter_;
+  Told told_;
   std::map<std::string, int> colors_;
 };
 

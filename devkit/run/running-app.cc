@@ -47,12 +47,8 @@ void RunningApp::stop() {
   launch_->end(EndedBy::kQuit);
 }
 
-void RunningApp::serverMissing(const std::string& why) {
-  if (launch_) launch_->serverMissing(process_, why);
-}
-
-void RunningApp::left(const std::string& how) {
-  if (launch_) launch_->left(process_, how);
+void RunningApp::left(ServerLoss loss, const std::string& why) {
+  if (launch_) launch_->left(process_, loss, why);
 }
 
 // A launch must not go while it tells of its end.

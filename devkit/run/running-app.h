@@ -83,11 +83,8 @@ class RunningApp : private LaunchObserver {
   void stop();
   /// The device has its connection, of which the application itself says nothing.
   void connected();
-
-  /// The device server behind a relay could not be reached, or, with an empty text, is there.
-  void serverMissing(const std::string& why);
-  /// The device server ends its connection; `how` is for its explained end.
-  void left(const std::string& how);
+  /// It has lost its device server; `why` is for its explained end, and may be empty.
+  void left(ServerLoss loss, const std::string& why);
 
   const std::string& name() const { return plan_.name; }
   const std::filesystem::path& folder() const { return plan_.folder; }

@@ -1,11 +1,11 @@
 // One class for each kind of device.
 #include "run/session-device.h"
 
-#include "device/commands.h"
 #include "device/stimuli-json.h"
 #include "run/relay.h"
 #include "server/agenda.h"
 #include "server/device-server.h"
+#include "server/shadow.h"
 
 namespace morvik::devkit {
 namespace {
@@ -39,33 +39,6 @@ class VirtualDevice : public SessionDevice {
 
  private:
   mutable DeviceServer server_;
-};
-
-// What a virtual device would be by now that had got the same messages. Its answers go nowhere.
-class Shadow : private Outlet, private Observer {
- public:
-  explicit Shadow(Events& events) : device_(*this, agenda_), hears_(events, *this) {}
-
-  Device& device() { return device_; }
-
- private:
-  void send(AppNumber /*to*/, const zeph::ZephMsg& /*message*/,
-            const Delivery& /*delivery*/) override {}
-  void drop(AppNumber /*application*/) override {}
-
-  void happened(const Event& event) override {
-    if (const auto* came = std::get_if<Came>(&event.what)) {
-      device_.applicationCame(came->application);
-    } else if (const auto* left = std::get_if<Left>(&event.what)) {
-      device_.applicationLeft(left->application);
-    } else if (const auto* received = std::get_if<Received>(&event.what)) {
-      receive(device_, received->application, *received->message);
-    }
-  }
-
-  Agenda agenda_;
-  Device device_;
-  Observation hears_;
 };
 
 class RelayedDevice : public SessionDevice {

@@ -108,14 +108,10 @@ AppNumber Session::numberOf(const RunningApp& app) const {
 }
 
 void Session::hear(const Event& event) {
-  if (const auto* trouble = std::get_if<Trouble>(&event.what);
-      trouble != nullptr && trouble->application && !trouble->serverMissing.empty()) {
-    if (RunningApp* app = appOf(*trouble->application)) app->serverMissing(trouble->serverMissing);
-  } else if (const auto* came = std::get_if<Came>(&event.what)) {
+  if (const auto* came = std::get_if<Came>(&event.what)) {
     if (RunningApp* app = appOf(came->application)) app->connected();
-  } else if (const auto* sent = std::get_if<Sent>(&event.what)) {
-    const auto known = owners_.find(sent->application);
-    if (known != owners_.end()) known->second->serverMissing("");
+  } else if (const auto* trouble = std::get_if<Trouble>(&event.what)) {
+    lost(*trouble);
   } else if (const auto* stimulated = std::get_if<Stimulated>(&event.what)) {
     if (stimulated->name == "drop") dropped(stimulated->only);
   } else if (const auto* left = std::get_if<Left>(&event.what)) {
@@ -123,9 +119,18 @@ void Session::hear(const Event& event) {
   }
 }
 
+// The host listens to the last connection of an application; what becomes of older ones ends
+// nothing.
+void Session::lost(const Trouble& trouble) {
+  if (trouble.loss == ServerLoss::kNone || !trouble.application) return;
+  RunningApp* app = appOf(*trouble.application);
+  if (app != nullptr && numberOf(*app) == *trouble.application)
+    app->left(trouble.loss, trouble.why);
+}
+
 void Session::dropped(std::optional<AppNumber> only) {
   for (const auto& [number, app] : owners_) {
-    if (!only || *only == number) app->left("it was told to drop it");
+    if (!only || *only == number) app->left(ServerLoss::kEnded, "it was told to drop it");
   }
 }
 

@@ -63,6 +63,7 @@ class Session {
  private:
   void add(RunningAppPlan plan);
   std::string withAddress(std::string instance) const;
+  void lost(const Trouble& trouble);
   void dropped(std::optional<AppNumber> only);
 
   RunningAppObserver& observer_;

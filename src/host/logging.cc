@@ -51,10 +51,24 @@ constexpr const char* kNoText = "out of memory: no text for this message";
 LaunchOptions defaultSettings;
 LaunchOptions* settings = &defaultSettings;
 
+// The most of a text that fits into a record, with its last letter whole: in UTF-8 a byte of the
+// form 10xxxxxx belongs to the letter before, which has three of them at most. Other texts are cut
+// there too.
+std::size_t lengthOfCut(const char* text) {
+  constexpr unsigned kMask = 0xC0;
+  constexpr unsigned kFurtherByte = 0x80;
+  std::size_t length = kMaxRecord;
+  while (length > kMaxRecord - 3 &&
+         (static_cast<unsigned char>(text[length]) & kMask) == kFurtherByte)
+    --length;
+  return length;
+}
+
 void sendRecord(int priority, const char* message) {
   const std::size_t length = std::strlen(message);
   if (length <= kMaxRecord) return syslog(priority, "%s", message);
-  syslog(priority, kCutRecord, static_cast<int>(kMaxRecord), message, length - kMaxRecord);
+  const std::size_t kept = lengthOfCut(message);
+  syslog(priority, kCutRecord, static_cast<int>(kept), message, length - kept);
 }
 
 // A threshold outside 0 to 30 prints nothing; shifting by it would not be defined.

@@ -51,8 +51,9 @@ bool memoryIsGone() {
 
 // Libraries meet a lack of memory in ways of their own: the script engine aborts where it cannot
 // format a date, and GLib, which cannot form the message about it, tries for ever until the stack
-// is used up. Whoever reads the log must find the reason there and not a bare signal. Any other
-// crash ends the process by its own signal, as without this.
+// is used up. Whoever reads the log must find the reason there and not a bare signal. A crash is
+// put down to memory where none is left at that moment, which is likely the reason and not proved
+// to be; any other ends the process by its own signal, as without this.
 void crashed(int signal) {
   if (memoryIsGone()) newFailed();
   std::raise(signal);  // its handler is gone, so this ends the process on return

@@ -7,7 +7,7 @@
 #include "app-client.h"
 #include "browser-fixture.h"
 #include "loop.h"
-#include "support/browser/child.h"
+#include "support/program.h"
 #include "support/temporary-folder.h"
 
 namespace morvik::test {
@@ -33,7 +33,7 @@ class DevicePageTest : public BrowserTest {
 
   Loop loop_;
   TemporaryFolder folder_;
-  Child device_;
+  Program device_;
   std::string address_;  // of the page
   std::uint16_t port_ = 0;
 };

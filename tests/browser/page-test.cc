@@ -83,6 +83,37 @@ TEST_F(PageInBrowser, canBeUsedWithTheKeyboardAlone) {
   expectAttribute("#ear-left", "aria-valuenow", "1");
 }
 
+TEST_F(PageInBrowser, aTagIsDraggedToTheReaderAndAway) {
+  const auto app = application();
+  openPage();
+  driver_.click("#tab-tags");
+  const std::string tag = driver_.waitFor("document.querySelector('[data-tag]')?.dataset.tag");
+  const std::string pill = "[data-tag='" + tag + "']";
+  driver_.drag(pill, "#reader");
+  zeph::ZephMsg heard = next(*app, "rfidCallback");
+  EXPECT_EQ(heard.rfidcallback().id(), tag);
+  EXPECT_EQ(heard.rfidcallback().direction(), zeph::RfidCallback::IN);
+  expectThere(pill + "[aria-pressed=true]");
+  driver_.drag(pill, "#title");
+  heard = next(*app, "rfidCallback");
+  EXPECT_EQ(heard.rfidcallback().direction(), zeph::RfidCallback::OUT);
+  expectThere(pill + "[aria-pressed=false]");
+}
+
+TEST_F(PageInBrowser, anEarIsTakenAndTurned) {
+  const auto app = application();
+  openPage();
+  driver_.drag("#turn-left", "#scale-left circle:nth-child(9)");
+  expect(attributeOf("#ear-left", "data-held") + " === null");
+  const std::string step = driver_.run("return " + attributeOf("#ear-left", "aria-valuenow"));
+  EXPECT_NEAR(std::stoi(step), 8, 1);
+  zeph::ZephMsg heard = next(*app, "earsCallback");
+  while (heard.has_id() && heard.earscallback().step() != std::stoi(step)) {
+    heard = next(*app, "earsCallback");
+  }
+  EXPECT_EQ(heard.earscallback().type(), zeph::EarsCallback::STOP_LEFT);
+}
+
 TEST_F(PageInBrowser, asksForNothingFromElsewhere) {
   openPage();
   const auto names =

@@ -1,6 +1,7 @@
 // Applications on the real host, run from their folders, and what the page shows and does of them.
 #include "looks.h"
 #include "run-page-fixture.h"
+#include "support/browser/said.h"
 #include "support/file-content.h"
 
 namespace morvik::test {
@@ -25,6 +26,12 @@ const std::string kPressed = interactiveScript(R"js(
   });
 )js");
 constexpr const char* kLedAndButton = "<access>led</access><access>button</access>";
+
+// An expression: a line of this kind has this text.
+std::string kindHas(const std::string& kind, const std::string& text) {
+  return "[...document.querySelectorAll('#log .line[data-kind=" + kind +
+         "]')].some((line) => line.textContent.includes(" + quoted(text) + "))";
+}
 
 TEST_F(PageOfARun, aClickReachesTheScriptAndItsColourShows) {
   run({write("app", kPressed, kLedAndButton)});
@@ -161,6 +168,14 @@ TEST_F(PageOfARun, anApplicationThatHasLeftKeepsItsName) {
   expectState("app", "ended");
   driver_.click("#tab-notes");
   expect("document.querySelector('#notes .line[data-kind=left] .who').textContent === 'app'");
+  driver_.click(cardOf("app") + " [data-act=restart]");
+  expectState("app", "interactive");
+  driver_.reload();
+  waitUntilGreeted();
+  driver_.click("#tab-notes");
+  expect("document.querySelector('#notes .line[data-kind=left] .who').textContent === 'app'");
+  driver_.click("#tab-messages");
+  expect("document.querySelector('#messages .message .who').textContent === 'app'");
 }
 
 TEST_F(PageOfARun, whatTheAuthorShouldMendIsFoundBeforeAndHintedAfter) {
@@ -176,6 +191,77 @@ TEST_F(PageOfARun, isLaunchedByATag) {
   driver_.fill(cardOf("app") + " input[list=launches]", "RFID;d0021a;1;2;3;4;fox");
   driver_.click(cardOf("app") + " [data-act=launch]");
   expectLogged("here by RFID d0021a");
+}
+
+// A device server of its own stands for the real one.
+TEST_F(PageOfARun, behindARelayShowsWhatTheRealDeviceDoes) {
+  Program real({MORVIK_DEV, "device", "--port=0"});
+  const std::string address = saidBehind("listening on ", real);
+  run({"--device=" + address,
+       write("app", interactiveScript("log('ready'); morvik.led.light('red');"),
+             "<access>led</access>")});
+  expectLogged("ready");
+  expectLed("rgb(255, 0, 0)");
+  real.say("ear LEFT 5\n");
+  expectAttribute("#ear-left", "aria-valuenow", "5");
+  real.say("rfid 04a1 IN\n");
+  expectThere("#tag[data-on]");
+  real.say("refuse BUSY led\n");
+  real.waitFor("refuses led with BUSY");
+  write("app", interactiveScript("morvik.led.light('blue', function (code) { log(code); });"));
+  expectLogged("BUSY");
+  expectState("app", "interactive");
+  expectLed("rgb(255, 0, 0)");
+}
+
+// Told so by another page, this one does nothing else until that lets it go on, by a cookie: those
+// are read where they are kept, past the page's own events.
+TEST_F(PageOfARun, oneThatIsBusyHarmsNobodyAndCatchesUp) {
+  run({write("app", interactiveScript(R"js(
+         var letters = new Array(1001).join('x');
+         morvik.button.addListener(function (press) {
+           if (press === 'DOUBLE') {
+             morvik.led.light('blue');
+             return true;
+           }
+           for (var i = 0; i < 1500; ++i) log(i + letters);
+           morvik.led.light('lime');
+           log('all is said');
+           return true;
+         });
+         log('ready');
+       )js"),
+             kLedAndButton)});
+  expectLogged("ready");
+  driver_.run(
+      "new BroadcastChannel('work').onmessage = () => {"
+      "  while (!document.cookie.includes('go=on')) {}"
+      "  window.wasBusy = true; };");
+  driver_.openWindow();
+  openPage();
+  driver_.run("new BroadcastChannel('work').postMessage('begin');");
+  driver_.click("#button");
+  expectLogged("all is said");
+  expectLed("rgb(0, 255, 0)");
+  expectState("app", "interactive");
+  driver_.run("document.cookie = 'go=on; path=/';");
+  driver_.switchTo(window_);
+  expect("window.wasBusy");
+  driver_.run("document.cookie = 'go=on; path=/; max-age=0';");
+  expectLed("rgb(0, 255, 0)");
+  expectText("#panel-log .left-out", "were left out, for this page did not keep up");
+  driver_.click("[data-press=DOUBLE]");
+  expectLed("rgb(0, 0, 255)");
+}
+
+TEST_F(PageOfARun, itsLogTellsOfSavesHintsAndEnds) {
+  run({write("app", "log('first');")});
+  expectLogged("first");
+  write("app", "morvik.led.light('red');");
+  expect(kindHas("run", "main.js saved"));
+  expect(kindHas("hint", "<access>led</access>"));
+  driver_.click(cardOf("app") + " [data-act=stop]");
+  expect(kindHas("end", "ended, as you asked"));
 }
 
 // Lines of several kinds and levels, by two applications.

@@ -66,7 +66,7 @@ void FakeServer::send(const zeph::ZephMsg& message) {
 }
 
 void FakeServer::answer(const zeph::ZephMsg& request, zeph::VReturnCode code) {
-  zeph::ZephMsg message = answerTo(request);
+  zeph::ZephMsg message = replyTo(request);
   message.mutable_response()->set_code(code);
   send(message);
 }
@@ -81,19 +81,6 @@ void FakeServer::reset() {
   const linger atOnce{1, 0};
   setsockopt(connection_, SOL_SOCKET, SO_LINGER, &atOnce, sizeof(atOnce));
   close();
-}
-
-zeph::ZephMsg messageOfDevice() {
-  static int last = 0;
-  zeph::ZephMsg message;
-  message.set_id("device-" + std::to_string(++last));
-  return message;
-}
-
-zeph::ZephMsg answerTo(const zeph::ZephMsg& request) {
-  zeph::ZephMsg message = messageOfDevice();
-  message.set_correlationid(request.id());
-  return message;
 }
 
 }  // namespace morvik::test

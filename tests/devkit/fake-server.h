@@ -9,6 +9,7 @@
 
 #include "device/when-readable.h"
 #include "server/frame.h"
+#include "support/device-message.h"
 
 namespace morvik::test {
 
@@ -50,9 +51,5 @@ class FakeServer {
   devkit::GSourceAttached reading_;
   devkit::FrameReader frames_;
 };
-
-// A message as a device sends it, with an id of its own; an answer carries the request's id.
-zeph::ZephMsg messageOfDevice();
-zeph::ZephMsg answerTo(const zeph::ZephMsg& request);
 
 }  // namespace morvik::test

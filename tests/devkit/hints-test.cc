@@ -202,7 +202,7 @@ class HintOnTheHost : public ::testing::TestWithParam<Row> {
   static void received(FakeServer& server, const zeph::ZephMsg& message) {
     if (!message.has_ping()) return server.answer(message, zeph::OK);
     for (int i = 0; i < 3; ++i) {
-      zeph::ZephMsg tag = messageOfDevice();
+      zeph::ZephMsg tag = newMessage();
       tag.mutable_rfidcallback()->set_id("04a1");
       server.send(tag);
     }

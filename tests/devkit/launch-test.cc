@@ -190,21 +190,20 @@ TEST_F(LaunchTest, leavesNothingAfterManyLaunches) {
   EXPECT_EQ(openFiles(), before);
 }
 
-TEST_F(LaunchTest, hearsMessagesFromWhoeverHasTheServer) {
+TEST_F(LaunchTest, hearsOfTheConnectionFromWhoeverHasTheServer) {
   Launch launch(record_);
-  LaunchPlan plan = patient();
-  plan.messages = EvidenceCollector::Messages::kTold;
-  launch.start(plan);
+  launch.start(patient());
   expectSaid("here");
   const pid_t pid = record_.processes.at("app");
   launch.connected(pid);
-  launch.told(pid, {.direction = Direction::kToApplication, .payloads = {"rfidCallback"}});
-  launch.left(pid, "dropped");
+  launch.left(pid, ServerLoss::kReset, "broken");
   const Evidence* evidence = launch.evidenceOf(pid);
   ASSERT_NE(evidence, nullptr);
   EXPECT_EQ(evidence->state, AppState::kConnected);
-  EXPECT_EQ(evidence->heard.at("rfidCallback"), 1);
-  EXPECT_EQ(evidence->serverLeft, "dropped");
+  EXPECT_EQ(evidence->serverLoss, ServerLoss::kReset);
+  EXPECT_EQ(evidence->serverLeft, "broken");
+  launch.connected(pid);
+  EXPECT_EQ(evidence->serverLoss, ServerLoss::kNone);
   EXPECT_EQ(launch.evidenceOf(getpid()), nullptr);
 }
 

@@ -133,7 +133,8 @@ class RelayTest : public ::testing::Test, protected Observer {
     if (std::holds_alternative<Left>(event.what)) told_.emplace_back("left");
     if (const auto* trouble = std::get_if<Trouble>(&event.what)) {
       told_.push_back(trouble->text);
-      missing_ = trouble->serverMissing;
+      losses_.push_back(trouble->loss);
+      why_ = trouble->why;
     }
     if (const auto* message = std::get_if<Received>(&event.what)) {
       told_.push_back("-> " + message->message->id());
@@ -150,7 +151,8 @@ class RelayTest : public ::testing::Test, protected Observer {
   int listening_;
   std::uint16_t serverPort_ = 0;
   std::vector<std::string> told_;
-  std::string missing_;  // why there is no server, as the last trouble tells
+  std::vector<ServerLoss> losses_;  // as the troubles tell
+  std::string why_;                 // the last of them
   Events events_{[] { return std::chrono::milliseconds(0); }};
   Relay relay_{events_};
   std::unique_ptr<Peer> application_;
@@ -245,6 +247,7 @@ TEST_F(RelayTest, tellsThatTheServerEndedTheConnection) {
   server_->close();
   EXPECT_TRUE(application_->sawEnd());
   EXPECT_THAT(told_, ElementsAre("the server ended the connection"));
+  EXPECT_THAT(losses_, ElementsAre(ServerLoss::kEnded));
   application_->close();
   EXPECT_TRUE(hasTold("left"));
 }
@@ -257,6 +260,7 @@ TEST_F(RelayTest, passesAResetOn) {
   EXPECT_TRUE(application_->sawReset());
   EXPECT_TRUE(hasTold("left"));
   EXPECT_THAT(told_.at(1), HasSubstr("the server broke off the connection"));
+  EXPECT_THAT(losses_, ElementsAre(ServerLoss::kReset));
 }
 
 TEST_F(RelayTest, passesTheApplicationsResetOn) {
@@ -264,6 +268,7 @@ TEST_F(RelayTest, passesTheApplicationsResetOn) {
   application_->reset();
   EXPECT_TRUE(server_->sawReset());
   EXPECT_TRUE(hasTold("left"));
+  EXPECT_THAT(losses_, ElementsAre(ServerLoss::kNone));
 }
 
 TEST_F(RelayTest, breaksOffWhenThereIsNoServer) {
@@ -274,7 +279,8 @@ TEST_F(RelayTest, breaksOffWhenThereIsNoServer) {
   EXPECT_TRUE(application_->sawReset());
   EXPECT_TRUE(hasTold("left"));
   EXPECT_THAT(told_.at(0), HasSubstr("the server cannot be reached: "));
-  EXPECT_THAT(missing_, HasSubstr("Connection refused"));
+  EXPECT_THAT(losses_, ElementsAre(ServerLoss::kMissing));
+  EXPECT_THAT(why_, HasSubstr("Connection refused"));
 }
 
 TEST_F(RelayTest, resetsWhatIsLeftAtItsEnd) {

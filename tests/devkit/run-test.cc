@@ -6,6 +6,8 @@
 #include <regex>
 
 #include "desk-fixture.h"
+#include "fake-server.h"
+#include "pty-program.h"
 #include "support/file-content.h"
 #include "support/matchers.h"
 #include "support/program.h"
@@ -26,6 +28,13 @@ class RunTest : public DeskTest {
   static void saveByRename(const fs::path& file, const std::string& text) {
     std::ofstream(file.string() + ".new") << text;
     fs::rename(file.string() + ".new", file);
+  }
+
+  // Where a device server listens.
+  static std::string addressOf(const Program& server) {
+    constexpr std::string_view kGreeting = "listening on ";
+    const std::string greeting = server.waitFor("\n");
+    return greeting.substr(kGreeting.size(), greeting.find('\n') - kGreeting.size());
   }
 
   void expectRefusal(const std::vector<std::string>& words, const std::string& reason) {
@@ -227,24 +236,37 @@ TEST_F(RunTest, showsWhatTheFiltersLetThrough) {
 TEST_F(RunTest, takesARealDeviceServer) {
   write("app", interactiveScript("log('granted'); morvik.led.light('blue');"));
   Program server({MORVIK_DEV, "device", "--port=0"});
-  const std::string greeting = server.waitFor("\n");
-  const std::string address = greeting.substr(sizeof("listening on ") - 1,
-                                              greeting.find('\n') - sizeof("listening on ") + 1);
+  const std::string address = addressOf(server);
   const auto run = start({"--device=" + address, folder_ / "app"});
   EXPECT_THAT(run->waitFor("led light blue"), StartsWith("The relay to " + address));
   EXPECT_THAT(run->output(), HasSubstr("log     granted"));
   server.waitFor("led light blue");
+  write("app", interactiveScript("log('granted again'); morvik.led.light('green');"));
+  run->waitFor("log     granted again");
+  server.waitFor("led light green");
   server.signal(SIGTERM);
   run->waitFor("the server ended the connection");
   run->waitFor("app ended after");
 }
 
+TEST_F(RunTest, tellsAServerThatBreaksOffFromOneThatEnds) {
+  write("app", interactiveScript("log('granted');"));
+  FakeServer server([](FakeServer& /*self*/) {},
+                    [](FakeServer& self, const zeph::ZephMsg& message) {
+                      self.answer(message, zeph::OK);
+                      self.reset();
+                    });
+  constexpr int kWide = 400;  // columns, so that no sentence is broken
+  const auto run = std::make_unique<PtyProgram>(
+      loop_, command({"--device=127.0.0.1:" + std::to_string(server.port()), folder_ / "app"}),
+      kWide);
+  run->waitFor("The device server broke off the connection: ");
+}
+
 TEST_F(RunTest, saysThatTheRealDeviceRefuses) {
   write("app", "var at = instanceName.split(':'); morvik.connect(at[0], Number(at[1]));");
   Program server({MORVIK_DEV, "device", "--port=0"});
-  const std::string greeting = server.waitFor("\n");
-  const std::string address = greeting.substr(sizeof("listening on ") - 1,
-                                              greeting.find('\n') - sizeof("listening on ") + 1);
+  const std::string address = addressOf(server);
   server.signal(SIGTERM);
   server.waitForEnd();
   const auto run = start({"--device=" + address, folder_ / "app"});

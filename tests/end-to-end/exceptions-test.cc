@@ -95,11 +95,10 @@ class ExceptionTest : public DeviceTest {
 };
 
 TEST_F(ExceptionTest, anExceptionInATimerIsReportedOnceAndEndsTheTimer) {
-  app =
-      run("setTimeout(5, function() { throw new Error('ticked'); });\n"
-          "var ticks = 0;\n"
-          "setTimeout(10, function() { if (++ticks == 4) log('end'); return true; });");
-  EXPECT_EQ(app.logged(), "end");
+  runToEnd(
+      "setTimeout(5, function() { throw new Error('ticked'); });\n"
+      "var ticks = 0;\n"
+      "setTimeout(10, function() { if (++ticks == 4) log('end'); return true; });");
   EXPECT_THAT(app.warnings(), SizeIs(1 + 4));
   expectReportedOnce({"main.js:1: Error: ticked"});
 }
@@ -135,12 +134,11 @@ TEST_F(ExceptionTest, anExceptionInAnInfoFunctionIsReportedOnce) {
 }
 
 TEST_F(ExceptionTest, aRejectedPromiseIsReportedOnce) {
-  app =
-      run("\nPromise.reject(new Error('rejected'));\n"
-          "(async function() { throw 'thrown'; })();\n"
-          "setTimeout(5, function() { Promise.reject(new Error('later')); });\n"
-          "setTimeout(20, function() { log('end'); });");
-  EXPECT_EQ(app.logged(), "end");
+  runToEnd(
+      "\nPromise.reject(new Error('rejected'));\n"
+      "(async function() { throw 'thrown'; })();\n"
+      "setTimeout(5, function() { Promise.reject(new Error('later')); });\n"
+      "setTimeout(20, function() { log('end'); });");
   expectReportedOnce(
       {"main.js:2: Error: rejected", "main.js:3: thrown", "main.js:4: Error: later"});
 }
@@ -161,19 +159,17 @@ TEST_F(ExceptionTest, anExceptionThatTheScriptCatchesIsNotReported) {
 }
 
 TEST_F(ExceptionTest, aStackTraceHasTenFrames) {
-  app =
-      run("function deeper(n) { if (n == 0) throw new Error('deep'); deeper(n - 1); }\n"
-          "setTimeout(0, function() { deeper(50); });\n"
-          "setTimeout(20, function() { log('end'); });");
-  EXPECT_EQ(app.logged(), "end");
+  runToEnd(
+      "function deeper(n) { if (n == 0) throw new Error('deep'); deeper(n - 1); }\n"
+      "setTimeout(0, function() { deeper(50); });\n"
+      "setTimeout(20, function() { log('end'); });");
   const std::string trace = app.warnings().back();
   EXPECT_THAT(trace, StartsWith("Error: deep\n    at deeper (main.js:1:"));
   EXPECT_EQ(std::ranges::count(trace, '\n'), 10);
 }
 
 TEST_F(ExceptionTest, aStackOverflowIsAnExceptionLikeOthers) {
-  app = run("setTimeout(20, function() { log('end'); });\n(function deeper() { deeper(); })();");
-  EXPECT_EQ(app.logged(), "end");
+  runToEnd("setTimeout(20, function() { log('end'); });\n(function deeper() { deeper(); })();");
   EXPECT_EQ(timesLogged("main.js:2: RangeError: Maximum call stack size exceeded"), 1);
 }
 
@@ -189,8 +185,7 @@ TEST_F(ExceptionTest, aVeryLongSourceLineIsReported) {
 }
 
 TEST_F(ExceptionTest, refusalsOfTheHostAreReportedAsPlainTexts) {
-  app = run("\nsetTimeout(0, function() { log('end'); });\nlog();");
-  EXPECT_EQ(app.logged(), "end");
+  runToEnd("\nsetTimeout(0, function() { log('end'); });\nlog();");
   EXPECT_THAT(app.warnings(),
               ElementsAre(kNoParams, "main.js:3: Wrong arguments", "log();", StartsWith("^")));
   EXPECT_EQ(app.waitForLog("main.js:3: Wrong arguments").priority, LOG_WARNING);

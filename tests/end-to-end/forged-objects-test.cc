@@ -6,13 +6,14 @@
 
 #include "support/matchers.h"
 #include "support/system/system-test.h"
+#include "support/text-message.h"
 
 namespace morvik::test {
 namespace {
 
 class ForgedObjectsTest : public DeviceTest {
  protected:
-  // Does to each object whatever reads the fields of one, in every way of forging it.
+  // Does to each object of this array whatever reads the fields of one, in every way of forging it.
   static std::string attack(const std::string& objects) {
     return R"(
       function tryAll(attempts) { attempts.forEach(function(f) { try { f(); } catch (e) {} }); }
@@ -49,15 +50,15 @@ class ForgedObjectsTest : public DeviceTest {
           function() { o.log('x'); },
           function() { o.exit(1); }]);
       }
-      [)" + objects +
-           R"(].forEach(function(x) { forgeries(x).forEach(use); });)";
+      )" + objects +
+           R"(.forEach(function(x) { forgeries(x).forEach(use); });)";
   }
 };
 
 TEST_F(ForgedObjectsTest, objectsOfTheHostDoNoHarm) {
-  app = run(attack("file.read('main.js'), file, morvik, social, launchType, params, globalThis,"
+  app = run(attack("[file.read('main.js'), file, morvik, social, launchType, params, globalThis,"
                    " morvik.multimedia, http, new ArrayBuffer(8), new Uint8Array(8),"
-                   " Promise.resolve()") +
+                   " Promise.resolve()]") +
                 "log('alive');",
             {"http", "multimedia"});
   while (app.logged() != "alive") {
@@ -72,28 +73,62 @@ TEST_F(ForgedObjectsTest, aDataObjectThatIsNoneHasNoText) {
 }
 
 // An object from an event leads to a context that is no application's.
-TEST_F(ForgedObjectsTest, objectsOfEventsDoNoHarm) {
+struct EventObject {
+  const char* name;
+  const char* access;
+  const char* call;     ///< what makes the application hear of it; `seen` is its function
+  const char* message;  ///< what brings the object
+};
+
+class EventObjectTest : public ForgedObjectsTest,
+                        public testing::WithParamInterface<EventObject> {};
+
+constexpr EventObject kEventObjects[] = {
+    {"photo", "webcam", "morvik.webcam.photo('http://127.0.0.1:1/', seen)", "event { code: OK }"},
+    {"recording", "multimedia", "morvik.multimedia.record(seen)", "event { code: TERMINATED }"},
+    {"recordingAnswered", "multimedia", "morvik.multimedia.record(seen)", "response { code: OK }"},
+    {"tag", "rfid", "morvik.rfid.addListener(seen)", "rfidCallback { id: 't' direction: IN }"},
+    {"call", "m2m", "morvik.m2m.addListener(seen)",
+     "m2mCallback { type: INCOMING correspondant: 'bob' }"},
+    {"info", "led", "morvik.info(seen)", "morvikinfo_response { infos { key: 'a' value: 'b' } }"},
+    {"messages", "message", "morvik.message.list(seen)",
+     "response { code: OK } morvikMessageResponse { morvikMessageList { header { id: 'i' } } }"},
+    {"contacts", "contact", "morvik.contact.get(seen)",
+     "contactList { contacts { uuid: 'u' objects { idDB: 'o' name: 'n' } } }"},
+    {"meaning", "asr", "morvik.asr.string('oui|non', 'fr', seen)",
+     "response { code: OK } asrCallback { recognition { text: 'oui' semantic: '<a>b</a>' } }"},
+};
+
+TEST_P(EventObjectTest, doesNoHarm) {
+  const EventObject& row = GetParam();
   interactive(
-      "morvik.webcam.photo('http://127.0.0.1:1/', function(e) { if (e.type !== 'OK' || !e.data) "
-      "return;" +
-          attack("e, e.data, e.constructor, e.constructor.prototype, e.constructor.keys(e)") +
+      "function parts(e) { return [e, e.constructor, e.constructor.prototype].concat("
+      "Object.keys(e).map(function(key) { return Object(e[key]); })); }"
+      "function seen(e) {"
+      " if (typeof e !== 'object') e = Object(e);" +
+          attack("parts(e)") +
           " var call = e.constructor.constructor.prototype.call;"
           " call.call(log, null, 'called from elsewhere');"
           " log(typeof call.call(file.read, null, 'main.js'));"
-          " log('alive'); });",
-      {"webcam", "http", "multimedia"});
-  const zeph::ZephMsg request = device.receive();
-  device.reply(request, "OK");
-  device.event(request, "OK");
-  std::vector<std::string> texts = app.loggedUntil("alive");
+          " log('alive'); return true; }" +
+          row.call,
+      {row.access, "http", "multimedia"});
+  zeph::ZephMsg message = zephMsg(std::string("id: 'answer' ") + row.message);
+  if (std::string_view(row.call).find("addListener") == std::string_view::npos)
+    message.set_correlationid(device.receive().id());
+  device.send(message);
+  const std::vector<std::string> texts = app.loggedUntil("alive");
   ASSERT_GE(texts.size(), 2U);
   EXPECT_EQ(texts[texts.size() - 2], "called from elsewhere");
   EXPECT_EQ(texts.back(), "object");
   EXPECT_TRUE(app.alive());
 }
 
+INSTANTIATE_TEST_SUITE_P(Of, EventObjectTest, testing::ValuesIn(kEventObjects),
+                         [](const auto& row) { return row.param.name; });
+
 TEST_F(ForgedObjectsTest, theLaunchTypeByVoiceDoesNoHarm) {
-  apps.app("voice", {}, prelude() + attack("launchType") + "log('alive');");
+  apps.app("voice", {}, prelude() + attack("[launchType]") + "log('alive');");
   app = launch("voice ASR;hello;<a>b</a>");
   while (app.logged() != "alive") {
   }

@@ -134,11 +134,10 @@ TEST_F(LimitsTest, repliesLeaveNothingBehind) {
 }
 
 TEST_F(LimitsTest, timersLeaveNothingBehind) {
-  app =
-      run("var left = 1500; setTimeout(0, function again() {"
-          " if (--left > 0) setTimeout(0, again); else log('end');"
-          " return new Array(2000).fill(0.5); });");
-  EXPECT_EQ(app.logged(), "end");
+  runToEnd(
+      "var left = 1500; setTimeout(0, function again() {"
+      " if (--left > 0) setTimeout(0, again); else log('end');"
+      " return new Array(2000).fill(0.5); });");
 }
 
 TEST_F(LimitsTest, infoObjectsLeaveNothingBehind) {

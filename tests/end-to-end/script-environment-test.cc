@@ -120,18 +120,18 @@ TEST_F(ScriptEnvironmentTest, setTimeoutLogsTheWholeNumber) {
 }
 
 TEST_F(ScriptEnvironmentTest, notANumberAndInfinityAreZero) {
-  App app =
-      run("setTimeout(NaN, function() { log('nan'); });"
-          "setTimeout(Infinity, function() { log('infinity'); });"
-          "setTimeout(30, function() { log('end'); });");
-  EXPECT_THAT(app.loggedUntil("end"), ElementsAre("nan", "infinity"));
+  EXPECT_THAT(run("setTimeout(NaN, function() { log('nan'); });"
+                  "setTimeout(Infinity, function() { log('infinity'); });"
+                  "setTimeout(30, function() { log('end'); });")
+                  .loggedUntil("end"),
+              ElementsAre("nan", "infinity"));
 }
 
 TEST_F(ScriptEnvironmentTest, aTimerOfZeroFiresFirstAndNotBeforeTheScriptEnds) {
-  App app =
-      run("setTimeout(50, function() { log('later'); });"
-          "setTimeout(0, function() { log('at once'); }); log('script');");
-  EXPECT_THAT(app.loggedUntil("later"), ElementsAre("script", "at once"));
+  EXPECT_THAT(run("setTimeout(50, function() { log('later'); });"
+                  "setTimeout(0, function() { log('at once'); }); log('script');")
+                  .loggedUntil("later"),
+              ElementsAre("script", "at once"));
 }
 
 TEST_F(ScriptEnvironmentTest, aTimerRepeatsForAsLongAsItReturnsExactlyTrue) {
@@ -169,10 +169,10 @@ TEST_F(ScriptEnvironmentTest, aTimerMaySetTimers) {
 }
 
 TEST_F(ScriptEnvironmentTest, promisesRunBehindEachCallback) {
-  App app =
-      run("setTimeout(0, function() { Promise.resolve().then(function() { log('then'); });"
-          " log('timer'); }); setTimeout(20, function() { log('end'); });");
-  EXPECT_THAT(app.loggedUntil("end"), ElementsAre("timer", "then"));
+  EXPECT_THAT(run("setTimeout(0, function() { Promise.resolve().then(function() { log('then'); });"
+                  " log('timer'); }); setTimeout(20, function() { log('end'); });")
+                  .loggedUntil("end"),
+              ElementsAre("timer", "then"));
 }
 
 // --- random, uuid, timestamp

@@ -143,6 +143,30 @@ TEST_F(LoggingTest, theSystemLogGetsALongTextCut) {
   EXPECT_EQ(systemLines.at(2).priority, LOG_WARNING);
 }
 
+// Half a letter would make the whole record unreadable to some.
+TEST_F(LoggingTest, aLongTextIsCutBetweenLetters) {
+  constexpr std::size_t kMost = 131072;
+  for (const std::string letter : {"\303\251", "\342\202\254", "\360\237\230\200"}) {
+    for (std::size_t inside = 1; inside < letter.size(); ++inside) {
+      const std::string before(kMost - inside, 'x');
+      printed(G_LOG_LEVEL_DEBUG, 0, (before + letter + "y").c_str());
+      EXPECT_EQ(systemLines.back().text,
+                before + "... (" + std::to_string(letter.size() + 1) + " bytes left out)");
+    }
+    const std::string whole = std::string(kMost - letter.size(), 'x') + letter;
+    printed(G_LOG_LEVEL_DEBUG, 0, (whole + letter).c_str());
+    EXPECT_EQ(systemLines.back().text,
+              whole + "... (" + std::to_string(letter.size()) + " bytes left out)");
+  }
+}
+
+TEST_F(LoggingTest, aLongTextThatIsNoUtf8IsCutToo) {
+  constexpr std::size_t kMost = 131072;
+  const std::string bytes(kMost + 1, '\200');
+  printed(G_LOG_LEVEL_DEBUG, 0, bytes.c_str());
+  EXPECT_EQ(systemLines.back().text, bytes.substr(0, kMost - 3) + "... (4 bytes left out)");
+}
+
 TEST_F(LoggingTest, standardErrorGetsALongTextWhole) {
   const std::string text(300000, 'x');
   EXPECT_EQ(printed(G_LOG_LEVEL_DEBUG, 7, text.c_str()), "DEBUG: " + text + "\n");

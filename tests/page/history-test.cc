@@ -33,5 +33,20 @@ TEST(HistoryTest, forgetsTheOldestBeyondItsBytes) {
   EXPECT_EQ(history.forgotten(), 4U);
 }
 
+TEST(HistoryTest, forgetsWhatIsFaintFirst) {
+  History history(3, 100);
+  history.add("1");
+  history.add("2", true);
+  history.add("3", true);
+  history.add("4");
+  EXPECT_EQ(history.array(), "[1,3,4]");
+  history.add("5");
+  history.add("6");
+  EXPECT_EQ(history.array(), "[4,5,6]");
+  history.add("7", true);
+  EXPECT_EQ(history.array(), "[4,5,6]") << "the only one that is faint";
+  EXPECT_EQ(history.forgotten(), 4U);
+}
+
 }  // namespace
 }  // namespace morvik::test

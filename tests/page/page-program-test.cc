@@ -6,9 +6,9 @@
 
 #include "devkit/app-client.h"
 #include "page-client.h"
-#include "support/browser/child.h"
 #include "support/browser/said.h"
 #include "support/matchers.h"
+#include "support/program.h"
 #include "support/temporary-folder.h"
 
 namespace morvik::test {
@@ -21,7 +21,7 @@ class DeviceWithPage : public ::testing::Test {
   std::vector<std::string> command(const std::string& page) const {
     return {MORVIK_DEV, "device", "--port=0", page, "--state=" + folder_.path().string()};
   }
-  static std::uint16_t devicePort(const test::Child& device) {
+  static std::uint16_t devicePort(const test::Program& device) {
     return portOf("http://" + test::saidBehind("listening on ", device) + "/");
   }
   // The memory that a process has of its own and in use, in bytes.
@@ -44,7 +44,7 @@ constexpr const char* kKeepNothingFreed =
 TEST_F(DeviceWithPage, isAsQuickAndAsSmallWithAPageThatStopsReading) {
   std::vector<std::string> words = command("--page");
   words.insert(words.begin(), {"/usr/bin/env", kKeepNothingFreed});
-  test::Child device(words);
+  test::Program device(words);
   DeafPage deaf(loop_, test::saidBehind("page: ", device));
   AppClient app(loop_, devicePort(device));
   const auto pass = [&app](int hundreds) {
@@ -64,7 +64,7 @@ TEST_F(DeviceWithPage, isAsQuickAndAsSmallWithAPageThatStopsReading) {
 }
 
 TEST_F(DeviceWithPage, showsWhatItsApplicationsDo) {
-  test::Child device(command("--page"));
+  test::Program device(command("--page"));
   PageClient page(loop_, test::saidBehind("page: ", device));
   const Json hello = page.receive("hello");
   EXPECT_EQ(hello["mode"], "device");
@@ -94,7 +94,7 @@ TEST_F(DeviceWithPage, showsWhatItsApplicationsDo) {
 }
 
 TEST_F(DeviceWithPage, tellsThatAPageAloneRunsNoApplications) {
-  test::Child device(command("--page"));
+  test::Program device(command("--page"));
   PageClient page(loop_, test::saidBehind("page: ", device));
   const Json outcome = page.ask({{"type", "act"}, {"action", "restart"}, {"app", "app 1"}});
   EXPECT_EQ(outcome["done"], false);
@@ -104,21 +104,21 @@ TEST_F(DeviceWithPage, tellsThatAPageAloneRunsNoApplications) {
 TEST_F(DeviceWithPage, tellsProgramsTheAddressInAnEvent) {
   std::vector<std::string> words = command("--page");
   words.emplace_back("--events=json");
-  test::Child device(words);
+  test::Program device(words);
   const std::string rest = test::saidBehind("\"event\":\"page\"", device);
   const Json line = Json::parse("{\"event\":\"page\"" + rest);
   EXPECT_TRUE(PageClient(loop_, line["address"].get<std::string>()).isOpen());
 }
 
 TEST_F(DeviceWithPage, takesThePortThatIsAskedForAndTellsWhenItIsTaken) {
-  test::Child first(command("--page=0"));
+  test::Program first(command("--page=0"));
   const std::string port = std::to_string(portOf(test::saidBehind("page: ", first)));
-  test::Child second(command("--page=" + port));
-  second.await("--page takes any free one.\n");
+  test::Program second(command("--page=" + port));
+  second.waitFor("--page takes any free one.\n");
   EXPECT_THAT(second.output(), StartsWith("morvik-dev device: port " + port +
                                           " is in use, perhaps by another page.\n"));
-  test::Child third(command("--page=many"));
-  third.await("morvik-dev device: a port is a number from 0 to 65535\n");
+  test::Program third(command("--page=many"));
+  third.waitFor("morvik-dev device: a port is a number from 0 to 65535\n");
 }
 
 }  // namespace

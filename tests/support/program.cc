@@ -2,6 +2,7 @@
 #include "support/program.h"
 
 #include <gtest/gtest.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -18,7 +19,11 @@ Program::Program(const std::vector<std::string>& command) {
   pid_ = startProcess({.program = command.front(),
                        .arguments = command,
                        .environment = ownEnvironment(),
-                       .streams = {input.reading.get(), both, both}});
+                       .streams = {input.reading.get(), both, both},
+                       .prepare = [](int& /*complaints*/) -> const char* {
+                         prctl(PR_SET_PDEATHSIG, SIGTERM);
+                         return nullptr;
+                       }});
   input_ = std::move(input.writing);
   output.writing.close();
   output_ = std::make_unique<Stream>(std::move(output.reading));
@@ -26,12 +31,22 @@ Program::Program(const std::vector<std::string>& command) {
 
 // What it has left behind could hold its output open.
 Program::~Program() {
-  if (pid_ > 0) kill(pid_, SIGKILL);
-  if (pid_ > 0) waitpid(pid_, nullptr, 0);
+  if (pid_ > 0) end();
   try {
     output_->awaitEnd();
   } catch (const std::exception&) {
     ADD_FAILURE() << "output is still open";
+  }
+}
+
+void Program::end() {
+  kill(pid_, SIGTERM);
+  try {
+    waitUntil("a program's end", [this] { return waitpid(pid_, nullptr, WNOHANG) == pid_; });
+  } catch (const std::exception&) {
+    ADD_FAILURE() << "it does not end when it is told to; it said " << output_->soFar();
+    kill(pid_, SIGKILL);
+    waitpid(pid_, nullptr, 0);
   }
 }
 

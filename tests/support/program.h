@@ -17,7 +17,8 @@ class Program {
  public:
   /// The path of the program, and its arguments.
   explicit Program(const std::vector<std::string>& command);
-  /// Ends it by force when it is still there.
+  /// Tells it to end (SIGTERM), and ends it by force when that does not help in time. It is told so
+  /// too when this process dies.
   ~Program();
   Program(const Program&) = delete;
   Program& operator=(const Program&) = delete;
@@ -34,6 +35,7 @@ class Program {
   void endInput() { input_.close(); }
 
   void signal(int number) const;
+  [[nodiscard]] pid_t pid() const { return pid_; }
 
   /// Its exit status, once it has ended; -1 when a signal ended it. Throws when it does not end in
   /// time.
@@ -42,6 +44,8 @@ class Program {
   [[nodiscard]] std::string output() const { return output_->soFar(); }
 
  private:
+  void end();
+
   pid_t pid_ = -1;
   Descriptor input_;
   std::unique_ptr<Stream> output_;

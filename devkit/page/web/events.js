@@ -2,7 +2,9 @@
 
 import { byId, setFlag } from './dom.js';
 import { addMessage } from './messages.js';
+import { rememberName } from './names.js';
 import { addNote } from './notes.js';
+import { state } from './store.js';
 import { hearTag } from './tags.js';
 
 const kShown = 900; // milliseconds that a touch is seen
@@ -23,10 +25,18 @@ function show({ name, arguments: values = {} }) {
   if (name === 'button') flash('knob', 'data-pressed');
 }
 
+// A real device has no stimulus that tells of a touch. Its messages do.
+function showTouch({ buttonCallback, rfidCallback }, old) {
+  if (rfidCallback) hearTag(rfidCallback);
+  if (buttonCallback && !old) flash('knob', 'data-pressed');
+}
+
 /** An event as the device tells it; an old one is only kept. */
 export function hearEvent(event, old) {
+  rememberName(event);
   if (event.event === 'received' || event.event === 'sent') {
     addMessage(event);
+    if (state.mode === 'relay' && event.event === 'sent') showTouch(event.message, old);
     return;
   }
   if (event.event === 'changed') return;

@@ -100,7 +100,7 @@ export class List {
   #newRows() {
     const { rows } = this.#options.kept;
     const last = this.#paused ? this.#frozen : Infinity;
-    const first = rows.length === 0 ? 0 : Math.max(0, this.#shown + 1 - rows[0].serial);
+    const first = rows.findLastIndex((row) => row.serial <= this.#shown) + 1;
     const wanted = this.wanted();
     const found = rows.slice(first).filter((row) => row.serial <= last && this.#fits(row, wanted));
     if (rows.length > 0) this.#shown = Math.min(rows.at(-1).serial, last);

@@ -1,4 +1,5 @@
-// The log by application, with levels; lines that say nothing to an author are folded.
+// The log by application, with levels, and what the tool tells between the lines; lines that say nothing
+// to an author are folded.
 
 import { timeOfDay } from './clock.js';
 import { choice, el, setText } from './dom.js';
@@ -6,26 +7,34 @@ import { List } from './list.js';
 import { hueOf } from './names.js';
 import { Kept, state, watch } from './store.js';
 
-const kRanks = { DEBUG: 0, INFO: 1, MESSAGE: 2, WARNING: 3, CRITICAL: 4, ERROR: 4, FATAL: 4 };
+const kRanks = { DEBUG: 0, INFO: 1, MESSAGE: 2, OUTPUT: 2, WARNING: 3, FATAL: 4 };
+const kMessages = 2;
 const kLevels = [
+  [String(kMessages), 'Messages and worse'],
   ['0', 'All levels'],
-  ['2', 'Messages and worse'],
   ['3', 'Warnings and worse'],
-  ['4', 'Errors'],
+  ['4', 'Fatal'],
 ];
+
+// What applications and the host say; anything else is told by the tool, and no level leaves it out.
+const kLines = new Set(['script', 'host', 'foreign', 'noise']);
 
 const kept = new Kept();
 let list = null;
 let folded = 0;
-let filter = { least: 0, app: '', noise: false, scriptOnly: false };
+let filter = { least: kMessages, app: '', noise: false, scriptOnly: false };
 
-const rankOf = (row) => kRanks[row.level] ?? 2;
+const isTold = (row) => !kLines.has(row.kind);
+const rankOf = (row) => kRanks[row.level] ?? kMessages;
+
+// The same words as in the terminal.
+const markOf = (row) => (row.kind === 'script' ? 'log' : isTold(row) ? row.kind : row.level.toLowerCase());
 
 /** Lines of the log: {time, app, level, kind, text}. */
 export function addLines(lines) {
   for (const { time, app = '', level = '', kind = 'host', text = '' } of lines) {
     if (kind === 'noise') folded += 1;
-    kept.add({ time, app, level: String(level).toUpperCase(), kind, text });
+    kept.add({ time, app, level, kind, text, faint: level === 'DEBUG' || kind === 'noise' });
   }
   list.grown();
 }
@@ -34,7 +43,7 @@ function fits(row) {
   if (row.kind === 'noise' && !filter.noise) return false;
   if (filter.app !== '' && row.app !== filter.app) return false;
   if (filter.scriptOnly && row.kind !== 'script') return false;
-  return rankOf(row) >= filter.least;
+  return isTold(row) || rankOf(row) >= filter.least;
 }
 
 function make(row) {
@@ -43,7 +52,7 @@ function make(row) {
     { class: 'line', 'data-kind': row.kind, 'data-level': row.level },
     el('span', { class: 'time', title: `${row.level} ${row.kind}` }, timeOfDay(row.time)),
     el('span', { class: 'who', 'data-hue': hueOf(row.app) }, row.app),
-    el('span', { class: 'what' }, row.text),
+    el('span', { class: 'what' }, isTold(row) ? el('span', { class: 'mark' }, row.kind) : null, row.text),
   );
 }
 
@@ -104,7 +113,7 @@ export function logTab() {
     make,
     fits,
     tools: [levels, apps(), script.element, noise.element],
-    text: (row) => `${timeOfDay(row.time)} ${row.app} ${row.level} ${row.text}`,
+    text: (row) => `${timeOfDay(row.time)} ${row.app} ${markOf(row)} ${row.text}`,
     cleared: () => {
       folded = 0;
     },

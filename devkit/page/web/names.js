@@ -12,6 +12,11 @@ export function rememberNames(applications) {
   for (const { number, name } of applications) if (name && number !== null) names.set(number, name);
 }
 
+/** An event tells the name of its application, which may have left before this page came. */
+export function rememberName({ application, applicationName }) {
+  if (applicationName) rememberNames([{ number: application, name: applicationName }]);
+}
+
 /** Numbers begin anew with another tool. */
 export const forgetNames = () => names.clear();
 

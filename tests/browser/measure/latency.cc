@@ -81,9 +81,9 @@ void measureLatency() {
   driver.open(run.page());
   driver.waitFor("document.body.dataset.connection === 'open'");
   driver.run(kWatchLed);
-  run.program().await("log     ready");
+  run.program().waitFor("log     ready");
   run.program().say("button SIMPLE\n");
-  run.program().await("all done");
+  run.program().waitFor("all done");
   const std::vector<double> called = calledAt(run.program().output());
   driver.waitFor("window.painted['" + colorOf(called.size() - 1) + "']");
   report("from the script's call to the DOM", driver.run("return window.changed"), called);

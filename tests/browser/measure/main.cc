@@ -1,4 +1,5 @@
-// Measures the page: page-latency [latency|weight|start|memory]..., all of them when none is named.
+// Measures the page: page-latency [latency|weight|start|save|memory]..., all of them when none is
+// named.
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -19,6 +20,7 @@ struct Measure {
 constexpr Measure kMeasures[] = {{"latency", measureLatency},
                                  {"weight", measureWeight},
                                  {"start", measureStart},
+                                 {"save", measureSave},
                                  {"memory", measureMemory}};
 
 bool isWanted(const Measure& measure, const std::vector<std::string>& names) {

@@ -13,6 +13,9 @@ void measureWeight();
 /// From the start of script/demo on a built tree to the lit LED on a page that is opened at once.
 void measureStart();
 
+/// From a save of an application that runs to the first line of its restarted script, fifty times.
+void measureSave();
+
 /// The memory of morvik-dev with three applications and a page, over the messages of two hours.
 void measureMemory();
 

@@ -49,7 +49,7 @@ std::string residentOf(pid_t process) {
   return "gone";
 }
 
-void waitForMessages(Child& program, int wanted) {
+void waitForMessages(Program& program, int wanted) {
   while (messagesIn(program.output()) < wanted)
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
 }

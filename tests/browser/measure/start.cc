@@ -4,8 +4,8 @@
 #include "measures.h"
 #include "numbers.h"
 #include "support/browser/browser.h"
-#include "support/browser/child.h"
 #include "support/browser/said.h"
+#include "support/program.h"
 
 namespace morvik::test {
 namespace {
@@ -16,7 +16,7 @@ double secondsToLight(const std::vector<std::string>& command) {
   WebDriver& driver = Browser::shared().driver();
   driver.open("about:blank");
   const auto begin = std::chrono::steady_clock::now();
-  const Child demo(command);
+  const Program demo(command);
   driver.open(saidBehind("The device is on this page: ", demo));
   driver.waitFor("document.getElementById('led').hasAttribute('data-lit')");
   const std::chrono::duration<double, std::milli> taken = std::chrono::steady_clock::now() - begin;

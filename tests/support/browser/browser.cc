@@ -32,10 +32,10 @@ Json capabilities(const std::string& userFolder) {
 }
 
 // The driver names the port that it took.
-std::string addressFrom(const Child& program) {
+std::string addressFrom(const Program& program) {
   const std::string words = "started successfully on port ";
-  program.await(words);
-  const std::string said = program.await(".\n");
+  program.waitFor(words);
+  const std::string said = program.waitFor(".\n");
   const std::size_t at = said.find(words) + words.size();
   return "http://127.0.0.1:" + said.substr(at, said.find_first_not_of("0123456789", at) - at);
 }

@@ -4,8 +4,8 @@
 #include <memory>
 #include <string>
 
-#include "support/browser/child.h"
 #include "support/browser/web-driver.h"
+#include "support/program.h"
 #include "support/temporary-folder.h"
 
 namespace morvik::test {
@@ -25,7 +25,7 @@ class Browser {
 
  private:
   TemporaryFolder user_;
-  Child program_;
+  Program program_;
   std::unique_ptr<WebDriver> driver_;
 };
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "support/application-folder.h"
-#include "support/browser/child.h"
+#include "support/program.h"
 
 namespace morvik::test {
 
@@ -19,10 +19,10 @@ class RunningFolders {
 
   /// The address of its page.
   const std::string& page() const { return page_; }
-  Child& program() { return program_; }
+  Program& program() { return program_; }
 
  private:
-  Child program_;
+  Program program_;
   std::string page_;
 };
 

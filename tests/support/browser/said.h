@@ -3,13 +3,13 @@
 
 #include <string>
 
-#include "support/browser/child.h"
+#include "support/program.h"
 
 namespace morvik::test {
 
 /// Waits for the words, and gives the rest of their line. Throws when they do not come.
-inline std::string saidBehind(const std::string& words, const Child& program) {
-  const std::size_t at = program.await(words).find(words) + words.size();
+inline std::string saidBehind(const std::string& words, const Program& program) {
+  const std::size_t at = program.waitFor(words).find(words) + words.size();
   std::size_t end = std::string::npos;
   waitUntil("the end of that line", [&] {
     end = program.output().find('\n', at);

@@ -172,6 +172,26 @@ std::string WebDriver::text(const std::string& selector) const {
   return ask("GET", "/element/" + element(selector) + "/text");
 }
 
+void WebDriver::drag(const std::string& from, const std::string& to) const {
+  const auto move = [this](const std::string& selector, int beside) {
+    return Json{{"type", "pointerMove"},
+                {"origin", {{kElementKey, element(selector)}}},
+                {"duration", 0},
+                {"x", beside},
+                {"y", 0}};
+  };
+  constexpr int kBeside = 20;  // pixels: a way that leads there
+  const Json actions{move(from, 0),       {{"type", "pointerDown"}, {"button", 0}},
+                     move(from, kBeside), move(to, kBeside),
+                     move(to, 0),         {{"type", "pointerUp"}, {"button", 0}}};
+  ask("POST", "/actions",
+      {{"actions",
+        {{{"type", "pointer"},
+          {"id", "mouse"},
+          {"parameters", {{"pointerType", "mouse"}}},
+          {"actions", actions}}}}});
+}
+
 std::string WebDriver::screenshot() const { return bytesOf(ask("GET", "/screenshot")); }
 
 Json WebDriver::console() const { return ask("POST", "/se/log", {{"type", "browser"}}); }

@@ -58,6 +58,9 @@ class WebDriver {
   /// Replaces what stands in a field.
   void fill(const std::string& selector, const std::string& text) const;
   std::string text(const std::string& selector) const;
+  /// Presses the pointer on the middle of one element, takes it to the middle of another one in
+  /// steps, and lets go there. Both must be in sight.
+  void drag(const std::string& from, const std::string& to) const;
 
   /// A PNG of the window.
   std::string screenshot() const;

@@ -187,6 +187,11 @@ void DeviceTest::interactive(std::string_view script, const std::vector<std::str
   device = std::move(guest.device);
 }
 
+void DeviceTest::runToEnd(std::string_view script) {
+  app = run(script);
+  EXPECT_EQ(app.logged(), "end");
+}
+
 void DeviceTest::expectRequest(const std::string& payload) {
   zeph::ZephMsg sent = device.receive();
   EXPECT_THAT(sent.id(), testing::MatchesRegex(kUuid));

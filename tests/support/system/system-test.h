@@ -129,6 +129,8 @@ class DeviceTest : public SystemTest {
   void connect(std::string_view script, const std::vector<std::string>& accesses = {"led"});
   // Runs the script when interactive mode is granted, and grants it.
   void interactive(std::string_view script, const std::vector<std::string>& accesses = {"led"});
+  // Runs a script as run() does, whose next text is "end".
+  void runToEnd(std::string_view script);
   // The next message is a request in interactive mode: a fresh id, the interactive id, and this
   // payload in text form, and nothing else.
   void expectRequest(const std::string& payload);

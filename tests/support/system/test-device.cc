@@ -6,7 +6,6 @@
 #include <sys/socket.h>
 
 #include <array>
-#include <atomic>
 #include <cerrno>
 #include <fstream>
 #include <sstream>
@@ -79,19 +78,6 @@ std::optional<unsigned long> waitingBytes(int localPort, int remotePort) {
 
 std::string frameOf(const zeph::ZephMsg& message) {
   return devkit::frameOf(message.SerializePartialAsString());
-}
-
-zeph::ZephMsg newMessage() {
-  static std::atomic<int> count = 0;
-  zeph::ZephMsg message;
-  message.set_id("device-" + std::to_string(++count));
-  return message;
-}
-
-zeph::ZephMsg replyTo(const zeph::ZephMsg& request) {
-  zeph::ZephMsg message = newMessage();
-  message.set_correlationid(request.id());
-  return message;
 }
 
 zeph::ZephMsg responseTo(const zeph::ZephMsg& request, std::string_view code) {

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "server/frame.h"
+#include "support/device-message.h"
 #include "support/waiting.h"
 
 namespace morvik::test {
@@ -20,9 +21,6 @@ std::string frameOf(const zeph::ZephMsg& message);
 using devkit::frameHeader;
 using devkit::frameOf;
 
-// A fresh message with an id, as a device sends it; as a reply, it carries the request's id.
-zeph::ZephMsg newMessage();
-zeph::ZephMsg replyTo(const zeph::ZephMsg& request);
 zeph::ZephMsg responseTo(const zeph::ZephMsg& request, std::string_view code);
 zeph::ZephMsg eventFor(const zeph::ZephMsg& request, std::string_view code);
 zeph::ZephMsg stopNotice();
