@@ -158,6 +158,7 @@ void Desk::greet() {
   text += device_->isVirtual() ? "The virtual device" : "The relay to " + plan_.realDevice;
   text +=
       " listens on 127.0.0.1:" + std::to_string(device_->port()) + ". Ctrl-C ends everything.\n";
+  text += plan_.greeting;
   if (isatty(STDIN_FILENO) == 1) text += "Keys: " + KeyMenu::hint() + "\n";
   view_.showText(text);
 }
