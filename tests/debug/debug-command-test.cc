@@ -50,7 +50,7 @@ TEST_F(DebugCommand, takesTheOptionsOfRunAndTellsOfItsOwn) {
     EXPECT_THAT(own + ofRun, HasSubstr(name));
     ++options;
   }
-  EXPECT_EQ(options, 14);
+  EXPECT_EQ(options, 15);
   EXPECT_THAT(text, AllOf(HasSubstr("--device-port=PORT"), HasSubstr("-b, --break")));
   EXPECT_THAT(own, AllOf(HasSubstr("`--break`"), HasSubstr("`--device-port=PORT`")));
   EXPECT_THAT(help("run"), Not(HasSubstr("--break")));

@@ -279,7 +279,7 @@ TEST_F(DeviceServerTest, tellsOfAnEndInsideAFrame) {
 TEST_F(DeviceServerTest, anEventForAnApplicationThatLeftIsDropped) {
   const auto stays = interactive("stays");
   auto leaves = interactive("leaves");
-  zeph::ZephMsg fade = fadeRequest("leaves", "blue", 20);
+  zeph::ZephMsg fade = fadeRequest("leaves", "blue", 60000);
   leaves->ask(fade);
   leaves->disconnect();
   EXPECT_TRUE(happens("2 left"));
