@@ -1,0 +1,148 @@
+#include "document-blocks.h"
+
+#include <algorithm>
+#include <regex>
+#include <sstream>
+
+namespace morvik::test {
+namespace {
+
+constexpr char kAnything[] = "...";
+constexpr char kPrompt[] = "$ ";
+constexpr char kIndent[] = "    ";
+
+std::vector<std::string> wordsOf(const std::string& text) {
+  std::istringstream stream(text);
+  std::vector<std::string> words;
+  for (std::string word; stream >> word;) words.push_back(word);
+  return words;
+}
+
+// Reads a document line by line.
+class BlockReader {
+ public:
+  void take(const std::string& line) {
+    ++number_;
+    if (!end_.empty()) return takeInside(line);
+    if (line.starts_with("```")) return open(line.substr(3), "```");
+    if (line.starts_with("<!-- console")) return open(line.substr(5), "-->");
+    if (line.starts_with(kIndent)) return takeIndented(line.substr(sizeof kIndent - 1));
+    indented_ = false;
+  }
+  std::vector<DocumentBlock> finish() { return std::move(blocks_); }
+
+ private:
+  void open(const std::string& words, const std::string& end) {
+    blocks_.push_back({number_, wordsOf(words), {}});
+    end_ = end;
+    indented_ = false;
+  }
+  void takeInside(const std::string& line) {
+    if (line == end_) return end_.clear();
+    blocks_.back().lines.push_back(line);
+  }
+  void takeIndented(const std::string& line) {
+    if (!indented_) blocks_.push_back({number_, {}, {}});
+    indented_ = true;
+    blocks_.back().lines.push_back(line);
+  }
+
+  std::vector<DocumentBlock> blocks_;
+  std::size_t number_ = 0;
+  std::string end_;  // of the block that is open, or empty
+  bool indented_ = false;
+};
+
+// What differs from one run to the next.
+std::string withoutChance(const std::string& line) {
+  static const std::regex time(R"(\d\d:\d\d:\d\d\.\d\d\d)");
+  static const std::regex port(R"(127\.0\.0\.1:\d+)");
+  static const std::regex token("[0-9a-f]{32}");
+  const std::string timeless = std::regex_replace(line, time, "TIME");
+  return std::regex_replace(std::regex_replace(timeless, port, "PORT"), token, "TOKEN");
+}
+
+bool lineFits(const std::string& documented, const std::string& printed) {
+  std::size_t at = 0;
+  std::size_t from = 0;
+  for (std::size_t gap = documented.find(kAnything); gap != std::string::npos;
+       gap = documented.find(kAnything, from)) {
+    const std::string piece = documented.substr(from, gap - from);
+    const std::size_t found = printed.find(piece, at);
+    if (found == std::string::npos || (from == 0 && found != 0)) return false;
+    at = found + piece.size();
+    from = gap + sizeof kAnything - 1;
+  }
+  if (from == 0) return documented == printed;
+  const std::string last = documented.substr(from);
+  return printed.size() >= at + last.size() && printed.ends_with(last);
+}
+
+using Lines = std::vector<std::string>;
+
+// The number of the printed line behind the last one that fits.
+std::optional<std::size_t> fit(const Lines& documented, std::size_t next,  // NOLINT(misc-no-recursion)
+                               const Lines& printed, std::size_t at) {
+  if (next == documented.size()) return at;
+  if (documented[next] == kAnything) {
+    for (std::size_t skipped = at; skipped <= printed.size(); ++skipped) {
+      if (const auto end = fit(documented, next + 1, printed, skipped)) return end;
+    }
+    return std::nullopt;
+  }
+  if (at == printed.size() || !lineFits(documented[next], printed[at])) return std::nullopt;
+  return fit(documented, next + 1, printed, at + 1);
+}
+
+Lines withoutChance(Lines lines) {
+  for (std::string& line : lines) line = withoutChance(line);
+  return lines;
+}
+
+}  // namespace
+
+bool DocumentBlock::has(const std::string& word) const {
+  return std::ranges::find(words, word) != words.end();
+}
+
+std::optional<std::string> DocumentBlock::value(const std::string& name) const {
+  for (const std::string& word : words) {
+    if (word.starts_with(name + '=')) return word.substr(name.size() + 1);
+  }
+  return std::nullopt;
+}
+
+std::vector<DocumentBlock> blocksOf(const std::string& markdown) {
+  BlockReader reader;
+  for (const std::string& line : wholeLinesOf(markdown)) reader.take(line);
+  return reader.finish();
+}
+
+std::vector<DocumentedCommand> commandsOf(const DocumentBlock& block) {
+  std::vector<DocumentedCommand> commands;
+  for (const std::string& line : block.lines) {
+    if (line.starts_with(kPrompt)) {
+      commands.push_back({line.substr(sizeof kPrompt - 1), {}});
+    } else {
+      if (commands.empty()) commands.emplace_back();
+      commands.back().output.push_back(line);
+    }
+  }
+  return commands;
+}
+
+std::optional<std::size_t> findOutput(const Lines& documented, const Lines& printed) {
+  return fit(withoutChance(documented), 0, withoutChance(printed), 0);
+}
+
+Lines wholeLinesOf(const std::string& text) {
+  Lines lines;
+  std::size_t from = 0;
+  for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n', from)) {
+    lines.push_back(text.substr(from, end - from));
+    from = end + 1;
+  }
+  return lines;
+}
+
+}  // namespace morvik::test
