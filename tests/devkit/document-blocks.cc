@@ -25,7 +25,9 @@ class BlockReader {
     ++number_;
     if (!end_.empty()) return takeInside(line);
     if (line.starts_with("```")) return open(line.substr(3), "```");
-    if (line.starts_with("<!-- console")) return open(line.substr(5), "-->");
+    if (line.starts_with("<!-- console") || line.starts_with("<!-- file ")) {
+      return open(line.substr(5), "-->");
+    }
     if (line.starts_with(kIndent)) return takeIndented(line.substr(sizeof kIndent - 1));
     indented_ = false;
   }

@@ -7,8 +7,8 @@
 
 namespace morvik::test {
 
-/// A fenced block, an indented one, or a comment that begins with "console", which readers do not
-/// see: it prepares what a document takes for granted.
+/// A fenced block, an indented one, or a comment that begins with "console" or "file", which readers
+/// do not see: it prepares what a document takes for granted.
 struct DocumentBlock {
   std::size_t line;                ///< where it stands, from 1
   std::vector<std::string> words;  ///< behind the fence: "console", "stays"; none when indented
