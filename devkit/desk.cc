@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstdlib>
 
+#include "device/requests.h"
 #include "device/text.h"
 #include "run/strangers.h"
 
@@ -64,9 +65,11 @@ Desk::Desk(DeskPlan plan)
 Desk::~Desk() {
   keys_.reset();
   lines_.reset();
+  control_.reset();
   session_.reset();
   page_.reset();
   hears_.reset();
+  recorder_.reset();
   device_.reset();
 }
 
@@ -106,10 +109,17 @@ std::optional<std::string> Desk::begin() {
   Observer& ofDevice = *this;
   RunningAppObserver& ofApplications = *this;
   hears_ = std::make_unique<Observation>(device_->events(), ofDevice);
+  if (!plan_.record.empty()) {
+    recorder_ = Recorder::begin(plan_.record,
+                                {.began = device_->view().time, .isReal = !device_->isVirtual()},
+                                device_->events(), trouble);
+    if (!recorder_) return trouble;
+  }
   session_ = std::make_unique<Session>(ofApplications, *device_);
   if (!session_->prepare(plan_.session, trouble)) return trouble;
   device_->setAppFolders(session_->folders());
   if (auto reason = beginPage()) return reason;
+  beginControl();
   greet();
   if (plan_.openPage) openPage();
   beginKeys();
@@ -124,6 +134,21 @@ std::optional<std::string> Desk::beginPage() {
   if (!page_->listen(*plan_.page, trouble))
     return "no page: " + trouble + ". Choose another port: --page=PORT, or --no-page.";
   return std::nullopt;
+}
+
+// Without it the desk does its work all the same.
+void Desk::beginControl() {
+  const RequestWays ways{[this] { return device_->view().time; },
+                         [this] { return device_->view(); },
+                         [this](std::string_view line) { return outcomeOf(line); },
+                         [this](const Json& stimulus) { return device_->request(stimulus); }};
+  std::string title = "run";
+  for (const auto& app : session_->apps()) title += ' ' + app->name();
+  std::string text;
+  control_ = offerControl(
+      {title, device_->events(), [ways](std::string_view line) { return answerTo(ways, line); }},
+      text);
+  if (!text.empty()) view_.showText(text);
 }
 
 void Desk::greet() {
@@ -177,9 +202,13 @@ void Desk::obey(const KeyCommand& command) {
 }
 
 void Desk::stimulate(const std::string& line) {
-  if (asksForApps(line)) return view_.showText(session_->inWords());
-  const Outcome outcome = device_->stimulate(line);
+  const Outcome outcome = outcomeOf(line);
   if (!outcome.text.empty()) view_.showText(outcome.text);
+}
+
+Outcome Desk::outcomeOf(std::string_view line) {
+  if (asksForApps(std::string(line))) return {.done = true, .text = session_->inWords()};
+  return device_->stimulate(line);
 }
 
 // The browser is its user's from then on.

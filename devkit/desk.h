@@ -8,7 +8,9 @@
 #include <string>
 #include <vector>
 
+#include "control/control-server.h"
 #include "device/owned.h"
+#include "replay/recorder.h"
 #include "run-page.h"
 #include "run/end-history.h"
 #include "run/run-log.h"
@@ -30,7 +32,8 @@ struct DeskPlan {
   std::string stateFolder;
   std::optional<std::uint16_t> page = 0;  ///< its port, 0 for any; nothing for no page
   bool openPage = false;
-  int seconds = 0;  ///< to the end; 0 for none
+  std::string record;  ///< a file to be made for what passes; empty for none
+  int seconds = 0;     ///< to the end; 0 for none
 };
 
 /// Works on the default main context.
@@ -58,6 +61,7 @@ class Desk : private RunningAppObserver, private Observer {
 
   std::optional<std::string> begin();
   std::optional<std::string> beginPage();
+  void beginControl();
   void greet();
   void beginKeys();
   std::string nameOf(AppNumber application);
@@ -65,6 +69,7 @@ class Desk : private RunningAppObserver, private Observer {
   void press(const std::string& key);
   void obey(const KeyCommand& command);
   void stimulate(const std::string& line);
+  Outcome outcomeOf(std::string_view line);
   void openPage();
   void write(const std::string& bytes);
   MergedView::Style style() const;
@@ -74,8 +79,10 @@ class Desk : private RunningAppObserver, private Observer {
   MergedView view_;
   RunLog log_;
   std::unique_ptr<SessionDevice> device_;
+  std::unique_ptr<Recorder> recorder_;
   std::unique_ptr<Observation> hears_;
   std::unique_ptr<RunPage> page_;
+  std::unique_ptr<ControlServer> control_;
   std::unique_ptr<Session> session_;
   std::unique_ptr<KeyMode> keyMode_;
   std::unique_ptr<Keys> keys_;

@@ -12,7 +12,7 @@ using morvik::devkit::kUsageError;
 
 struct Verb {
   const char* name;
-  const char* purpose;
+  const char* purpose;  // null for one that is for shells alone
   int (*run)(int argc, char** argv);
 };
 
@@ -25,7 +25,10 @@ constexpr Verb kVerbs[] = {
     {"log", "stand in for the system log on a machine that has none", morvik::devkit::runLog},
     {"why", "tell why applications ended", morvik::devkit::runWhy},
     {"check", "tell what is wrong with applications", morvik::devkit::runCheck},
+    {"sim", "do something to the device of a running tool, or wait for it", morvik::devkit::runSim},
+    {"config", "make config.bin of a text, show it, change it", morvik::devkit::runConfig},
     {"api", "tell what a script can call", morvik::devkit::runApi},
+    {"complete", nullptr, morvik::devkit::runComplete},
     {"help", "show this, or what one of them takes", help},
 };
 
@@ -49,7 +52,9 @@ int showVerbs() {
   std::puts(
       "morvik-dev helps to write applications for MorvikVM.\n\n"
       "Usage: morvik-dev VERB [OPTION...]\n\nVerbs:");
-  for (const Verb& verb : kVerbs) std::printf("  %-8s  %s\n", verb.name, verb.purpose);
+  for (const Verb& verb : kVerbs) {
+    if (verb.purpose != nullptr) std::printf("  %-8s  %s\n", verb.name, verb.purpose);
+  }
   std::puts("\nmorvik-dev help VERB tells more about one of them, and so does VERB --help.");
   return 0;
 }

@@ -10,12 +10,16 @@
 #include <string>
 #include <string_view>
 
+#include "control/control-server.h"
 #include "device/requests.h"
 #include "device/stimuli.h"
 #include "options.h"
 #include "page/device-source.h"
 #include "page/page.h"
+#include "replay/recorder.h"
+#include "replay/replay-server.h"
 #include "server/device-server.h"
+#include "server/shadow.h"
 #include "state-folder.h"
 #include "terminal/display.h"
 #include "terminal/event-lines.h"
@@ -48,11 +52,14 @@ constexpr VerbHelp kHelp = {
     "and \"state\" tell how things stand.\n"
     "The user's messages, contacts and credentials stay in the state folder.\n"
     "With --page a browser shows it, at the address that is told; the address is a secret.\n"
-    "With --events=json every line, in and out, is for programs; docs/device-json.md tells.",
-    "Ctrl-C ends it. Colours are shown on a terminal, unless NO_COLOR is set.\n\n"
+    "With --events=json every line, in and out, is for programs; docs/device-json.md tells.\n"
+    "With --replay it answers as the device of a recording did; docs/recording.md tells.",
+    "Ctrl-C ends it, with status 1 when applications have left the recording that is replayed.\n"
+    " Colours are shown on a terminal, unless NO_COLOR is set.\n\n"
     "Examples:\n"
     "  morvik-dev device\n"
-    "  morvik-dev device --port=0 | tee device.log"};
+    "  morvik-dev device --port=0 | tee device.log\n"
+    "  morvik-dev device --replay=kitchen.jsonl"};
 
 void printLine(const std::string& line) { std::puts(line.c_str()); }
 
@@ -98,7 +105,7 @@ struct Manner {
   std::unique_ptr<Observer> observer;
   void (*greet)(const Device& device, int port);
   void (*tellPage)(const Device& device, const std::string& address);
-  void (*obey)(Device& device, std::string_view line);
+  void (*obey)(const RequestWays& ways, std::string_view line);
 };
 
 Manner forPeople() {
@@ -109,8 +116,8 @@ Manner forPeople() {
           [](const Device& /*device*/, const std::string& address) {
             std::printf("page: %s\n", address.c_str());
           },
-          [](Device& device, std::string_view line) {
-            std::fputs(stimulate(device, line).text.c_str(), stdout);
+          [](const RequestWays& ways, std::string_view line) {
+            std::fputs(ways.stimulate(line).text.c_str(), stdout);
           }};
 }
 
@@ -120,7 +127,7 @@ Manner forPrograms() {
           [](const Device& device, const std::string& address) {
             printLine(pageGreeting(device, address));
           },
-          [](Device& device, std::string_view line) { printLine(answerTo(device, line)); }};
+          [](const RequestWays& ways, std::string_view line) { printLine(answerTo(ways, line)); }};
 }
 
 // The device's page, and what it is fed by.
@@ -141,32 +148,88 @@ std::optional<int> listenOn(Listener& listener, int port) {
   return failure ? std::optional(tellFailure(*failure, port, text)) : std::nullopt;
 }
 
-// A device in the background of a terminal goes on without commands, rather than stop when it wants
-// to read them.
-void obeyUntilTold(Device& device, const Manner& manner, UntilTold& untilTold) {
+// Where what passes comes from and goes to.
+struct Tape {
+  std::string record;  // a file to be made; empty for none
+  std::string replay;  // one to be played in the place of the device
+};
+
+// Null with a reason, or where nothing is to be recorded.
+std::unique_ptr<Recorder> recorderFor(const Tape& tape, std::chrono::milliseconds now,
+                                      Events& events, std::string& trouble) {
+  if (tape.record.empty()) return nullptr;
+  return Recorder::begin(tape.record, {.began = now, .isReal = false}, events, trouble);
+}
+
+int tellTrouble(const std::string& trouble) {
+  std::fprintf(stderr, "morvik-dev device: %s\n", trouble.c_str());
+  return EXIT_FAILURE;
+}
+
+// Until Ctrl-C, under the hands of standard input and of other processes.
+void attend(const std::string& title, Events& events, const RequestWays& ways, const Manner& manner,
+            UntilTold& untilTold) {
+  std::string text;
+  const auto control = offerControl(
+      {title, events, [&ways](std::string_view line) { return answerTo(ways, line); }}, text);
+  std::fputs(text.c_str(), stderr);
+  // A device in the background of a terminal goes on without commands, rather than stop when it
+  // wants to read them.
   std::signal(SIGTTIN, SIG_IGN);
-  const LineReader commands(STDIN_FILENO,
-                            [&](std::string_view line) { manner.obey(device, line); });
+  const LineReader commands(STDIN_FILENO, [&](std::string_view line) { manner.obey(ways, line); });
   untilTold.run();
 }
 
-int serve(const Ports& ports, const std::string& folder, const Manner& manner) {
+int serve(const Ports& ports, const std::string& folder, const Tape& tape, const Manner& manner) {
   std::string trouble;
   auto store = Store::open(folder, trouble);
   if (!store) return tellStoreFailure(trouble);
   DeviceServer server(std::move(store));
-  const Observation observation(server.device().events(), *manner.observer);
+  Device& device = server.device();
+  const Observation observation(device.events(), *manner.observer);
+  const auto recorder = recorderFor(tape, device.now(), device.events(), trouble);
+  if (!trouble.empty()) return tellTrouble(trouble);
   if (const auto status = listenOn(server, ports.device)) return *status;
   std::optional<DevicePage> shown;
   if (ports.page) {
-    shown.emplace(server.device(), folder);
+    shown.emplace(device, folder);
     if (const auto status = listenOn(shown->page, *ports.page)) return *status;
   }
   UntilTold untilTold;
-  manner.greet(server.device(), server.port());
-  if (shown) manner.tellPage(server.device(), shown->page.address());
-  obeyUntilTold(server.device(), manner, untilTold);
+  manner.greet(device, server.port());
+  if (shown) manner.tellPage(device, shown->page.address());
+  attend("device on port " + std::to_string(server.port()), device.events(), waysTo(device), manner,
+         untilTold);
   return EXIT_SUCCESS;
+}
+
+// What happens stands in the recording; what can be known of the device is known from what passes.
+RequestWays waysToReplay(Device& shadow) {
+  const auto refusal = [] { return refused("a recording is replayed: what happens stands in it"); };
+  return {[&shadow] { return shadow.now(); }, [&shadow] { return viewOf(shadow); },
+          [&shadow, refusal](std::string_view line) {
+            return isQuestion(line) ? stimulate(shadow, line) : refusal();
+          },
+          [refusal](const Json& /*stimulus*/) { return refusal(); }};
+}
+
+int replay(int port, const Tape& tape, const Manner& manner) {
+  std::string trouble;
+  auto recording = Recording::read(tape.replay, trouble);
+  if (!recording) return tellTrouble(trouble);
+  if (!recording->warning.empty()) tellTrouble(recording->warning);
+  ReplayServer server(std::move(*recording));
+  Replay& played = server.replay();
+  Shadow shadow(played.events());
+  const Observation observation(played.events(), *manner.observer);
+  const auto recorder = recorderFor(tape, played.now(), played.events(), trouble);
+  if (!trouble.empty()) return tellTrouble(trouble);
+  if (const auto status = listenOn(server, port)) return *status;
+  UntilTold untilTold;
+  manner.greet(shadow.device(), server.port());
+  attend("replay of " + tape.replay + " on port " + std::to_string(server.port()), played.events(),
+         waysToReplay(shadow.device()), manner, untilTold);
+  return played.departures() > 0 ? EXIT_FAILURE : EXIT_SUCCESS;
 }
 
 // Nothing when it is no port.
@@ -192,8 +255,7 @@ gboolean takePage(const char* /*name*/, const char* value, gpointer /*data*/, GE
 struct DeviceWishes {
   DeviceWishes() = default;
   ~DeviceWishes() {
-    g_free(state);
-    g_free(events);
+    for (char* value : {state, events, record, replay}) g_free(value);
   }
   DeviceWishes(const DeviceWishes&) = delete;
   DeviceWishes& operator=(const DeviceWishes&) = delete;
@@ -201,7 +263,11 @@ struct DeviceWishes {
   Ports ports;
   char* state = nullptr;
   char* events = nullptr;
+  char* record = nullptr;
+  char* replay = nullptr;
 };
+
+std::string textOf(const char* value) { return value != nullptr ? value : ""; }
 
 int serveAsAsked(DeviceWishes& wishes) {
   Ports& ports = wishes.ports;
@@ -210,12 +276,16 @@ int serveAsAsked(DeviceWishes& wishes) {
     ports.page = portFrom(pageAsked->empty() ? "0" : *pageAsked);
     if (!ports.page) return refusePort();
   }
+  const Tape tape{textOf(wishes.record), textOf(wishes.replay)};
+  if (!tape.replay.empty() && ports.page)
+    return refuseUsage(kHelp.name, "a replay has no page: morvik-dev run has one, with --device");
   const std::string form = wishes.events != nullptr ? wishes.events : "text";
   if (form != "text" && form != "json") {
     return refuseUsage(kHelp.name, "events are shown as text or as json");
   }
-  return serve(ports, wishes.state != nullptr ? wishes.state : usualStateFolder(),
-               form == "json" ? forPrograms() : forPeople());
+  const Manner manner = form == "json" ? forPrograms() : forPeople();
+  if (!tape.replay.empty()) return replay(ports.device, tape, manner);
+  return serve(ports, wishes.state != nullptr ? wishes.state : usualStateFolder(), tape, manner);
 }
 
 }  // namespace
@@ -232,6 +302,10 @@ int runDevice(int argc, char** argv) {
       {"page", 0, G_OPTION_FLAG_OPTIONAL_ARG, G_OPTION_ARG_CALLBACK,
        reinterpret_cast<gpointer>(takePage),
        "Show the device in the browser, on a free port of this machine or on this one", "PORT"},
+      {"record", 0, 0, G_OPTION_ARG_FILENAME, &wishes.record,
+       "Keep everything that passes in a new file, without credentials", "FILE"},
+      {"replay", 0, 0, G_OPTION_ARG_FILENAME, &wishes.replay,
+       "Answer as the device of a recording did, and tell where applications leave it", "FILE"},
       {}};
   const auto status = readOptions(kHelp, entries, argc, argv);
   return status ? *status : serveAsAsked(wishes);

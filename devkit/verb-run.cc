@@ -43,6 +43,7 @@ struct Asked {
   char* device = nullptr;
   char* host = nullptr;
   char* state = nullptr;
+  char* record = nullptr;
   char** instances = nullptr;
   char** folders = nullptr;
 };
@@ -99,6 +100,7 @@ std::optional<std::string> readPlan(Asked& asked, DeskPlan& plan) {
   plan.session.host = taken(asked.host, usualHost());
   plan.realDevice = taken(asked.device);
   plan.stateFolder = taken(asked.state, usualStateFolder());
+  plan.record = taken(asked.record);
   plan.devicePort = static_cast<std::uint16_t>(asked.devicePort);
   plan.page = static_cast<std::uint16_t>(asked.page);
   if (asked.noPage != FALSE) plan.page.reset();
@@ -149,6 +151,8 @@ int runRun(int argc, char** argv) {
        "The morvikvm to launch with (the one beside this program, or in PATH)", "FILE"},
       {"state", 0, 0, G_OPTION_ARG_FILENAME, &asked.state,
        "Where to keep what outlives the device ($XDG_STATE_HOME/morvik-dev)", "FOLDER"},
+      {"record", 0, 0, G_OPTION_ARG_FILENAME, &asked.record,
+       "Keep everything that passes in a new file, without credentials", "FILE"},
       {"instance", 0, 0, G_OPTION_ARG_STRING_ARRAY, &asked.instances,
        "The third word of a folder's launch line, in the order of the folders (DEVICE, its "
        "address)",

@@ -13,6 +13,9 @@ int runWhy(int argc, char** argv);
 int runRun(int argc, char** argv);
 int runCheck(int argc, char** argv);
 int runNew(int argc, char** argv);
+int runComplete(int argc, char** argv);
+int runSim(int argc, char** argv);
+int runConfig(int argc, char** argv);
 int runApi(int argc, char** argv);
 
 }  // namespace morvik::devkit

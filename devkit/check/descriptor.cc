@@ -9,8 +9,8 @@
 #include <optional>
 
 #include "api/table.h"
-#include "check/nearest.h"
 #include "check/source-text.h"
+#include "device/nearest.h"
 #include "device/owned.h"
 
 namespace morvik::devkit {

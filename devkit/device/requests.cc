@@ -9,12 +9,12 @@
 namespace morvik::devkit {
 namespace {
 
-Json answer(const Device& device, const char* event) {
-  return {{"event", event}, {"time", device.now().count()}};
+Json answer(const RequestWays& ways, const char* event) {
+  return {{"event", event}, {"time", ways.now().count()}};
 }
 
-Json answer(const Device& device, const Outcome& outcome) {
-  Json json = answer(device, "outcome");
+Json answer(const RequestWays& ways, const Outcome& outcome) {
+  Json json = answer(ways, "outcome");
   json.update(toJson(outcome));
   return json;
 }
@@ -24,20 +24,20 @@ bool asksFor(const Json& request, const char* what) {
          request[what] == true;
 }
 
-Json answerToJson(Device& device, std::string_view text) {
+Json answerToJson(const RequestWays& ways, std::string_view text) {
   const Json request = Json::parse(text, nullptr, /*allow_exceptions=*/false);
-  if (request.is_discarded()) return answer(device, refused("the line is no JSON"));
+  if (request.is_discarded()) return answer(ways, refused("the line is no JSON"));
   if (asksFor(request, "view")) {
-    Json json = answer(device, "view");
-    json["view"] = toJson(viewOf(device));
+    Json json = answer(ways, "view");
+    json["view"] = toJson(ways.view());
     return json;
   }
   if (asksFor(request, "stimuli")) {
-    Json json = answer(device, "stimuli");
+    Json json = answer(ways, "stimuli");
     json.update(stimuliJson());
     return json;
   }
-  return answer(device, stimulateByName(device, request));
+  return answer(ways, ways.request(request));
 }
 
 }  // namespace
@@ -50,9 +50,15 @@ std::string greeting(const Device& device, const char* host, int port) {
                  {"port", port}});
 }
 
-std::string answerTo(Device& device, std::string_view line) {
-  return textOf(line.starts_with('{') ? answerToJson(device, line)
-                                      : answer(device, stimulate(device, line)));
+std::string answerTo(const RequestWays& ways, std::string_view line) {
+  return textOf(line.starts_with('{') ? answerToJson(ways, line)
+                                      : answer(ways, ways.stimulate(line)));
+}
+
+RequestWays waysTo(Device& device) {
+  return {[&device] { return device.now(); }, [&device] { return viewOf(device); },
+          [&device](std::string_view line) { return stimulate(device, line); },
+          [&device](const Json& stimulus) { return stimulateByName(device, stimulus); }};
 }
 
 }  // namespace morvik::devkit

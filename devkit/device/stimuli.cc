@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "device/features/features.h"
+#include "device/nearest.h"
 #include "device/owned.h"
 #include "device/questions.h"
 #include "device/stimulation.h"
@@ -82,6 +83,13 @@ using CWords = std::unique_ptr<char*, Release<g_strfreev>>;
 // Up to its value, which may be a secret on a line whose first word was forgotten.
 std::string nameIn(const std::string& word) { return word.substr(0, word.find('=')); }
 
+std::string perhapsMeant(const std::string& name) {
+  std::vector<std::string> names;
+  for (const Stimulus* stimulus : stimuli()) names.emplace_back(stimulus->name);
+  const auto near = nearest(name, names);
+  return near ? ": perhaps " + *near : "";
+}
+
 std::string asSentence(const std::string& trouble) {
   return trouble.ends_with('?') ? trouble : trouble + '.';
 }
@@ -158,7 +166,8 @@ Outcome stimulateBy(Device& device, std::optional<AppNumber> only, const std::st
                     const std::function<void(Arguments& arguments)>& fill) {
   const Stimulus* stimulus = findStimulus(name);
   if (stimulus == nullptr) {
-    return refused("there is no stimulus " + cited(nameIn(name)) + ". help lists them.");
+    return refused("there is no stimulus " + cited(nameIn(name)) + perhapsMeant(nameIn(name)) +
+                   ". help lists them.");
   }
   const Events::Pause pause(device.events());
   Stimulation stimulation(device, *stimulus, only);

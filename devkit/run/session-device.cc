@@ -3,9 +3,9 @@
 
 #include "device/stimuli-json.h"
 #include "run/relay.h"
-#include "run/shadow.h"
 #include "server/agenda.h"
 #include "server/device-server.h"
+#include "server/shadow.h"
 
 namespace morvik::devkit {
 namespace {

@@ -1,4 +1,4 @@
-// The table of connections.
+// The sockets and the device told of each other.
 #include "server/device-server.h"
 
 #include "device/commands.h"
@@ -6,64 +6,16 @@
 namespace morvik::devkit {
 
 DeviceServer::DeviceServer(std::unique_ptr<Store> store)
-    : device_(*this, agenda_, std::move(store)) {}
+    : sockets_(static_cast<AppSockets::Owner&>(*this)),
+      device_(sockets_, agenda_, std::move(store)) {}
 
-DeviceServer::~DeviceServer() {
-  for (const auto& [number, connection] : connections_) connection->close();
+void DeviceServer::applicationCame(AppNumber application) { device_.applicationCame(application); }
+
+void DeviceServer::messageArrived(AppNumber application, zeph::ZephMsg message) {
+  receive(device_, application, std::move(message));
 }
 
-std::optional<DeviceServer::Failure> DeviceServer::listen(std::uint16_t port, std::string& text) {
-  GErrorOwned error;
-  if (service_.listen(port, error)) return std::nullopt;
-  text = error.text();
-  return error.is(G_IO_ERROR, G_IO_ERROR_ADDRESS_IN_USE) ? Failure::kPortBusy : Failure::kOther;
-}
-
-std::uint16_t DeviceServer::portOf(AppNumber application) const {
-  const auto found = connections_.find(application);
-  return found != connections_.end() ? found->second->remotePort() : std::uint16_t{0};
-}
-
-void DeviceServer::accept(GSocketConnection* socket) {
-  const AppNumber number = ++lastNumber_;
-  AppConnection::Owner& owner = *this;
-  const auto connection = std::make_shared<AppConnection>(owner, number, socket);
-  connections_[number] = connection;
-  device_.applicationCame(number);
-  connection->start();
-}
-
-void DeviceServer::send(AppNumber application, const zeph::ZephMsg& message,
-                        const Delivery& delivery) {
-  const auto found = connections_.find(application);
-  if (found == connections_.end()) return;
-  found->second->send(message.SerializeAsString(), delivery);
-}
-
-void DeviceServer::drop(AppNumber application) { refuse(application, ""); }
-
-// Parsed in parts and tested afterwards, since a plain parse prints its own complaint about a
-// missing field on standard error.
-void DeviceServer::payloadArrived(AppNumber application, const std::string& payload) {
-  zeph::ZephMsg message;
-  if (!message.ParsePartialFromString(payload)) {
-    refuse(application,
-           "sent a frame of " + std::to_string(payload.size()) + " bytes that is not a message");
-  } else if (!message.IsInitialized()) {
-    refuse(application, "sent a message without " + message.InitializationErrorString());
-  } else {
-    receive(device_, application, std::move(message));
-  }
-}
-
-void DeviceServer::refuse(AppNumber application, const std::string& trouble) {
-  const auto found = connections_.find(application);
-  if (found != connections_.end()) found->second->close();
-  connectionEnded(application, trouble);
-}
-
-void DeviceServer::connectionEnded(AppNumber application, const std::string& trouble) {
-  connections_.erase(application);
+void DeviceServer::applicationLeft(AppNumber application, const std::string& trouble) {
   device_.applicationLeft(application, trouble);
 }
 

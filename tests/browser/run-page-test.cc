@@ -195,7 +195,7 @@ TEST_F(PageOfARun, isLaunchedByATag) {
 
 // A device server of its own stands for the real one.
 TEST_F(PageOfARun, behindARelayShowsWhatTheRealDeviceDoes) {
-  const Child real({MORVIK_DEV, "device", "--port=0"});
+  Program real({MORVIK_DEV, "device", "--port=0"});
   const std::string address = saidBehind("listening on ", real);
   run({"--device=" + address,
        write("app", interactiveScript("log('ready'); morvik.led.light('red');"),
@@ -207,7 +207,7 @@ TEST_F(PageOfARun, behindARelayShowsWhatTheRealDeviceDoes) {
   real.say("rfid 04a1 IN\n");
   expectThere("#tag[data-on]");
   real.say("refuse BUSY led\n");
-  real.await("refuses led with BUSY");
+  real.waitFor("refuses led with BUSY");
   write("app", interactiveScript("morvik.led.light('blue', function (code) { log(code); });"));
   expectLogged("BUSY");
   expectState("app", "interactive");

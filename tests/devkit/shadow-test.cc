@@ -1,5 +1,5 @@
 // What is known of a real device by its messages alone.
-#include "run/shadow.h"
+#include "server/shadow.h"
 
 #include <google/protobuf/text_format.h>
 

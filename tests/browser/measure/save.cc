@@ -23,9 +23,9 @@ std::string scriptOf(int save) {
          interactiveScript("");
 }
 
-double timeOfFirstLine(const Child& program, int save) {
+double timeOfFirstLine(const Program& program, int save) {
   const std::string end = " : that was " + std::to_string(save) + '.';
-  const std::string said = program.await(end);
+  const std::string said = program.waitFor(end);
   const std::size_t behind = said.find(end);
   return std::stod(said.substr(said.rfind(' ', behind - 1) + 1));
 }

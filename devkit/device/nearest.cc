@@ -1,5 +1,5 @@
 // Distances between words: letters that change, come or go.
-#include "check/nearest.h"
+#include "device/nearest.h"
 
 #include <algorithm>
 #include <numeric>

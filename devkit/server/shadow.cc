@@ -1,5 +1,5 @@
 // Answers and events to state.
-#include "run/shadow.h"
+#include "server/shadow.h"
 
 #include <algorithm>
 #include <utility>

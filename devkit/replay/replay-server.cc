@@ -1,0 +1,10 @@
+// The sockets and the replay told of each other.
+#include "replay/replay-server.h"
+
+namespace morvik::devkit {
+
+ReplayServer::ReplayServer(Recording recording)
+    : sockets_(static_cast<AppSockets::Owner&>(*this)),
+      replay_(std::move(recording), sockets_, agenda_) {}
+
+}  // namespace morvik::devkit
