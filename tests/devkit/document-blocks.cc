@@ -83,7 +83,8 @@ bool lineFits(const std::string& documented, const std::string& printed) {
 using Lines = std::vector<std::string>;
 
 // The number of the printed line behind the last one that fits.
-std::optional<std::size_t> fit(const Lines& documented, std::size_t next,  // NOLINT(misc-no-recursion)
+std::optional<std::size_t> fit(const Lines& documented,
+                               std::size_t next,  // NOLINT(misc-no-recursion)
                                const Lines& printed, std::size_t at) {
   if (next == documented.size()) return at;
   if (documented[next] == kAnything) {

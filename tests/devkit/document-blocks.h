@@ -7,8 +7,8 @@
 
 namespace morvik::test {
 
-/// A fenced block, an indented one, or a comment that begins with "console" or "file", which readers
-/// do not see: it prepares what a document takes for granted.
+/// A fenced block, an indented one, or a comment that begins with "console" or "file", which
+/// readers do not see: it prepares what a document takes for granted.
 struct DocumentBlock {
   std::size_t line;                ///< where it stands, from 1
   std::vector<std::string> words;  ///< behind the fence: "console", "stays"; none when indented
@@ -21,8 +21,8 @@ struct DocumentBlock {
 
 std::vector<DocumentBlock> blocksOf(const std::string& markdown);
 
-/// A line behind "$ " of a console block, and the lines that it prints. Output in front of the first
-/// command stands with an empty command.
+/// A line behind "$ " of a console block, and the lines that it prints. Output in front of the
+/// first command stands with an empty command.
 struct DocumentedCommand {
   std::string text;
   std::vector<std::string> output;

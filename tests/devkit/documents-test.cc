@@ -21,7 +21,8 @@ namespace fs = std::filesystem;
 std::vector<std::string> documents() {
   std::vector<std::string> names{"README.md", "CONTRIBUTING.md"};
   for (const auto& entry : fs::directory_iterator(SOURCE_DIR "/docs")) {
-    if (entry.path().extension() == ".md") names.push_back("docs/" + entry.path().filename().string());
+    if (entry.path().extension() == ".md")
+      names.push_back("docs/" + entry.path().filename().string());
   }
   std::ranges::sort(names);
   return names;
@@ -45,7 +46,7 @@ class Reader : public DeskTest {
     fs::create_directory(checkout_);
     fs::copy(SOURCE_DIR "/apps", checkout_ / "apps", fs::copy_options::recursive);
     fs::create_directory_symlink(PROGRAMS, checkout_ / "build");
-    for (const char* name : {"api", "docs", "proto", "script"}) {
+    for (const char* name : {"api", "devkit", "docs", "proto", "script"}) {
       fs::create_directory_symlink(fs::path(SOURCE_DIR) / name, checkout_ / name);
     }
   }
@@ -93,7 +94,8 @@ class Reader : public DeskTest {
     const auto printed = wholeLinesOf(result.output);
     const auto found = findOutput(command.output, printed);
     ASSERT_TRUE(found && (*found == printed.size() || command.output.back() == "..."))
-        << command.text << " prints:\n" << result.output;
+        << command.text << " prints:\n"
+        << result.output;
   }
 
   void start(const DocumentedCommand& command) {
@@ -143,6 +145,45 @@ TEST_P(Documents, doWhatTheySay) {
 INSTANTIATE_TEST_SUITE_P(Each, Documents, testing::ValuesIn(documents()), [](const auto& name) {
   return std::regex_replace(name.param, std::regex("[^A-Za-z0-9]"), "_");
 });
+
+using Counts = std::map<std::string, int>;
+
+// Commands that do not run here, by the reason that stands in their blocks.
+TEST(DocumentedCommands, thatDoNotRunHereAreFew) {
+  Counts unrun;
+  for (const std::string& document : documents()) {
+    for (const DocumentBlock& block : blocksIn(document)) {
+      if (const auto reason = block.value("unrun")) {
+        unrun[*reason] += static_cast<int>(commandsOf(block).size());
+      }
+    }
+  }
+  // They build with apt's help; open a browser; need a device in a house; use the port that a
+  // device has when nothing is said, which another test may have.
+  const Counts known{{"builds", 3}, {"browser", 1}, {"real-device", 1}, {"fixed-port", 6}};
+  EXPECT_EQ(unrun, known);
+}
+
+bool isCommand(const std::string& line) {
+  static const std::regex command(
+      R"(^(\$ |build/|script/|source |ctest|\{ echo|morvikvm |morvik-dev |[A-Z_]+=\S+ ctest).*)");
+  return std::regex_match(line, command);
+}
+
+// Every other one would be promised and not tried.
+TEST(DocumentedCommands, standInConsoleBlocks) {
+  Counts others;
+  for (const std::string& document : documents()) {
+    for (const DocumentBlock& block : blocksIn(document)) {
+      if (block.has("console")) continue;
+      const auto count = std::ranges::count_if(block.lines, isCommand);
+      if (count > 0) others[document] += static_cast<int>(count);
+    }
+  }
+  // How to run this suite; and a synopsis.
+  const Counts known{{"CONTRIBUTING.md", 1}, {"docs/processes.md", 1}, {"docs/testing.md", 5}};
+  EXPECT_EQ(others, known);
+}
 
 }  // namespace
 }  // namespace morvik::test

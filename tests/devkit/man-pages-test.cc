@@ -36,8 +36,8 @@ std::string helpOf(const std::string& verb) { return run({MORVIK_DEV, "help", ve
 
 TEST(ManPages, holdWhatGroffUnderstands) {
   for (const char* name : {"morvikvm.1", "morvik-dev.1"}) {
-    const ProgramResult result =
-        run({"/usr/bin/groff", "-man", "-ww", "-z", "-Tutf8", "-Kutf8", std::string(kManFolder) + name});
+    const ProgramResult result = run({"/usr/bin/groff", "-man", "-ww", "-z", "-Tutf8", "-Kutf8",
+                                      std::string(kManFolder) + name});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.output, "") << name;
   }
