@@ -80,12 +80,12 @@ bool lineFits(const std::string& documented, const std::string& printed) {
   return printed.size() >= at + last.size() && printed.ends_with(last);
 }
 
-using Lines = std::vector<std::string>;
+using TextLines = std::vector<std::string>;
 
 // The number of the printed line behind the last one that fits.
-std::optional<std::size_t> fit(const Lines& documented,
+std::optional<std::size_t> fit(const TextLines& documented,
                                std::size_t next,  // NOLINT(misc-no-recursion)
-                               const Lines& printed, std::size_t at) {
+                               const TextLines& printed, std::size_t at) {
   if (next == documented.size()) return at;
   if (documented[next] == kAnything) {
     for (std::size_t skipped = at; skipped <= printed.size(); ++skipped) {
@@ -97,7 +97,7 @@ std::optional<std::size_t> fit(const Lines& documented,
   return fit(documented, next + 1, printed, at + 1);
 }
 
-Lines withoutChance(Lines lines) {
+TextLines withoutChance(TextLines lines) {
   for (std::string& line : lines) line = withoutChance(line);
   return lines;
 }
@@ -134,12 +134,12 @@ std::vector<DocumentedCommand> commandsOf(const DocumentBlock& block) {
   return commands;
 }
 
-std::optional<std::size_t> findOutput(const Lines& documented, const Lines& printed) {
+std::optional<std::size_t> findOutput(const TextLines& documented, const TextLines& printed) {
   return fit(withoutChance(documented), 0, withoutChance(printed), 0);
 }
 
-Lines wholeLinesOf(const std::string& text) {
-  Lines lines;
+TextLines wholeLinesOf(const std::string& text) {
+  TextLines lines;
   std::size_t from = 0;
   for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n', from)) {
     lines.push_back(text.substr(from, end - from));
