@@ -25,6 +25,8 @@ constexpr Verb kVerbs[] = {
     {"log", "stand in for the system log on a machine that has none", morvik::devkit::runLog},
     {"why", "tell why applications ended", morvik::devkit::runWhy},
     {"check", "tell what is wrong with applications", morvik::devkit::runCheck},
+    {"test", "test an application by a script", morvik::devkit::runTest},
+    {"types", "write typings that fit an application, for editors", morvik::devkit::runTypes},
     {"sim", "do something to the device of a running tool, or wait for it", morvik::devkit::runSim},
     {"config", "make config.bin of a text, show it, change it", morvik::devkit::runConfig},
     {"api", "tell what a script can call", morvik::devkit::runApi},

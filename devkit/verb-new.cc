@@ -46,7 +46,7 @@ int make(const std::string& folder, const std::string& templateName) {
       "%s is made. What to do with it:\n"
       "  morvik-dev run %s     runs it on a virtual device, and again with each save\n"
       "  morvik-dev check %s   tells what is wrong with it\n"
-      "  %s/test.sh            runs its test\n",
+      "  morvik-dev test %s    runs its test\n",
       folder.c_str(), folder.c_str(), folder.c_str(), folder.c_str());
   return EXIT_SUCCESS;
 }

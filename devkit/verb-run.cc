@@ -9,12 +9,11 @@
 #include "options.h"
 #include "run/system-log.h"
 #include "state-folder.h"
+#include "usual-programs.h"
 #include "verbs.h"
 
 namespace morvik::devkit {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr VerbHelp kHelp = {
     "run",
@@ -30,7 +29,7 @@ constexpr VerbHelp kHelp = {
     "  morvik-dev run my-app --device=192.168.1.20:7410",
     "FOLDER..."};
 
-// Where GLib's options leave their values.
+// Where GLib's options leave their values; the table below points there.
 struct Asked {
   int seconds = 0;
   int devicePort = 0;
@@ -47,6 +46,37 @@ struct Asked {
   char** instances = nullptr;
   char** folders = nullptr;
 };
+Asked runAsked;
+
+const GOptionEntry kRunEntries[] = {
+    {"open", 0, 0, G_OPTION_ARG_NONE, &runAsked.open, "Open the page in the browser", nullptr},
+    {"page", 0, 0, G_OPTION_ARG_INT, &runAsked.page, "The page's port; 0 takes a free one (0)",
+     "PORT"},
+    {"no-page", 0, 0, G_OPTION_ARG_NONE, &runAsked.noPage, "Do without the page", nullptr},
+    {"level", 0, 0, G_OPTION_ARG_STRING, &runAsked.level,
+     "Lines from this level on: debug, message, warning, fatal (message)", "LEVEL"},
+    {"grep", 0, 0, G_OPTION_ARG_STRING, &runAsked.pattern,
+     "Lines with a match of this regular expression", "PATTERN"},
+    {"all", 0, 0, G_OPTION_ARG_NONE, &runAsked.all, "Lines that say nothing to an author as well",
+     nullptr},
+    {"device", 0, 0, G_OPTION_ARG_STRING, &runAsked.device,
+     "A real device server in the place of the virtual device", "HOST:PORT"},
+    {"port", 'p', 0, G_OPTION_ARG_INT, &runAsked.devicePort,
+     "The virtual device's port; 0 takes a free one (0)", "PORT"},
+    {"host", 0, 0, G_OPTION_ARG_FILENAME, &runAsked.host,
+     "The morvikvm to launch with (the one beside this program, or in PATH)", "FILE"},
+    {"state", 0, 0, G_OPTION_ARG_FILENAME, &runAsked.state,
+     "Where to keep what outlives the device ($XDG_STATE_HOME/morvik-dev)", "FOLDER"},
+    {"record", 0, 0, G_OPTION_ARG_FILENAME, &runAsked.record,
+     "Keep everything that passes in a new file, without credentials", "FILE"},
+    {"instance", 0, 0, G_OPTION_ARG_STRING_ARRAY, &runAsked.instances,
+     "The third word of a folder's launch line, in the order of the folders (DEVICE, its "
+     "address)",
+     "TEXT"},
+    {"seconds", 0, 0, G_OPTION_ARG_INT, &runAsked.seconds, "End by itself after so many seconds",
+     "N"},
+    {G_OPTION_REMAINING, 0, 0, G_OPTION_ARG_FILENAME_ARRAY, &runAsked.folders, nullptr, nullptr},
+    {}};
 
 std::string taken(char* text, const std::string& otherwise = "") {
   const GText owned(text);
@@ -60,31 +90,17 @@ std::vector<std::string> taken(char** texts) {
   return taken;
 }
 
-std::string ownFolder() {
-  std::error_code error;
-  return fs::read_symlink("/proc/self/exe", error).parent_path();
-}
-
-// The host that was built with this program, or the one that is installed.
-std::string usualHost() {
-  const fs::path beside = fs::path(ownFolder()) / "morvikvm";
-  std::error_code error;
-  if (fs::exists(beside, error)) return beside;
-  const GText found(g_find_program_in_path("morvikvm"));
-  return found ? found.get() : beside.string();
-}
-
 bool isPort(int port) { return port >= 0 && port <= std::numeric_limits<std::uint16_t>::max(); }
 
 // Fills the plan; the text tells what makes no sense.
-std::optional<std::string> readFilter(Asked& asked, RunLogFilter& filter) {
-  const std::string level = taken(asked.level, "message");
-  const std::string pattern = taken(asked.pattern);
+std::optional<std::string> readFilter(RunLogFilter& filter) {
+  const std::string level = taken(runAsked.level, "message");
+  const std::string pattern = taken(runAsked.pattern);
   const auto least = levelOf(level);
   if (!least)
     return "there is no level " + level + "; levels are debug, message, warning and fatal";
   filter.least = *least;
-  filter.all = asked.all != FALSE;
+  filter.all = runAsked.all != FALSE;
   if (pattern.empty()) return std::nullopt;
   GErrorOwned error;
   filter.pattern.reset(
@@ -93,26 +109,28 @@ std::optional<std::string> readFilter(Asked& asked, RunLogFilter& filter) {
   return std::nullopt;
 }
 
-std::optional<std::string> readPlan(Asked& asked, DeskPlan& plan) {
-  for (const std::string& folder : taken(asked.folders)) plan.session.folders.emplace_back(folder);
-  plan.session.instances = taken(asked.instances);
+std::optional<std::string> readPlan(DeskPlan& plan) {
+  for (const std::string& folder : taken(runAsked.folders))
+    plan.session.folders.emplace_back(folder);
+  plan.session.instances = taken(runAsked.instances);
   plan.session.check = checkApplication;
-  plan.session.host = taken(asked.host, usualHost());
-  plan.realDevice = taken(asked.device);
-  plan.stateFolder = taken(asked.state, usualStateFolder());
-  plan.record = taken(asked.record);
-  plan.devicePort = static_cast<std::uint16_t>(asked.devicePort);
-  plan.page = static_cast<std::uint16_t>(asked.page);
-  if (asked.noPage != FALSE) plan.page.reset();
-  plan.openPage = asked.open != FALSE;
-  plan.seconds = asked.seconds;
-  if (auto trouble = readFilter(asked, plan.filter)) return trouble;
+  plan.session.host = taken(runAsked.host, usualHost());
+  plan.realDevice = taken(runAsked.device);
+  plan.stateFolder = taken(runAsked.state, usualStateFolder());
+  plan.record = taken(runAsked.record);
+  plan.devicePort = static_cast<std::uint16_t>(runAsked.devicePort);
+  plan.page = static_cast<std::uint16_t>(runAsked.page);
+  if (runAsked.noPage != FALSE) plan.page.reset();
+  plan.openPage = runAsked.open != FALSE;
+  plan.seconds = runAsked.seconds;
+  if (auto trouble = readFilter(plan.filter)) return trouble;
   if (plan.session.folders.empty()) return "which folder? One to three are taken";
   if (plan.session.folders.size() > kMostApplications)
     return "the device runs three applications at most";
-  if (!isPort(asked.devicePort) || !isPort(asked.page)) return "a port is a number from 0 to 65535";
-  if (asked.seconds < 0) return "--seconds takes a whole number above 0";
-  if (asked.open != FALSE && asked.noPage != FALSE) return "--open needs the page";
+  if (!isPort(runAsked.devicePort) || !isPort(runAsked.page))
+    return "a port is a number from 0 to 65535";
+  if (runAsked.seconds < 0) return "--seconds takes a whole number above 0";
+  if (runAsked.open != FALSE && runAsked.noPage != FALSE) return "--open needs the page";
   return std::nullopt;
 }
 
@@ -131,39 +149,9 @@ int runDesk(DeskPlan plan) {
 }  // namespace
 
 int runRun(int argc, char** argv) {
-  Asked asked;
-  const GOptionEntry entries[] = {
-      {"open", 0, 0, G_OPTION_ARG_NONE, &asked.open, "Open the page in the browser", nullptr},
-      {"page", 0, 0, G_OPTION_ARG_INT, &asked.page, "The page's port; 0 takes a free one (0)",
-       "PORT"},
-      {"no-page", 0, 0, G_OPTION_ARG_NONE, &asked.noPage, "Do without the page", nullptr},
-      {"level", 0, 0, G_OPTION_ARG_STRING, &asked.level,
-       "Lines from this level on: debug, message, warning, fatal (message)", "LEVEL"},
-      {"grep", 0, 0, G_OPTION_ARG_STRING, &asked.pattern,
-       "Lines with a match of this regular expression", "PATTERN"},
-      {"all", 0, 0, G_OPTION_ARG_NONE, &asked.all, "Lines that say nothing to an author as well",
-       nullptr},
-      {"device", 0, 0, G_OPTION_ARG_STRING, &asked.device,
-       "A real device server in the place of the virtual device", "HOST:PORT"},
-      {"port", 'p', 0, G_OPTION_ARG_INT, &asked.devicePort,
-       "The virtual device's port; 0 takes a free one (0)", "PORT"},
-      {"host", 0, 0, G_OPTION_ARG_FILENAME, &asked.host,
-       "The morvikvm to launch with (the one beside this program, or in PATH)", "FILE"},
-      {"state", 0, 0, G_OPTION_ARG_FILENAME, &asked.state,
-       "Where to keep what outlives the device ($XDG_STATE_HOME/morvik-dev)", "FOLDER"},
-      {"record", 0, 0, G_OPTION_ARG_FILENAME, &asked.record,
-       "Keep everything that passes in a new file, without credentials", "FILE"},
-      {"instance", 0, 0, G_OPTION_ARG_STRING_ARRAY, &asked.instances,
-       "The third word of a folder's launch line, in the order of the folders (DEVICE, its "
-       "address)",
-       "TEXT"},
-      {"seconds", 0, 0, G_OPTION_ARG_INT, &asked.seconds, "End by itself after so many seconds",
-       "N"},
-      {G_OPTION_REMAINING, 0, 0, G_OPTION_ARG_FILENAME_ARRAY, &asked.folders, nullptr, nullptr},
-      {}};
-  const auto status = readOptions(kHelp, entries, argc, argv);
+  const auto status = readOptions(kHelp, kRunEntries, argc, argv);
   DeskPlan plan;
-  const auto trouble = readPlan(asked, plan);
+  const auto trouble = readPlan(plan);
   if (status) return *status;
   return trouble ? refuseUsage(kHelp.name, *trouble) : runDesk(std::move(plan));
 }

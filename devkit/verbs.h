@@ -12,6 +12,8 @@ int runLog(int argc, char** argv);
 int runWhy(int argc, char** argv);
 int runRun(int argc, char** argv);
 int runCheck(int argc, char** argv);
+int runTest(int argc, char** argv);
+int runTypes(int argc, char** argv);
 int runNew(int argc, char** argv);
 int runComplete(int argc, char** argv);
 int runSim(int argc, char** argv);

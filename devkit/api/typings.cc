@@ -17,7 +17,7 @@ namespace {
 using Granted = std::optional<std::set<std::string>>;
 
 constexpr const char* kHead =
-    "// What a script of MorvikVM can call. Made by `morvik-dev api --typings`.\n"
+    "// What a script of MorvikVM can call. Made by `morvik-dev types`, which replaces it.\n"
     "// There is no browser and no Node.js here: name this file in jsconfig.json.\n\n";
 
 // Links of the reference lead nowhere from an editor.

@@ -6,15 +6,10 @@
 #include <optional>
 #include <string>
 
+#include "check/syntax-error.h"
 #include "device/json.h"
 
 namespace morvik::devkit {
-
-struct SyntaxError {
-  std::string text;  ///< "SyntaxError: Unexpected token ')'"
-  int line = 0;      ///< from 1
-  int column = 0;    ///< from 1
-};
 
 /// An isolate of its own, thrown away with it.
 class ScriptEngine {

@@ -50,7 +50,7 @@ std::vector<std::string> namesBelow(const fs::path& folder) {
 Sources scriptsAmong(const fs::path& folder, const std::vector<std::string>& names) {
   Sources sources;
   for (const std::string& name : names) {
-    if (!name.ends_with(".js")) continue;
+    if (!name.ends_with(".js") || isTestScript(name)) continue;
     if (auto bytes = bytesOf(folder / name)) sources[name] = std::move(*bytes);
   }
   return sources;

@@ -154,6 +154,11 @@ std::vector<FolderTrouble> checkFolder(const fs::path& folder) {
   return troubles;
 }
 
+bool isTestScript(const std::filesystem::path& file) {
+  const std::string name = file.filename();
+  return name == "test.js" || name.ends_with(".test.js");
+}
+
 bool refusesLaunch(const std::vector<FolderTrouble>& troubles) {
   return std::any_of(troubles.begin(), troubles.end(),
                      [](const FolderTrouble& trouble) { return trouble.refuses; });

@@ -34,6 +34,9 @@ using FolderCheck = std::function<std::vector<FolderTrouble>(const std::filesyst
 /// an application's memory. Is itself a FolderCheck.
 std::vector<FolderTrouble> checkFolder(const std::filesystem::path& folder);
 
+/// Whether a file has tests of the application, which no device runs: test.js and *.test.js.
+bool isTestScript(const std::filesystem::path& file);
+
 /// There is a trouble among them that refuses the launch.
 bool refusesLaunch(const std::vector<FolderTrouble>& troubles);
 

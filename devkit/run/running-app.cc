@@ -82,7 +82,7 @@ void RunningApp::begin() {
   launch_->start({.host = plan_.host,
                   .appFolder = plan_.appFolder,
                   .lines = {LaunchLine{plan_.name, type_, instance}.text()},
-                  .environment = {}});
+                  .environment = plan_.environment});
 }
 
 bool RunningApp::check() {

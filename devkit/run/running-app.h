@@ -57,6 +57,7 @@ struct RunningAppPlan {
   std::string host;       ///< the path of morvikvm
   std::string instance;   ///< the third word of the launch line, unless a server beside it is that
   FolderCheck check;
+  std::vector<std::string> environment = {};  ///< of its launcher: "NAME=value"
 };
 
 /// Works on the thread-default main context.

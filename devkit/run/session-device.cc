@@ -12,7 +12,8 @@ namespace {
 
 class VirtualDevice : public SessionDevice {
  public:
-  explicit VirtualDevice(std::unique_ptr<Store> store) : server_(std::move(store)) {}
+  explicit VirtualDevice(std::unique_ptr<Store> store, Scheduler* scheduler = nullptr)
+      : server_(std::move(store), scheduler) {}
 
   bool listen(std::uint16_t port, std::string& trouble) {
     const auto failure = server_.listen(port, trouble);
@@ -35,6 +36,7 @@ class VirtualDevice : public SessionDevice {
   void setAppFolders(AppFolders folders) override {
     server_.device().setAppFolders(std::move(folders));
   }
+  bool isDelivering() const override { return server_.isDelivering(); }
   bool isVirtual() const override { return true; }
 
  private:
@@ -65,6 +67,7 @@ class RelayedDevice : public SessionDevice {
   }
   Outcome request(const Json& /*stimulus*/) override { return refusal(); }
   void setAppFolders(AppFolders /*folders*/) override {}
+  bool isDelivering() const override { return false; }
   bool isVirtual() const override { return false; }
 
  private:
@@ -86,6 +89,12 @@ std::unique_ptr<SessionDevice> makeVirtualDevice(std::uint16_t port, const std::
   if (!store) return nullptr;
   auto device = std::make_unique<VirtualDevice>(std::move(store));
   if (!device->listen(port, trouble)) return nullptr;
+  return device;
+}
+
+std::unique_ptr<SessionDevice> makeVirtualDevice(Scheduler& scheduler, std::string& trouble) {
+  auto device = std::make_unique<VirtualDevice>(Store::inMemory(), &scheduler);
+  if (!device->listen(0, trouble)) return nullptr;
   return device;
 }
 

@@ -9,6 +9,7 @@
 
 #include "device/events.h"
 #include "device/json.h"
+#include "device/scheduler.h"
 #include "device/sound-address.h"
 #include "device/stimuli.h"
 #include "device/view.h"
@@ -34,6 +35,8 @@ class SessionDevice {
   virtual Outcome request(const Json& stimulus) = 0;
   /// Where applications have their files, for doubts about what they play.
   virtual void setAppFolders(AppFolders folders) = 0;
+  /// Whether something that was sent has not yet arrived at an application.
+  virtual bool isDelivering() const = 0;
   /// Whether stimuli are taken.
   virtual bool isVirtual() const = 0;
 };
@@ -42,6 +45,10 @@ class SessionDevice {
 /// with the reason in `trouble`.
 std::unique_ptr<SessionDevice> makeVirtualDevice(std::uint16_t port, const std::string& stateFolder,
                                                  std::string& trouble);
+
+/// A virtual device on a port of its own choice, in time of the caller's own, which must outlive
+/// it. It begins without messages, contacts and credentials and keeps none. Null as above.
+std::unique_ptr<SessionDevice> makeVirtualDevice(Scheduler& scheduler, std::string& trouble);
 
 /// The real device server at "HOST:PORT". Null as above.
 std::unique_ptr<SessionDevice> makeRelayedDevice(const std::string& server, std::string& trouble);

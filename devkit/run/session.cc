@@ -50,8 +50,8 @@ bool Session::prepare(const SessionPlan& plan, std::string& trouble) {
       return false;
     }
     const std::string instance = index < plan.instances.size() ? plan.instances[index] : kAddress;
-    add({fs::canonical(folder), *name, links_->path(), plan.host, withAddress(instance),
-         plan.check});
+    add({fs::canonical(folder), *name, links_->path(), plan.host, withAddress(instance), plan.check,
+         plan.environment});
   }
   return true;
 }
@@ -71,6 +71,12 @@ void Session::start() {
     std::string trouble;
     if (!app->watch(trouble)) observer_.noted(*app, "saves are not seen: " + trouble);
     app->restart();
+  }
+}
+
+void Session::start(const std::vector<std::optional<std::string>>& types) {
+  for (std::size_t index = 0; index < std::min(types.size(), apps_.size()); ++index) {
+    if (types[index]) apps_[index]->launch(*types[index]);
   }
 }
 

@@ -24,6 +24,7 @@ struct SessionPlan {
   std::vector<std::string> instances = {};
   std::string host;  ///< the path of morvikvm
   FolderCheck check = checkFolder;
+  std::vector<std::string> environment = {};  ///< of the launchers: "NAME=value"
 };
 
 /// Works on the thread-default main context.
@@ -41,6 +42,9 @@ class Session {
   [[nodiscard]] bool prepare(const SessionPlan& plan, std::string& trouble);
   /// Launches all applications and watches their folders.
   void start();
+  /// Launches them, each by its launch type in this list; one without a type there waits for
+  /// RunningApp::launch. Saves are not seen.
+  void start(const std::vector<std::optional<std::string>>& types);
 
   const std::vector<std::unique_ptr<RunningApp>>& apps() const { return apps_; }
   /// Their folders by their names.

@@ -9,8 +9,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "api/editor-files.h"
 #include "api/toolbox-files.h"
-#include "api/typings.h"
 #include "device/json.h"
 #include "device/owned.h"
 
@@ -25,7 +25,7 @@ constexpr const char* kOwnFiles = "devkit/scaffold/files/";
 std::vector<AppTemplate> readTemplates() {
   std::vector<AppTemplate> templates;
   for (const Json& one : Json::parse(toolboxFile(std::string(kOwnFiles) + "templates.json"))) {
-    templates.push_back({one["name"], one["about"], one["says"]});
+    templates.push_back({one["name"], one["about"]});
   }
   return templates;
 }
@@ -56,10 +56,9 @@ Files filesOf(const AppTemplate& from, const std::string& name) {
     files[file] = toolboxFile("apps/" + from.name + '/' + file);
   }
   replaceFirst(files["main.js"], "// " + from.name + ":", "// " + name + ":");
-  files["jsconfig.json"] = toolboxFile(std::string(kOwnFiles) + "jsconfig.json");
-  files["morvik.d.ts"] = typings();
-  files["test.sh"] = toolboxFile(std::string(kOwnFiles) + "test.sh");
-  replaceFirst(files["test.sh"], "@SAYS@", from.says);
+  replaceFirst(files["test.js"], "// The test of " + from.name + ":",
+               "// The test of " + name + ":");
+  files.merge(editorFiles());
   return files;
 }
 
@@ -78,15 +77,10 @@ std::optional<std::string> prepare(const fs::path& folder) {
 std::optional<std::string> write(const fs::path& path, const std::string& content) {
   GErrorOwned failure;
   if (g_file_set_contents(path.c_str(), content.data(), static_cast<gssize>(content.size()),
-                          failure.out()) == FALSE) {
-    return std::string(failure.text());
+                          failure.out()) != FALSE) {
+    return std::nullopt;
   }
-  if (path.extension() != ".sh") return std::nullopt;
-  std::error_code error;
-  constexpr auto kExecutable =
-      fs::perms::owner_exec | fs::perms::group_exec | fs::perms::others_exec;
-  fs::permissions(path, kExecutable, fs::perm_options::add, error);
-  return error ? std::optional(path.string() + ": " + error.message()) : std::nullopt;
+  return std::string(failure.text());
 }
 
 }  // namespace

@@ -1,8 +1,10 @@
 // Asynchronous reads and writes of one socket. Each pending one holds the connection alive.
 #include "server/app-connection.h"
 
+#include <linux/sockios.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <sys/ioctl.h>
 
 #include <string_view>
 
@@ -52,7 +54,15 @@ void AppConnection::onRead(GObject* stream, GAsyncResult* result, void* kept) {
   }
 }
 
+// The system puts an acknowledgement off and forgets that it was asked not to. Who waits until
+// everything has arrived, as tests do, would wait for that.
+void AppConnection::acknowledge() {
+  g_socket_set_option(g_socket_connection_get_socket(socket_.get()), IPPROTO_TCP, TCP_QUICKACK, 1,
+                      nullptr);
+}
+
 void AppConnection::take(std::size_t count) {
+  acknowledge();
   frames_.feed(std::string_view(input_.data(), count));
   while (const auto payload = frames_.next()) {
     owner_->payloadArrived(number_, *payload);
@@ -81,6 +91,12 @@ void AppConnection::send(const std::string& payload, const Delivery& delivery) {
     overflows_ = true;
     callAfter(kNoPause, onOverflow);
   }
+}
+
+bool AppConnection::isDelivering() const {
+  int unacknowledged = 0;
+  const int socket = g_socket_get_fd(g_socket_connection_get_socket(socket_.get()));
+  return !unsent_.empty() || (ioctl(socket, SIOCOUTQ, &unacknowledged) == 0 && unacknowledged > 0);
 }
 
 std::uint16_t AppConnection::remotePort() const {

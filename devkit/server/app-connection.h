@@ -43,6 +43,9 @@ class AppConnection : public std::enable_shared_from_this<AppConnection> {
   /// sends may be going through all connections.
   void send(const std::string& payload, const Delivery& delivery = {});
 
+  /// Whether something that was sent has not yet arrived at the application's end.
+  bool isDelivering() const;
+
   /// The port of the application's end.
   std::uint16_t remotePort() const;
 
@@ -57,6 +60,7 @@ class AppConnection : public std::enable_shared_from_this<AppConnection> {
   static void onWritten(GObject* stream, GAsyncResult* result, void* kept);
 
   void read();
+  void acknowledge();
   void take(std::size_t count);
   void writeNext();
   void callAfter(std::chrono::milliseconds pause, GSourceFunc what);

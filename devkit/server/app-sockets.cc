@@ -1,6 +1,8 @@
 // The table of connections.
 #include "server/app-sockets.h"
 
+#include <algorithm>
+
 namespace morvik::devkit {
 
 AppSockets::AppSockets(Owner& owner) : owner_(owner) {}
@@ -19,6 +21,11 @@ std::optional<AppSockets::Failure> AppSockets::listen(std::uint16_t port, std::s
 std::uint16_t AppSockets::portOf(AppNumber application) const {
   const auto found = connections_.find(application);
   return found != connections_.end() ? found->second->remotePort() : std::uint16_t{0};
+}
+
+bool AppSockets::isDelivering() const {
+  return std::ranges::any_of(connections_,
+                             [](const auto& entry) { return entry.second->isDelivering(); });
 }
 
 void AppSockets::accept(GSocketConnection* socket) {

@@ -48,6 +48,9 @@ class AppSockets : public Outlet, private AppConnection::Owner {
   /// The port of an application's own end of its connection; 0 when there is no such application.
   std::uint16_t portOf(AppNumber application) const;
 
+  /// Whether something that was sent has not yet arrived at an application.
+  bool isDelivering() const;
+
   void send(AppNumber application, const zeph::ZephMsg& message, const Delivery& delivery) override;
   void drop(AppNumber application) override;
 

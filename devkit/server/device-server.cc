@@ -5,9 +5,9 @@
 
 namespace morvik::devkit {
 
-DeviceServer::DeviceServer(std::unique_ptr<Store> store)
+DeviceServer::DeviceServer(std::unique_ptr<Store> store, Scheduler* scheduler)
     : sockets_(static_cast<AppSockets::Owner&>(*this)),
-      device_(sockets_, agenda_, std::move(store)) {}
+      device_(sockets_, scheduler != nullptr ? *scheduler : agenda_, std::move(store)) {}
 
 void DeviceServer::applicationCame(AppNumber application) { device_.applicationCame(application); }
 

@@ -20,8 +20,10 @@ class DeviceServer : private AppSockets::Owner {
  public:
   using Failure = AppSockets::Failure;
 
-  /// The store is the device's.
-  explicit DeviceServer(std::unique_ptr<Store> store = Store::inMemory());
+  /// The store is the device's. A scheduler that is given must outlive the server and stands in the
+  /// place of the real time.
+  explicit DeviceServer(std::unique_ptr<Store> store = Store::inMemory(),
+                        Scheduler* scheduler = nullptr);
   /// Applications see the end of their connections. Nobody is told.
   ~DeviceServer() override = default;
   DeviceServer(const DeviceServer&) = delete;
@@ -38,6 +40,9 @@ class DeviceServer : private AppSockets::Owner {
 
   /// The port of an application's own end of its connection; 0 when there is no such application.
   std::uint16_t portOf(AppNumber application) const { return sockets_.portOf(application); }
+
+  /// Whether something that was sent has not yet arrived at an application.
+  bool isDelivering() const { return sockets_.isDelivering(); }
 
   /// Who uses it must be done with it before the server ends; observers need not be removed.
   Device& device() { return device_; }

@@ -204,7 +204,7 @@ const Row kRows[] = {
        scene.came = [](FakeServer& server) { server.close(); };
      }},
     {"serverReset", EndKind::kServerReset, "killed by SIGTRAP",
-     "broke off the connection: Connection reset by peer", "crashed, was killed",
+     "The device server broke off the connection: ", "crashed, was killed",
      [](Scene& scene) {
        scene.apps.app("app", connected(kStart));
        scene.relayTo(scene.server.port());
@@ -309,7 +309,7 @@ const Row kRows[] = {
      }},
     {"heapFull", EndKind::kHeapFull, "killed by SIGTRAP", "limit of 10 MiB", "Keep less",
      [](Scene& scene) { scene.apps.app("app", "var all = []; while (true) all.push({});"); }},
-#ifndef MORVIK_PROGRAMS_ARE_SANITIZED  // there the limit does not hold: the shadow is data too
+#ifndef __SANITIZE_ADDRESS__  // there the limit does not hold: the shadow is data too
     {"memoryOfTheEngine", EndKind::kMemoryLimit, "killed by SIGTRAP",
      "beside its heap was used up: script engine out of memory", "JSON.parse of deep nesting",
      [](Scene& scene) { scene.apps.app("app", "JSON.parse('['.repeat(1e8));"); }},

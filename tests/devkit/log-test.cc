@@ -275,7 +275,7 @@ TEST_F(ViewTest, explainsEndsFromTheSystemLogAlone) {
        "descriptor.xml is missing or not well-formed"},
       {{at(2, 2, "loading source: /apps/clock/main.js"), at(2, 2, "No such file or directory")},
        "There is no /apps/clock/main.js"},
-      {{at(2, 2, "Failed to receive bytes length from server")}, "ended the connection"},
+      {{at(2, 2, "Failed to receive bytes length from server")}, "ended or reset the connection"},
       {{at(2, 2, "script engine out of memory: the application's heap has reached its limit of 1")},
        "limit of 10 MiB"},
       {{at(2, 2, "Interactive mode is not valid: EXIT !")}, "refused interactive mode."},
