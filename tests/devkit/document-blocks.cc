@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <regex>
+#include <span>
 #include <sstream>
 
 namespace morvik::test {
@@ -82,19 +83,33 @@ bool lineFits(const std::string& documented, const std::string& printed) {
 
 using TextLines = std::vector<std::string>;
 
-// The number of the printed line behind the last one that fits.
-std::optional<std::size_t> fit(const TextLines& documented,
-                               std::size_t next,  // NOLINT(misc-no-recursion)
-                               const TextLines& printed, std::size_t at) {
-  if (next == documented.size()) return at;
-  if (documented[next] == kAnything) {
-    for (std::size_t skipped = at; skipped <= printed.size(); ++skipped) {
-      if (const auto end = fit(documented, next + 1, printed, skipped)) return end;
-    }
-    return std::nullopt;
+// Looks for lines that follow each other, at `from` or anywhere behind it; gives the number of the
+// printed line behind them.
+std::optional<std::size_t> findTogether(std::span<const std::string> documented,
+                                        std::span<const std::string> printed, std::size_t from,
+                                        bool anywhere) {
+  for (std::size_t at = from; at + documented.size() <= printed.size(); ++at) {
+    const auto here = printed.subspan(at, documented.size());
+    if (std::ranges::equal(documented, here, lineFits)) return at + documented.size();
+    if (!anywhere) break;
   }
-  if (at == printed.size() || !lineFits(documented[next], printed[at])) return std::nullopt;
-  return fit(documented, next + 1, printed, at + 1);
+  return std::nullopt;
+}
+
+std::optional<std::size_t> findAll(std::span<const std::string> documented,
+                                   std::span<const std::string> printed) {
+  std::size_t at = 0;
+  while (!documented.empty()) {
+    const bool anywhere = documented.front() == kAnything;
+    if (anywhere) documented = documented.subspan(1);
+    const auto gap = std::ranges::find(documented, kAnything);
+    const auto size = static_cast<std::size_t>(gap - documented.begin());
+    const auto end = findTogether(documented.first(size), printed, at, anywhere);
+    if (!end) return std::nullopt;
+    at = *end;
+    documented = documented.subspan(size);
+  }
+  return at;
 }
 
 TextLines withoutChance(TextLines lines) {
@@ -135,7 +150,7 @@ std::vector<DocumentedCommand> commandsOf(const DocumentBlock& block) {
 }
 
 std::optional<std::size_t> findOutput(const TextLines& documented, const TextLines& printed) {
-  return fit(withoutChance(documented), 0, withoutChance(printed), 0);
+  return findAll(withoutChance(documented), withoutChance(printed));
 }
 
 TextLines wholeLinesOf(const std::string& text) {
