@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstdlib>
 
+#include "app-words.h"
 #include "device/requests.h"
 #include "device/text.h"
 #include "run/strangers.h"
@@ -157,6 +158,7 @@ void Desk::greet() {
   text += device_->isVirtual() ? "The virtual device" : "The relay to " + plan_.realDevice;
   text +=
       " listens on 127.0.0.1:" + std::to_string(device_->port()) + ". Ctrl-C ends everything.\n";
+  text += plan_.greeting;
   if (isatty(STDIN_FILENO) == 1) text += "Keys: " + KeyMenu::hint() + "\n";
   view_.showText(text);
 }
@@ -208,6 +210,7 @@ void Desk::stimulate(const std::string& line) {
 
 Outcome Desk::outcomeOf(std::string_view line) {
   if (asksForApps(std::string(line))) return {.done = true, .text = session_->inWords()};
+  if (auto outcome = actOnApps(*session_, line)) return *outcome;
   return device_->stimulate(line);
 }
 

@@ -32,8 +32,9 @@ struct DeskPlan {
   std::string stateFolder;
   std::optional<std::uint16_t> page = 0;  ///< its port, 0 for any; nothing for no page
   bool openPage = false;
-  std::string record;  ///< a file to be made for what passes; empty for none
-  int seconds = 0;     ///< to the end; 0 for none
+  std::string record;    ///< a file to be made for what passes; empty for none
+  int seconds = 0;       ///< to the end; 0 for none
+  std::string greeting;  ///< further lines behind the first ones
 };
 
 /// Works on the default main context.

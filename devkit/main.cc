@@ -21,6 +21,7 @@ int help(int argc, char** argv);
 constexpr Verb kVerbs[] = {
     {"new", "make the folder of a new application", morvik::devkit::runNew},
     {"run", "run applications on a device to look at, press and talk to", morvik::devkit::runRun},
+    {"debug", "run applications that a debugger can attach to", morvik::devkit::runDebug},
     {"device", "run a virtual device that applications connect to", morvik::devkit::runDevice},
     {"log", "stand in for the system log on a machine that has none", morvik::devkit::runLog},
     {"why", "tell why applications ended", morvik::devkit::runWhy},

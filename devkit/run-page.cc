@@ -37,6 +37,10 @@ Json secondsLeft(const std::optional<TimePoint>& end) {
   return std::max(0.0, left.count());
 }
 
+Json pauseOf(const RunningApp& app) {
+  return app.paused().empty() ? Json(nullptr) : Json(app.paused());
+}
+
 Json endOf(const RunningApp& app) {
   if (!app.end()) return nullptr;
   const End& end = *app.end();
@@ -143,6 +147,7 @@ Json RunPage::applications() const {
                             {"number", number != 0 ? Json(number) : Json(nullptr)},
                             {"slot", applications.size() + 1},
                             {"state", wordOf(*app)},
+                            {"paused", pauseOf(*app)},
                             {"since", inMilliseconds(app->since())},
                             {"autokill", secondsLeft(app->autokillAt())},
                             {"end", endOf(*app)},

@@ -18,11 +18,11 @@ std::string besideProgram(const std::string& name) {
   return fs::path(ownProgram()).parent_path() / name;
 }
 
-std::string usualHost() {
-  const std::string beside = besideProgram("morvikvm");
+std::string usualHost(const char* name) {
+  const std::string beside = besideProgram(name);
   std::error_code error;
   if (fs::exists(beside, error)) return beside;
-  const GText found(g_find_program_in_path("morvikvm"));
+  const GText found(g_find_program_in_path(name));
   return found ? found.get() : beside;
 }
 

@@ -7,8 +7,8 @@ namespace morvik::devkit {
 
 /// This program itself.
 std::string ownProgram();
-/// The morvikvm that was built with this program, or the one that is installed.
-std::string usualHost();
+/// The host of that name that was built with this program, or the one that is installed.
+std::string usualHost(const char* name = "morvikvm");
 /// A file that lies beside this program.
 std::string besideProgram(const std::string& name);
 

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "app-words.h"
 #include "config/config-text.h"
 #include "control/condition.h"
 #include "control/control-folder.h"
@@ -126,6 +127,7 @@ Words stimulusWords(std::span<const std::string> before) {
   } else if (before.empty()) {
     Words names = stimulusNames();
     names.emplace_back("app");
+    for (const AppWord& word : appWords()) names.emplace_back(word.name);
     return names;
   }
   return before.empty() ? stimulusNames() : argumentsOf(before.front(), before.size() - 1);

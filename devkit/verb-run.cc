@@ -1,4 +1,7 @@
 // morvik-dev run: turns folders into running applications, with a device to look at and press.
+#include "verb-run.h"
+
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
@@ -64,7 +67,7 @@ const GOptionEntry kRunEntries[] = {
     {"port", 'p', 0, G_OPTION_ARG_INT, &runAsked.devicePort,
      "The virtual device's port; 0 takes a free one (0)", "PORT"},
     {"host", 0, 0, G_OPTION_ARG_FILENAME, &runAsked.host,
-     "The morvikvm to launch with (the one beside this program, or in PATH)", "FILE"},
+     "The host to launch with (the one beside this program, or in PATH)", "FILE"},
     {"state", 0, 0, G_OPTION_ARG_FILENAME, &runAsked.state,
      "Where to keep what outlives the device ($XDG_STATE_HOME/morvik-dev)", "FOLDER"},
     {"record", 0, 0, G_OPTION_ARG_FILENAME, &runAsked.record,
@@ -109,12 +112,12 @@ std::optional<std::string> readFilter(RunLogFilter& filter) {
   return std::nullopt;
 }
 
-std::optional<std::string> readPlan(DeskPlan& plan) {
+std::optional<std::string> readPlan(const RunKind& kind, DeskPlan& plan) {
   for (const std::string& folder : taken(runAsked.folders))
     plan.session.folders.emplace_back(folder);
   plan.session.instances = taken(runAsked.instances);
   plan.session.check = checkApplication;
-  plan.session.host = taken(runAsked.host, usualHost());
+  plan.session.host = taken(runAsked.host, usualHost(kind.host));
   plan.realDevice = taken(runAsked.device);
   plan.stateFolder = taken(runAsked.state, usualStateFolder());
   plan.record = taken(runAsked.record);
@@ -131,29 +134,49 @@ std::optional<std::string> readPlan(DeskPlan& plan) {
     return "a port is a number from 0 to 65535";
   if (runAsked.seconds < 0) return "--seconds takes a whole number above 0";
   if (runAsked.open != FALSE && runAsked.noPage != FALSE) return "--open needs the page";
-  return std::nullopt;
+  return kind.complete ? kind.complete(plan) : std::nullopt;
 }
 
 // Without a system log, as in many containers, each line of an application's log would go to the
 // console, which is slow. Somebody who listens, or a lack of rights, is no reason to stop.
-int runDesk(DeskPlan plan) {
+int runDesk(const char* verb, DeskPlan plan) {
   SystemLog standIn([](std::string_view /*record*/) {});
   [[maybe_unused]] const auto somebodyListens = standIn.listen("/dev/log");
   Desk desk(std::move(plan));
   const auto trouble = desk.run();
   if (!trouble) return EXIT_SUCCESS;
-  std::fprintf(stderr, "morvik-dev run: %s\n", trouble->c_str());
+  std::fprintf(stderr, "morvik-dev %s: %s\n", verb, trouble->c_str());
   return EXIT_FAILURE;
+}
+
+// The first entries are the ones of `run`; an entry of the verb's own takes a name away from them.
+std::vector<GOptionEntry> entriesOf(const RunKind& kind, const GOptionEntry* common) {
+  std::vector<GOptionEntry> entries = kind.entries;
+  for (; common->long_name != nullptr; ++common) {
+    GOptionEntry entry = *common;
+    const bool taken = std::ranges::any_of(kind.entries, [&](const GOptionEntry& own) {
+      return std::string_view(own.long_name) == entry.long_name;
+    });
+    if (taken) {
+      entry.long_name = kind.renamed;
+      entry.short_name = 0;
+    }
+    entries.push_back(entry);
+  }
+  entries.push_back({});
+  return entries;
 }
 
 }  // namespace
 
-int runRun(int argc, char** argv) {
-  const auto status = readOptions(kHelp, kRunEntries, argc, argv);
+int runRun(int argc, char** argv) { return runFolders({.help = kHelp}, argc, argv); }
+
+int runFolders(const RunKind& kind, int argc, char** argv) {
+  const auto status = readOptions(kind.help, entriesOf(kind, kRunEntries).data(), argc, argv);
   DeskPlan plan;
-  const auto trouble = readPlan(plan);
+  const auto trouble = readPlan(kind, plan);
   if (status) return *status;
-  return trouble ? refuseUsage(kHelp.name, *trouble) : runDesk(std::move(plan));
+  return trouble ? refuseUsage(kind.help.name, *trouble) : runDesk(kind.help.name, std::move(plan));
 }
 
 }  // namespace morvik::devkit

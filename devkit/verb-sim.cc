@@ -11,6 +11,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "app-words.h"
 #include "control/condition.h"
 #include "control/control-client.h"
 #include "control/control-folder.h"
@@ -23,6 +24,7 @@ namespace morvik::devkit {
 namespace {
 
 constexpr double kUsualTimeout = 30;
+constexpr double kLongestTimeout = 1e6;
 
 struct SimPlan {
   std::string line;  // the stimulus; empty for none
@@ -41,6 +43,10 @@ const std::string& simDescription() {
     for (const Stimulus* stimulus : stimuli()) {
       lines += "  " + usageOf(*stimulus) + "\n      " + stimulus->help + '\n';
     }
+    lines += "\nWhat can be done to the applications of a run:\n";
+    for (const AppWord& word : appWords()) {
+      lines += "  " + std::string(word.name) + ' ' + word.usage + "\n      " + word.help + '\n';
+    }
     lines +=
         "\nWhat --wait takes: NAME=VALUE, NAME!=VALUE, or NAME for something that is there. A "
         "name is\na path in the view that docs/device-json.md tells, such as ears.left, or one "
@@ -56,6 +62,7 @@ const std::string& simDescription() {
            "Examples:\n"
            "  morvik-dev sim button SIMPLE\n"
            "  morvik-dev sim app 2 rfid d0021a0353184a03 IN\n"
+           "  morvik-dev sim launch my-app tag d0021a0353184a03\n"
            "  morvik-dev sim button SIMPLE --wait led=red --timeout=2\n"
            "  morvik-dev sim --watch | jq -r .words\n";
   }();
@@ -110,7 +117,7 @@ std::optional<int> choose(const SimPlan& plan, const std::vector<RunningTool>& t
   return refuseMany("none runs as " + std::to_string(plan.process) + ". There are:", tools);
 }
 
-ControlClient::Deadline deadlineOf(const SimPlan& plan) {
+ControlClient::Clock::time_point deadlineOf(const SimPlan& plan) {
   return ControlClient::Clock::now() + std::chrono::duration_cast<ControlClient::Clock::duration>(
                                            std::chrono::duration<double>(plan.timeout));
 }
@@ -132,21 +139,23 @@ int stimulate(ControlClient& client, const SimPlan& plan) {
   return done ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
-// Looks again after each event, until it holds.
+// Looks again after each event, until it holds. A tool that is well answers at once, so that even
+// with a timeout of 0 it is looked at once.
 int wait(ControlClient& client, const Condition& condition, const SimPlan& plan) {
+  constexpr std::chrono::seconds kPatience{5};
   const auto deadline = deadlineOf(plan);
   Json view = Json::object();
   while (true) {
-    const auto answer = client.ask(R"({"view": true})", deadline);
-    if (answer && answer->contains("view")) view = (*answer)["view"];
-    if (const auto strange = answer ? strangeName(condition, view) : std::nullopt)
-      return refuseUsage("sim", *strange);
-    if (answer && holds(condition, view)) return EXIT_SUCCESS;
-    if (answer && client.hearOne(deadline)) continue;
-    if (client.isOver()) return simFails(unmet(condition, view) + "; " + goneText());
-    const GText seconds(g_strdup_printf("%g", plan.timeout));
-    return simFails(unmet(condition, view) + ", after " + seconds.get() + " s");
+    const auto answer = client.ask(R"({"view": true})", deadline + kPatience);
+    if (!answer || !answer->contains("view")) break;
+    view = (*answer)["view"];
+    if (const auto strange = strangeName(condition, view)) return refuseUsage("sim", *strange);
+    if (holds(condition, view)) return EXIT_SUCCESS;
+    if (ControlClient::Clock::now() >= deadline || !client.hearOne(deadline)) break;
   }
+  if (client.isOver()) return simFails(unmet(condition, view) + "; " + goneText());
+  const GText seconds(g_strdup_printf("%g", plan.timeout));
+  return simFails(unmet(condition, view) + ", after " + seconds.get() + " s");
 }
 
 int watch(ControlClient& client) {
@@ -211,7 +220,8 @@ std::optional<std::string> wrongIn(const SimPlan& plan) {
   if (plan.line.empty() && plan.conditions.empty() && !plan.watch && !plan.list)
     return "what is to happen?";
   if (plan.line.find('\n') != std::string::npos) return "a stimulus is one line";
-  if (plan.timeout < 0) return "--timeout takes seconds, 0 or more";
+  if (!(plan.timeout >= 0 && plan.timeout <= kLongestTimeout))
+    return "--timeout takes seconds, from 0 to 1000000";
   if (plan.process < 0) return "--to takes the process id of a running tool";
   return std::nullopt;
 }

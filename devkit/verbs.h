@@ -11,6 +11,7 @@ int runDevice(int argc, char** argv);
 int runLog(int argc, char** argv);
 int runWhy(int argc, char** argv);
 int runRun(int argc, char** argv);
+int runDebug(int argc, char** argv);
 int runCheck(int argc, char** argv);
 int runTest(int argc, char** argv);
 int runTypes(int argc, char** argv);

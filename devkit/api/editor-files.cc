@@ -72,7 +72,7 @@ std::string formsOf(const Json& stimulus) {
   for (std::size_t count = 0; count < std::min(kMostWords, stimulus["arguments"].size()); ++count) {
     const Json& argument = stimulus["arguments"][count];
     words += argument["name"].get<std::string>() + ": " + typeOf(argument) + ", ";
-    forms += opening + words + named;
+    forms.append(opening).append(words).append(named);
   }
   return forms;
 }

@@ -1,6 +1,7 @@
 // A change is looked up in the schema, which gives the way to its field, and done there.
 #include "config/config-edit.h"
 
+#include <google/protobuf/io/tokenizer.h>
 #include <google/protobuf/text_format.h>
 #include <google/protobuf/util/message_differencer.h>
 
@@ -185,6 +186,13 @@ void setValue(Message& message, const FieldDescriptor& field, const std::string&
   }
 }
 
+// A text that an edit has broken is told by what it then lacks, and not on standard error.
+class SilentErrors : public protobuf::io::ErrorCollector {
+ public:
+  void AddError(int /*line*/, protobuf::io::ColumnNumber /*column*/,
+                const std::string& /*message*/) override {}
+};
+
 // The edits of one text. What is written is parsed again for each, which is done in no time.
 class TextEditor {
  public:
@@ -205,7 +213,10 @@ class TextEditor {
   void clear(const Destination& way) {
     const auto& reflection = *way.message().GetReflection();
     for (int left = reflection.FieldSize(way.message(), &way.field()); left > 0; --left) {
-      const auto [begin, end] = rangeOf(*treeAt(way.steps()), way.field(), left - 1);
+      const Tree& tree = *treeAt(way.steps());
+      const bool isTold = tree.GetLocation(&way.field(), left - 1).line >= 0;
+      if (!isTold) continue;  // several in brackets have the place of the first
+      const auto [begin, end] = rangeOf(tree, way.field(), left - 1);
       eraseWithLine(begin, end);
     }
     parse();
@@ -230,7 +241,9 @@ class TextEditor {
   void parse() {
     tree_ = std::make_unique<Tree>();
     config_.Clear();
+    SilentErrors errors;
     TextFormat::Parser parser;
+    parser.RecordErrorsTo(&errors);
     parser.AllowPartialMessage(true);
     parser.WriteLocationsTo(tree_.get());
     parser.ParseFromString(text_, &config_);

@@ -257,6 +257,7 @@ std::size_t offsetOf(const std::string& text, int line, int column) {
 
 std::vector<std::string> fieldsOf(const protobuf::Descriptor& message) {
   std::vector<std::string> names;
+  names.reserve(static_cast<std::size_t>(message.field_count()));
   for (int i = 0; i < message.field_count(); ++i) names.push_back(message.field(i)->name());
   return names;
 }

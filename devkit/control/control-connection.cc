@@ -22,8 +22,8 @@ bool asksToWatch(const std::string& line) {
 
 }  // namespace
 
-ControlConnection::ControlConnection(ControlServer& server, GSocketConnection* connection)
-    : server_(&server),
+ControlConnection::ControlConnection(Owner& owner, GSocketConnection* connection)
+    : owner_(&owner),
       connection_(G_SOCKET_CONNECTION(g_object_ref(connection))),
       cancellable_(g_cancellable_new()) {}
 
@@ -36,7 +36,7 @@ void ControlConnection::start() {
   say(textOf({{"event", "running"},
               {"version", DeviceView::kVersion},
               {"process", getpid()},
-              {"title", server_->source_.title}}));
+              {"title", owner_->source().title}}));
   read();
 }
 
@@ -49,7 +49,7 @@ void ControlConnection::read() {
 void ControlConnection::onRead(GObject* stream, GAsyncResult* result, void* kept) {
   const Kept self = takeKept(kept);
   const gssize count = g_input_stream_read_finish(G_INPUT_STREAM(stream), result, nullptr);
-  if (self->server_ == nullptr) return;
+  if (self->owner_ == nullptr) return;
   if (count > 0) {
     self->take(static_cast<std::size_t>(count));
   } else {
@@ -62,7 +62,7 @@ void ControlConnection::take(std::size_t count) {
   std::size_t begin = 0;
   for (std::size_t end = 0; (end = unread_.find('\n', begin)) != std::string::npos;) {
     obey(unread_.substr(begin, end - begin));
-    if (server_ == nullptr) return;
+    if (owner_ == nullptr) return;
     begin = end + 1;
   }
   unread_.erase(0, begin);
@@ -71,9 +71,9 @@ void ControlConnection::take(std::size_t count) {
 }
 
 void ControlConnection::obey(const std::string& line) {
-  if (!asksToWatch(line)) return say(server_->source_.answer(line));
+  if (!asksToWatch(line)) return say(owner_->source().answer(line));
   Observer& observer = *this;
-  if (!watches_) watches_.emplace(server_->source_.events, observer);
+  if (!watches_) watches_.emplace(owner_->source().events, observer);
   Json outcome{{"event", "outcome"}};
   outcome.update(toJson(Outcome{.done = true, .text = ""}));
   say(textOf(outcome));
@@ -82,7 +82,7 @@ void ControlConnection::obey(const std::string& line) {
 void ControlConnection::happened(const Event& event) { say(lineOf(event)); }
 
 void ControlConnection::say(const std::string& line) {
-  if (server_ == nullptr || g_cancellable_is_cancelled(cancellable_.get()) != FALSE) return;
+  if (owner_ == nullptr || g_cancellable_is_cancelled(cancellable_.get()) != FALSE) return;
   unsent_ += line + '\n';
   // Whoever is told may be going through all connections, so that this one ends later.
   if (unsent_.size() > kLongestControl) g_cancellable_cancel(cancellable_.get());
@@ -100,20 +100,20 @@ void ControlConnection::onWritten(GObject* stream, GAsyncResult* result, void* k
   const Kept self = takeKept(kept);
   const gboolean written =
       g_output_stream_write_all_finish(G_OUTPUT_STREAM(stream), result, nullptr, nullptr);
-  if (self->server_ == nullptr) return;
+  if (self->owner_ == nullptr) return;
   if (written == FALSE) return self->end();
   self->writing_.clear();
   if (!self->unsent_.empty()) self->write();
 }
 
 void ControlConnection::end() {
-  ControlServer* server = server_;
+  Owner* owner = owner_;
   close();
-  server->ended(this);
+  owner->ended(this);
 }
 
 void ControlConnection::close() {
-  server_ = nullptr;
+  owner_ = nullptr;
   watches_.reset();
   g_socket_shutdown(g_socket_connection_get_socket(connection_.get()), TRUE, TRUE, nullptr);
   g_cancellable_cancel(cancellable_.get());

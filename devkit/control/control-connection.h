@@ -2,15 +2,24 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
-#include "control/control-server.h"
 #include "device/events.h"
 #include "device/owned.h"
 
 namespace morvik::devkit {
+
+/// What the tool has to offer.
+struct ControlSource {
+  std::string title;  ///< what runs, such as "run hello"
+  Events& events;     ///< for those who watch
+  /// The answer to a line, as answerTo in device/requests.h gives it.
+  std::function<std::string(std::string_view line)> answer;
+};
 
 /// A line of a process that runs wild, or what waits for one that does not read, in bytes. A
 /// connection that goes beyond ends.
@@ -19,14 +28,24 @@ inline constexpr std::size_t kLongestControl = std::size_t{16} * 1024 * 1024;
 /// Reads and writes without blocking. Each pending read and write holds it alive.
 class ControlConnection : public std::enable_shared_from_this<ControlConnection>, private Observer {
  public:
-  ControlConnection(ControlServer& server, GSocketConnection* connection);
+  /// Whose connection it is.
+  class Owner {
+   public:
+    virtual ~Owner() = default;
+    virtual const ControlSource& source() const = 0;
+    /// The other side is gone, or sent away.
+    virtual void ended(ControlConnection* connection) = 0;
+  };
+
+  /// The owner must outlive it, or close it before.
+  ControlConnection(Owner& owner, GSocketConnection* connection);
   ~ControlConnection() override = default;
   ControlConnection(const ControlConnection&) = delete;
   ControlConnection& operator=(const ControlConnection&) = delete;
 
   /// Tells the first line and begins to read.
   void start();
-  /// The other side sees the end; the server is told nothing any more.
+  /// The other side sees the end; the owner is told nothing any more.
   void close();
 
  private:
@@ -44,7 +63,7 @@ class ControlConnection : public std::enable_shared_from_this<ControlConnection>
   void write();
   void end();
 
-  ControlServer* server_;  // null once the connection has ended
+  Owner* owner_;  // null once the connection has ended
   GOwned<GSocketConnection> connection_;
   GOwned<GCancellable> cancellable_;
   std::array<char, std::size_t{4}* 1024> input_ = {};

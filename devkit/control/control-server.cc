@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cstring>
 
-#include "control/control-connection.h"
 #include "control/control-folder.h"
 
 namespace morvik::devkit {
@@ -57,12 +56,11 @@ gboolean ControlServer::onIncoming(GSocketService* /*service*/, GSocketConnectio
 
 void ControlServer::accept(GSocketConnection* socket) {
   if (!isOwnPeer(g_socket_get_fd(g_socket_connection_get_socket(socket)))) return;
-  const auto connection = std::make_shared<ControlConnection>(*this, socket);
+  const auto connection =
+      std::make_shared<ControlConnection>(static_cast<ControlConnection::Owner&>(*this), socket);
   connections_[connection.get()] = connection;
   connection->start();
 }
-
-void ControlServer::ended(ControlConnection* connection) { connections_.erase(connection); }
 
 std::unique_ptr<ControlServer> offerControl(ControlSource source, std::string& text) {
   std::string trouble;

@@ -9,30 +9,20 @@
 #include <string>
 #include <string_view>
 
-#include "device/events.h"
+#include "control/control-connection.h"
 #include "device/owned.h"
 
 namespace morvik::devkit {
 
-/// What the tool has to offer.
-struct ControlSource {
-  std::string title;  ///< what runs, such as "run hello"
-  Events& events;     ///< for those who watch
-  /// The answer to a line, as answerTo in device/requests.h gives it.
-  std::function<std::string(std::string_view line)> answer;
-};
-
-class ControlConnection;
-
 /// Works on the thread-default main context. Who connects is told the title, then each line is
 /// answered by one. The line {"watch": true} is answered, and from then on every event comes as a
 /// line too. Processes of other users, who cannot open the folder, are sent away as well.
-class ControlServer {
+class ControlServer : private ControlConnection::Owner {
  public:
   /// What the source names must outlive the server.
   explicit ControlServer(ControlSource source);
   /// The socket is removed and all connections end.
-  ~ControlServer();
+  ~ControlServer() override;
   ControlServer(const ControlServer&) = delete;
   ControlServer& operator=(const ControlServer&) = delete;
 
@@ -43,11 +33,11 @@ class ControlServer {
   const std::filesystem::path& socket() const { return socket_; }
 
  private:
-  friend class ControlConnection;
   static gboolean onIncoming(GSocketService* service, GSocketConnection* connection,
                              GObject* source, gpointer server);
   void accept(GSocketConnection* connection);
-  void ended(ControlConnection* connection);
+  const ControlSource& source() const override { return source_; }
+  void ended(ControlConnection* connection) override { connections_.erase(connection); }
 
   ControlSource source_;
   GOwned<GSocketService> service_;

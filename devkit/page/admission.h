@@ -43,9 +43,10 @@ class Admission {
   std::string address() const;
   const std::string& token() const { return token_; }
   std::uint16_t port() const { return port_; }
+  /// A request's Host that names this server by an address of this machine.
+  bool isOurs(std::string_view host) const;
 
  private:
-  bool isOurs(std::string_view host) const;
   bool isOurOrigin(std::string_view origin) const;
 
   std::string token_;

@@ -17,6 +17,18 @@ namespace {
 namespace zeph = net::quelta::zeph::message;
 using std::chrono::milliseconds;
 
+// What is nested deeper than any message would be written back by a recursion without an end.
+Json parseShallow(std::string_view line) {
+  constexpr int kDeepest = 100;
+  bool isTooDeep = false;
+  const auto look = [&isTooDeep](int depth, Json::parse_event_t /*event*/, Json& /*value*/) {
+    isTooDeep = isTooDeep || depth > kDeepest;
+    return depth <= kDeepest;
+  };
+  Json json = Json::parse(line, look, /*allow_exceptions=*/false);
+  return isTooDeep ? Json() : json;
+}
+
 // Reads line after line; the first trouble ends it.
 class RecordingReader {
  public:
@@ -24,7 +36,7 @@ class RecordingReader {
 
   bool take(std::string_view line) {
     ++line_;
-    const Json json = Json::parse(line, nullptr, /*allow_exceptions=*/false);
+    const Json json = parseShallow(line);
     if (!json.is_object()) return refuse("is no JSON object");
     if (line_ == 1) return takeHeader(json);
     if (!json.contains("at") || !json["at"].is_number_integer())

@@ -62,7 +62,9 @@ std::string problemText(LaunchProblem problem, const std::string& host, int erro
 
 // The arguments as the launcher takes them.
 std::vector<std::string> argumentsOf(const LaunchPlan& plan) {
-  return {plan.host, "--debug=7", "--app_folder=" + plan.appFolder};
+  std::vector<std::string> arguments{plan.host, "--debug=7", "--app_folder=" + plan.appFolder};
+  arguments.insert(arguments.end(), plan.hostArguments.begin(), plan.hostArguments.end());
+  return arguments;
 }
 
 }  // namespace

@@ -43,7 +43,8 @@ struct LaunchPlan {
   std::string appFolder;  ///< the folder that holds the applications' folders
   /// Launch lines without line ends, "name type instance". Most launches have one.
   std::vector<std::string> lines;
-  std::vector<std::string> environment;  ///< further variables, as in "NAME=value"
+  std::vector<std::string> environment;         ///< further variables, as in "NAME=value"
+  std::vector<std::string> hostArguments = {};  ///< further options for the host
 };
 
 /// A launcher of its own for these lines. It gets an empty line behind them and ends, so that its

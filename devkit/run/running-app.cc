@@ -73,6 +73,7 @@ void RunningApp::begin() {
   hints_.clear();
   process_ = 0;
   compiled_ = false;
+  pause_ = {};
   if (!check() || !prepareBesideServer()) return;
   enter(RunPhase::kRunning, AppState::kLaunched);
   observer_.launching(*this);
@@ -82,7 +83,8 @@ void RunningApp::begin() {
   launch_->start({.host = plan_.host,
                   .appFolder = plan_.appFolder,
                   .lines = {LaunchLine{plan_.name, type_, instance}.text()},
-                  .environment = plan_.environment});
+                  .environment = plan_.environment,
+                  .hostArguments = plan_.hostArguments});
 }
 
 bool RunningApp::check() {
@@ -125,6 +127,7 @@ void RunningApp::enter(RunPhase phase, AppState state) {
 
 std::optional<TimePoint> RunningApp::autokillAt() const {
   if (phase_ != RunPhase::kRunning || process_ == 0) return std::nullopt;
+  if (!paused().empty()) return std::nullopt;
   if (state_ == AppState::kInteractive) return std::nullopt;
   if (state_ == AppState::kStopping) return stoppedAt_ + kTimeAfterStopNotice;
   return startedAt_ + kTimeToBecomeInteractive;
@@ -147,7 +150,19 @@ void RunningApp::wrote(const LogLine& line) {
     startedAt_ = now();
   }
   observer_.wrote(*this, line);
+  lookAtPause(line);
   lookAtState();
+}
+
+// The host's clock stands still in a pause.
+void RunningApp::lookAtPause(const LogLine& line) {
+  const std::string before = paused();
+  const auto lasted = pause_.take(line);
+  if (lasted) {
+    startedAt_ += *lasted;
+    stoppedAt_ += *lasted;
+  }
+  if (before != paused()) observer_.changed(*this);
 }
 
 void RunningApp::lookAtState() {
@@ -168,6 +183,7 @@ void RunningApp::hinted(const Hint& hint) {
 
 void RunningApp::ended(const End& end) {
   process_ = 0;
+  pause_ = {};
   if (phase_ == RunPhase::kBroken) return;
   end_ = end;
   enter(RunPhase::kEnded, state_);

@@ -13,6 +13,7 @@
 
 #include "device/owned.h"
 #include "run/beside-server.h"
+#include "run/debugger-pause.h"
 #include "run/folder-watch.h"
 #include "run/folder.h"
 #include "run/launch.h"
@@ -57,7 +58,8 @@ struct RunningAppPlan {
   std::string host;       ///< the path of morvikvm
   std::string instance;   ///< the third word of the launch line, unless a server beside it is that
   FolderCheck check;
-  std::vector<std::string> environment = {};  ///< of its launcher: "NAME=value"
+  std::vector<std::string> environment = {};    ///< of its launcher: "NAME=value"
+  std::vector<std::string> hostArguments = {};  ///< further options for the host
 };
 
 /// Works on the thread-default main context.
@@ -94,6 +96,8 @@ class RunningApp : private LaunchObserver {
   TimePoint since() const { return since_; }
   /// When the host ends it unless something happens before; nothing when it does not.
   std::optional<TimePoint> autokillAt() const;
+  /// Where a debugger has it paused, "at main.js:12"; empty when none has.
+  const std::string& paused() const { return pause_.place(); }
   /// Its process; 0 when there is none, or it has not shown itself yet.
   pid_t process() const { return process_; }
   /// The end of its last launch; nothing while there is none.
@@ -117,6 +121,7 @@ class RunningApp : private LaunchObserver {
   void enter(RunPhase phase, AppState state);
   void lookAtState();
   void giveUp(FolderTrouble trouble);
+  void lookAtPause(const LogLine& line);
 
   RunningAppObserver& observer_;
   RunningAppPlan plan_;
@@ -127,6 +132,7 @@ class RunningApp : private LaunchObserver {
   TimePoint since_;
   TimePoint startedAt_;  // main.js began
   TimePoint stoppedAt_;  // the server stopped interactive mode
+  DebuggerPause pause_;
   bool compiled_ = false;
   pid_t process_ = 0;
   std::optional<End> end_;

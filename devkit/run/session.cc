@@ -24,6 +24,7 @@ std::string stateInWords(const RunningApp& app) {
   if (app.phase() == RunPhase::kEnded) return "ended" + since;
   if (app.phase() == RunPhase::kEnding) return "being ended" + since;
   std::string words = wordsOf(app.state()) + since;
+  if (!app.paused().empty()) words += ", paused " + app.paused();
   if (const auto end = app.autokillAt()) {
     const auto left = std::max(*end - SystemClock::now(), SystemClock::duration::zero());
     words += ", ends by itself in " + inWords(left);
@@ -51,7 +52,9 @@ bool Session::prepare(const SessionPlan& plan, std::string& trouble) {
     }
     const std::string instance = index < plan.instances.size() ? plan.instances[index] : kAddress;
     add({fs::canonical(folder), *name, links_->path(), plan.host, withAddress(instance), plan.check,
-         plan.environment});
+         plan.environment,
+         index < plan.hostArguments.size() ? plan.hostArguments[index]
+                                           : std::vector<std::string>()});
   }
   return true;
 }

@@ -25,6 +25,8 @@ struct SessionPlan {
   std::string host;  ///< the path of morvikvm
   FolderCheck check = checkFolder;
   std::vector<std::string> environment = {};  ///< of the launchers: "NAME=value"
+  /// Further options for each folder's host, in the order of the folders.
+  std::vector<std::vector<std::string>> hostArguments = {};
 };
 
 /// Works on the thread-default main context.

@@ -46,7 +46,9 @@ bool ClockServer::listen(const std::string& path, std::string& trouble) {
 bool ClockServer::accept() {
   FileDescriptor socket(accept4(socket_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
   if (!socket.valid()) return true;
-  Peer& peer = peers_.emplace_back(processBehind(socket.get()), std::move(socket));
+  const pid_t process = processBehind(socket.get());
+  peers_.push_back({.process = process, .socket = std::move(socket)});
+  Peer& peer = peers_.back();
   peer.source = whenReadable(peer.socket.get(), [this, &peer] { return hear(peer); });
   send(peer);
   heard_();

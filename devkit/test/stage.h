@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 #include "device/json.h"
 #include "device/owned.h"
 #include "run/session-device.h"

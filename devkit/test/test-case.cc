@@ -69,7 +69,7 @@ StagePlan stagePlanOf(const fs::path& folder, const Json& question) {
 
 }  // namespace
 
-TestCase::TestCase(const TestPlan& plan, fs::path script, std::function<void()> over)
+TestCase::TestCase(const TestPlan& plan, const fs::path& script, std::function<void()> over)
     : plan_(plan), over_(std::move(over)) {
   result_.file = script;
 }

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 #include "device/owned.h"
 #include "run/process.h"
 #include "terminal/line-reader.h"
@@ -19,7 +21,7 @@ namespace morvik::devkit {
 class TestCase {
  public:
   /// The plan must outlive it; `over` is called once there is a result.
-  TestCase(const TestPlan& plan, std::filesystem::path script, std::function<void()> over);
+  TestCase(const TestPlan& plan, const std::filesystem::path& script, std::function<void()> over);
   /// Ends what still runs.
   ~TestCase();
   TestCase(const TestCase&) = delete;

@@ -52,8 +52,12 @@ bool DeskTest::comesTrue(const std::function<bool()>& condition) {
 }
 
 // The kernel may take a moment to end what was told to end.
+bool DeskTest::isSoonAlone() {
+  return comesTrue([] { return waitpid(-1, nullptr, WNOHANG) < 0 && errno == ECHILD; });
+}
+
 void DeskTest::expectNothingLeft() {
-  EXPECT_TRUE(comesTrue([] { return waitpid(-1, nullptr, WNOHANG) < 0 && errno == ECHILD; }));
+  EXPECT_TRUE(isSoonAlone());
   for (const auto& entry : fs::directory_iterator(folder_.path())) {
     EXPECT_FALSE(entry.path().filename().string().starts_with("morvik-run-")) << entry.path();
   }

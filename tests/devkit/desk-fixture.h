@@ -29,6 +29,8 @@ class DeskTest : public ::testing::Test {
 
   /// The test has no children, or soon has none, and its folder has no links of the tool.
   void expectNothingLeft();
+  /// The test soon has no children.
+  [[nodiscard]] bool isSoonAlone();
   /// The condition holds soon; for what nothing announces.
   [[nodiscard]] bool comesTrue(const std::function<bool()>& condition);
 

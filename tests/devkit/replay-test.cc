@@ -88,6 +88,9 @@ TEST(Recording, tellsTheLineOfDamage) {
       {"{\"recording\":\"morvik-dev\",\"version\":2}\n",
        "kitchen:1: the line is of version 2, and this program knows 1"},
       {textOfLines({"{"}), "kitchen:2: the line is no JSON object"},
+      {textOfLines({R"({"at":0,"event":"came","a":)" + std::string(100000, '[') +
+                    std::string(100000, ']') + '}'}),
+       "kitchen:2: the line is no JSON object"},
       {textOfLines({R"({"event":"came"})"}), "kitchen:2: the line has no time"},
       {textOfLines({R"({"at":0})"}), "kitchen:2: the line names no \"event\""},
       {textOfLines({R"({"at":0,"event":"came"})"}), "kitchen:2: the line names no application"},

@@ -186,6 +186,21 @@ TEST_F(SimTest, reachesApplicationsThatRun) {
   EXPECT_THAT(sim({"--list"}).output, HasSubstr("  run lamp\n"));
 }
 
+TEST_F(SimTest, launchesAndEndsApplications) {
+  const fs::path app = write("lamp", "log('launched by ' + launchType.name + launchType.id);");
+  Program desk(command({app}));
+  desk.waitFor("launched by plain");
+  EXPECT_EQ(sim({"launch", "lamp", "tag", "d0021a"}).output, "");
+  desk.waitFor("launched by RFIDd0021a");
+  EXPECT_EQ(sim({"launch", "plain"}).output, "") << "there is one application";
+  EXPECT_EQ(sim({"restart", "lamb"}).output,
+            "morvik-dev sim: restart: there is no application lamb: perhaps lamp. "
+            "Usage: restart [APP]\n");
+  EXPECT_EQ(sim({"launch", "lamp", "tag"}).status, 1);
+  EXPECT_EQ(sim({"end", "lamp"}).output, "");
+  EXPECT_TRUE(comesTrue([] { return sim({"apps"}).output.starts_with("lamp  ended"); }));
+}
+
 TEST_F(SimTest, asksWhichOfSeveral) {
   EXPECT_EQ(sim({"state"}).status, 1);
   const Program one(device());
@@ -202,8 +217,11 @@ TEST_F(SimTest, asksWhichOfSeveral) {
 }
 
 TEST_F(SimTest, refusesWhatMakesNoSense) {
-  for (const std::vector<std::string>& words :
-       {std::vector<std::string>{}, {"--wait", "=red"}, {"--wings"}, {"apps", "--timeout=-1"}}) {
+  for (const std::vector<std::string>& words : {std::vector<std::string>{},
+                                                {"--wait", "=red"},
+                                                {"--wings"},
+                                                {"apps", "--timeout=-1"},
+                                                {"apps", "--timeout=1e99"}}) {
     EXPECT_EQ(sim(words).status, 2) << testing::PrintToString(words);
   }
 }

@@ -103,22 +103,21 @@ void DeafPage::send(const std::string& text, int times) {
   client_.send(frames);
 }
 
-PageClient::PageClient(Loop& loop, const std::string& address, const std::string& origin)
+SocketClient::SocketClient(Loop& loop, const std::string& address, const std::string& origin)
     : loop_(loop), session_(soup_session_new()) {
-  const GOwned<SoupMessage> message(soup_message_new("GET", (address + "socket").c_str()));
-  const std::string from = origin == "http://127.0.0.1" ? originOf(address) : origin;
+  const GOwned<SoupMessage> message(soup_message_new("GET", address.c_str()));
   soup_session_websocket_connect_async(session_.get(), message.get(),
-                                       from.empty() ? nullptr : from.c_str(), nullptr,
+                                       origin.empty() ? nullptr : origin.c_str(), nullptr,
                                        G_PRIORITY_DEFAULT, nullptr, onConnected, this);
   EXPECT_TRUE(loop.runUntil([this] { return answered_; }));
 }
 
-PageClient::~PageClient() {
+SocketClient::~SocketClient() {
   if (connection_) g_signal_handlers_disconnect_by_data(connection_.get(), this);
 }
 
-void PageClient::onConnected(GObject* session, GAsyncResult* result, gpointer client) {
-  auto* self = static_cast<PageClient*>(client);
+void SocketClient::onConnected(GObject* session, GAsyncResult* result, gpointer client) {
+  auto* self = static_cast<SocketClient*>(client);
   self->answered_ = true;
   auto* connection = soup_session_websocket_connect_finish(SOUP_SESSION(session), result, nullptr);
   if (connection == nullptr) return;
@@ -128,27 +127,36 @@ void PageClient::onConnected(GObject* session, GAsyncResult* result, gpointer cl
   g_signal_connect(connection, "closed", G_CALLBACK(onClosed), self);
 }
 
-void PageClient::onMessage(SoupWebsocketConnection* /*connection*/, int /*type*/, GBytes* message,
-                           gpointer client) {
+void SocketClient::onMessage(SoupWebsocketConnection* /*connection*/, int /*type*/, GBytes* message,
+                             gpointer client) {
   gsize size = 0;
   const auto* bytes = static_cast<const char*>(g_bytes_get_data(message, &size));
-  auto* self = static_cast<PageClient*>(client);
+  auto* self = static_cast<SocketClient*>(client);
   self->frames_.emplace_back(bytes, size);
   ++self->arrived_;
 }
 
-void PageClient::onClosed(SoupWebsocketConnection* /*connection*/, gpointer client) {
-  static_cast<PageClient*>(client)->closed_ = true;
+void SocketClient::onClosed(SoupWebsocketConnection* /*connection*/, gpointer client) {
+  static_cast<SocketClient*>(client)->closed_ = true;
 }
 
-Json PageClient::receive() {
+std::string SocketClient::receiveText() {
   const bool came = loop_.runUntil([this] { return !frames_.empty(); });
   EXPECT_TRUE(came) << "no frame came";
-  if (!came) return {};
-  Json frame = Json::parse(frames_.front());
+  if (!came) return "";
+  std::string frame = std::move(frames_.front());
   frames_.pop_front();
   return frame;
 }
+
+Json SocketClient::receive() {
+  const std::string frame = receiveText();
+  return frame.empty() ? Json() : Json::parse(frame);
+}
+
+PageClient::PageClient(Loop& loop, const std::string& address, const std::string& origin)
+    : SocketClient(loop, address + "socket",
+                   origin == "http://127.0.0.1" ? originOf(address) : origin) {}
 
 Json PageClient::receive(const std::string& type) {
   Json frame = receive();
@@ -156,11 +164,11 @@ Json PageClient::receive(const std::string& type) {
   return frame;
 }
 
-void PageClient::sendText(const std::string& text) {
+void SocketClient::sendText(const std::string& text) {
   soup_websocket_connection_send_text(connection_.get(), text.c_str());
 }
 
-void PageClient::sendBytes(const std::string& bytes) {
+void SocketClient::sendBytes(const std::string& bytes) {
   soup_websocket_connection_send_binary(connection_.get(), bytes.data(), bytes.size());
 }
 
@@ -170,13 +178,18 @@ Json PageClient::ask(const Json& frame) {
 }
 
 std::size_t PageClient::seeAll() {
-  const std::size_t count = frames_.size();
-  frames_.clear();
-  send({{"type", "seen"}, {"seq", arrived_}});
+  const std::size_t count = dropAll();
+  send({{"type", "seen"}, {"seq", arrived()}});
   return count;
 }
 
-int PageClient::closeCode() {
+std::size_t SocketClient::dropAll() {
+  const std::size_t count = frames_.size();
+  frames_.clear();
+  return count;
+}
+
+int SocketClient::closeCode() {
   EXPECT_TRUE(loop_.runUntil([this] { return closed_; }));
   return soup_websocket_connection_get_close_code(connection_.get());
 }

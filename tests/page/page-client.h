@@ -56,30 +56,31 @@ class DeafPage {
   BareClient client_;
 };
 
-/// A page's socket, and the frames that it got.
-class PageClient {
+/// A WebSocket, and the frames that it got.
+class SocketClient {
  public:
-  /// Waits until it is open, or is refused.
-  PageClient(Loop& loop, const std::string& address,
-             const std::string& origin = "http://127.0.0.1");
-  ~PageClient();
-  PageClient(const PageClient&) = delete;
-  PageClient& operator=(const PageClient&) = delete;
+  /// Waits until it is open, or is refused. An empty origin tells none.
+  SocketClient(Loop& loop, const std::string& address, const std::string& origin);
+  ~SocketClient();
+  SocketClient(const SocketClient&) = delete;
+  SocketClient& operator=(const SocketClient&) = delete;
 
   bool isOpen() const { return connection_ != nullptr; }
   /// The next frame, in the order of arrival; null when none comes.
   devkit::Json receive();
-  /// The next frame of that type; others before it are dropped.
-  devkit::Json receive(const std::string& type);
+  /// The same as it came; empty when none comes.
+  std::string receiveText();
   void send(const devkit::Json& frame) { sendText(frame.dump()); }
   void sendText(const std::string& text);
   void sendBytes(const std::string& bytes);
-  /// Sends and gives the outcome.
-  devkit::Json ask(const devkit::Json& frame);
   /// The code with which the server has ended it, 0 for none; waits for the end.
   int closeCode();
-  /// Acknowledges everything that has come, and gives how many frames that were.
-  std::size_t seeAll();
+
+ protected:
+  /// How many frames have come in all.
+  std::uint64_t arrived() const { return arrived_; }
+  /// Drops those that nobody has received, and gives how many they were.
+  std::size_t dropAll();
 
  private:
   static void onConnected(GObject* session, GAsyncResult* result, gpointer client);
@@ -94,6 +95,21 @@ class PageClient {
   std::uint64_t arrived_ = 0;
   bool answered_ = false;
   bool closed_ = false;
+};
+
+/// A page's socket.
+class PageClient : public SocketClient {
+ public:
+  PageClient(Loop& loop, const std::string& address,
+             const std::string& origin = "http://127.0.0.1");
+
+  using SocketClient::receive;
+  /// The next frame of that type; others before it are dropped.
+  devkit::Json receive(const std::string& type);
+  /// Sends and gives the outcome.
+  devkit::Json ask(const devkit::Json& frame);
+  /// Acknowledges everything that has come, and gives how many frames that were.
+  std::size_t seeAll();
 };
 
 std::uint16_t portOf(const std::string& address);

@@ -79,13 +79,16 @@ function launchWith(app) {
   );
 }
 
+// In a pause of a debugger an application hears nothing, whatever its state.
+const stateOf = (app) => (app.paused ? `paused ${app.paused}` : (kWords[app.state] ?? app.state));
+
 function about(app) {
   return [
     el(
       'div',
       { class: 'application-head' },
       el('strong', {}, nameOf(app)),
-      el('span', { class: 'state', 'data-state': app.state }, kWords[app.state] ?? app.state),
+      el('span', { class: 'state', 'data-state': app.state }, stateOf(app)),
     ),
     el('p', { class: 'empty', 'data-since': app.since }),
     el('p', { class: 'autokill', hidden: true }),
@@ -104,6 +107,7 @@ function cardFor(app) {
   if (state.mode !== 'device' && app.name) card.append(launchWith(app));
   card.show = ({ until = '', ...now }) => {
     setFlag(card, 'data-state', now.state);
+    setFlag(card, 'data-paused', Boolean(now.paused));
     setFlag(card, 'data-calm', now.end !== null && kCalm.has(now.end?.kind));
     replaceWhenNew(told, now, () => about(now));
     card.querySelector('.autokill').dataset.until = until;

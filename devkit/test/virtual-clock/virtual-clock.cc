@@ -202,7 +202,9 @@ int connectToRunner(const char* path) {
 // An application is a fork of its launcher.
 void beginInApplication() {
   Clock& clock = clockOfProcess();
-  const int socket = connectToRunner(std::getenv(morvik::devkit::kClockVariable));
+  const char* path = std::getenv(morvik::devkit::kClockVariable);
+  if (path == nullptr) endWithRunner();
+  const int socket = connectToRunner(path);
   ClockOrder order{};
   if (recv(socket, &order, sizeof order, 0) != sizeof order) endWithRunner();
   // In whole microseconds, which GLib counts: what it rounds down would be due too early.
