@@ -30,6 +30,11 @@ class Program {
   /// comes in time.
   std::string waitForLine(std::size_t from) const;
 
+  /// Waits until all that it has said is as asked; false when that does not come in time.
+  [[nodiscard]] bool saysSoon(const std::function<bool(const std::string&)>& asked) const {
+    return output_->awaitThat(asked);
+  }
+
   /// Writes to its standard input, and ends that.
   void say(const std::string& text);
   void endInput() { input_.close(); }
