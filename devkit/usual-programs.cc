@@ -19,7 +19,7 @@ std::string besideProgram(const std::string& name) {
 }
 
 std::string usualHost(const char* name) {
-  const std::string beside = besideProgram(name);
+  std::string beside = besideProgram(name);
   std::error_code error;
   if (fs::exists(beside, error)) return beside;
   const GText found(g_find_program_in_path(name));
