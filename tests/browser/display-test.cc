@@ -116,7 +116,7 @@ TEST_F(Display, theDocksLedShowsItsColour) {
 
 TEST_F(Display, theDockMoves) {
   watch("document.getElementById('dock').dataset.moving");
-  command(*app_, "dock { move { cmd: LEFT time: 700 } }");
+  command(*app_, "dock { move { cmd: LEFT time: 2000 } }");
   expectSeen("dock", "moving LEFT");
   expectThere("[data-arrow=LEFT][data-on]");
   expect(attributeOf("#mover", "transform") + " === 'translate(-22.0 0.0)'");

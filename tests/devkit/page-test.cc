@@ -36,9 +36,11 @@ std::string replaced(std::string text, const std::string& what, const std::strin
 // this address.
 std::string launchCommand(const std::string& address) {
   const std::string whole = page();
-  const std::size_t start = whole.find("    { echo ");
-  EXPECT_NE(start, std::string::npos);
-  if (start == std::string::npos) return "";
+  const std::string prompt = "\n$ ";
+  const std::size_t found = whole.find(prompt + "{ echo ");
+  EXPECT_NE(found, std::string::npos);
+  if (found == std::string::npos) return "";
+  const std::size_t start = found + prompt.size();
   std::string command = whole.substr(start, whole.find('\n', start) - start);
   command = replaced(command, "first", "hello");
   command = replaced(command, "127.0.0.1:7410", address);
@@ -47,7 +49,7 @@ std::string launchCommand(const std::string& address) {
 }
 
 TEST(VirtualDevicePage, tellsHowToTypeWhileAnApplicationRuns) {
-  EXPECT_THAT(page(), HasSubstr("    build/morvik-dev device\n"));
+  EXPECT_THAT(page(), HasSubstr("\n$ build/morvik-dev device\n"));
   EXPECT_THAT(run({MORVIK_DEV, "device", "--help"}).output, HasSubstr("(7410)"));
   const test::TemporaryFolder state;
   Program device({MORVIK_DEV, "device", "--port=0", "--state=" + state.path().string()});
