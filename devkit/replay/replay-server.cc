@@ -3,8 +3,8 @@
 
 namespace morvik::devkit {
 
-ReplayServer::ReplayServer(Recording recording)
+ReplayServer::ReplayServer(Recording recording, Scheduler* scheduler)
     : sockets_(static_cast<AppSockets::Owner&>(*this)),
-      replay_(std::move(recording), sockets_, agenda_) {}
+      replay_(std::move(recording), sockets_, scheduler != nullptr ? *scheduler : agenda_) {}
 
 }  // namespace morvik::devkit

@@ -14,7 +14,8 @@ namespace morvik::devkit {
 /// Works on the thread-default main context.
 class ReplayServer : private AppSockets::Owner {
  public:
-  explicit ReplayServer(Recording recording);
+  /// A scheduler that is given must outlive the server and stands in the place of the real time.
+  explicit ReplayServer(Recording recording, Scheduler* scheduler = nullptr);
   ReplayServer(const ReplayServer&) = delete;
   ReplayServer& operator=(const ReplayServer&) = delete;
 
@@ -23,6 +24,10 @@ class ReplayServer : private AppSockets::Owner {
     return sockets_.listen(port, text);
   }
   std::uint16_t port() const { return sockets_.port(); }
+  /// The port of an application's own end of its connection; 0 when there is no such application.
+  std::uint16_t portOf(AppNumber application) const { return sockets_.portOf(application); }
+  /// Whether something that was sent has not yet arrived at an application.
+  bool isDelivering() const { return sockets_.isDelivering(); }
   Replay& replay() { return replay_; }
 
  private:

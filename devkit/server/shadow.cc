@@ -109,8 +109,8 @@ constexpr Hearing kHearings[] = {
 
 }  // namespace
 
-Shadow::Shadow(Events& events)
-    : device_(*this, agenda_),
+Shadow::Shadow(Events& events, Scheduler* scheduler)
+    : device_(*this, scheduler != nullptr ? *scheduler : agenda_),
       echo_(events),
       tells_(device_.events(), echo_),
       hears_(events, static_cast<Observer&>(*this)) {}

@@ -16,8 +16,9 @@ namespace morvik::devkit {
 /// counts more than what was to be expected of it. Works on the thread-default main context.
 class Shadow : private Outlet, private Observer {
  public:
-  /// Hears of the messages there, and tells what has changed. The events must outlive the shadow.
-  explicit Shadow(Events& events);
+  /// Hears of the messages there, and tells what has changed. The events must outlive the shadow;
+  /// so must a scheduler, which stands in the place of the real time.
+  explicit Shadow(Events& events, Scheduler* scheduler = nullptr);
 
   Device& device() { return device_; }
 

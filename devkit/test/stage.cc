@@ -9,6 +9,7 @@
 
 #include "device/event-json.h"
 #include "device/text.h"
+#include "test/replayed-device.h"
 
 namespace morvik::devkit {
 namespace {
@@ -49,7 +50,8 @@ bool Stage::begin(const StagePlan& plan, const StageTools& tools, std::string& t
   if (!copy_.make(plan.folder, plan.files, trouble)) return false;
   if (!clocks_.listen(copy_.place() / kClockSocket, trouble)) return false;
   clocks_.tell(time_.time());
-  device_ = makeVirtualDevice(time_, trouble);
+  device_ = plan.replay.empty() ? makeVirtualDevice(time_, trouble)
+                                : makeReplayedDevice(plan.replay, time_, trouble);
   if (!device_) return false;
   Observer& ofDevice = *this;
   RunningAppObserver& ofApplications = *this;
@@ -181,7 +183,16 @@ void Stage::happened(const Event& event) {
       addNews("message", *app)["message"] = toJson(*received->message);
     }
   }
+  if (const auto* trouble = std::get_if<Trouble>(&event.what)) tellDeparture(*trouble);
   session_->hear(event);
+}
+
+// Where an application leaves the recording. One that has gone is told of as the first.
+void Stage::tellDeparture(const Trouble& trouble) {
+  if (device_->isVirtual() || session_->apps().empty()) return;
+  const RunningApp* app = trouble.application ? session_->appOf(*trouble.application) : nullptr;
+  if (app == nullptr) app = session_->apps().front().get();
+  addNews("departure", *app)["text"] = trouble.text;
 }
 
 void Stage::launching(const RunningApp& app) {

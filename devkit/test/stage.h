@@ -37,6 +37,8 @@ struct StagePlan {
   /// launched later.
   std::vector<std::optional<std::string>> types;
   std::vector<std::string> instances;
+  /// A recording that stands in the place of the device; empty for none.
+  std::filesystem::path replay = {};
   Nanoseconds start{0};  ///< the time of day that it begins at, since 1970
 };
 
@@ -77,6 +79,7 @@ class Stage : private Observer, private RunningAppObserver {
 
  private:
   void happened(const Event& event) override;
+  void tellDeparture(const Trouble& trouble);
   void launching(const RunningApp& app) override;
   void wrote(const RunningApp& app, const LogLine& line) override;
   void hinted(const RunningApp& app, const Hint& hint) override;

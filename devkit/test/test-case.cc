@@ -55,10 +55,17 @@ std::optional<std::string> textUnlessNull(const Json& value) {
   return value.is_null() ? std::nullopt : std::optional(value.get<std::string>());
 }
 
+// It lies beside the application.
+fs::path recordingOf(const fs::path& folder, const Json& question) {
+  const auto name = textUnlessNull(question.at("replay"));
+  return name ? folder / *name : fs::path();
+}
+
 StagePlan stagePlanOf(const fs::path& folder, const Json& question) {
   StagePlan plan{.folder = folder,
                  .types = {},
                  .instances = question.at("instances"),
+                 .replay = recordingOf(folder, question),
                  .start = timeOf(question.at("at"))};
   for (const Json& type : question.at("types")) plan.types.push_back(textUnlessNull(type));
   for (const auto& [name, content] : question.at("files").items()) {

@@ -277,5 +277,56 @@ TEST_F(AppTestsTest, leavesNothingWhenItIsTold) {
   }
 }
 
+// The LED goes red, and five minutes later somebody presses the button.
+constexpr char kKitchen[] =
+    R"({"recording":"morvik-dev","version":1,"time":0,"device":"virtual"}
+{"at":0,"event":"came","application":1}
+{"at":5,"event":"received","application":1,"message":{"id":"a","interactiveMode":{"action":"START","interactiveId":"old"}}}
+{"at":6,"event":"sent","application":1,"message":{"id":"d","correlationId":"a","response":{"code":"OK"}}}
+{"at":9,"event":"received","application":1,"message":{"id":"b","interactiveId":"old","led":{"light":{"color":"red"}}}}
+{"at":9,"event":"sent","application":1,"message":{"id":"e","correlationId":"b","response":{"code":"BUSY"}}}
+{"at":300009,"event":"sent","application":1,"message":{"id":"f","buttonCallback":{"type":"SIMPLE"}}}
+)";
+
+class ReplayedTest : public AppTestsTest {
+ protected:
+  ProgramResult replayed(const std::string& color, const std::string& body,
+                         const std::string& recording = kKitchen) {
+    std::filesystem::create_directories(folder_ / "app");
+    std::ofstream(folder_ / "app/kitchen.jsonl") << recording;
+    return runTests(interactively("morvik.button.addListener(function (type) {\n"
+                                  "  log('pressed: ' + type); return true; });\n"
+                                  "morvik.led.light('" +
+                                  color + "', function (code) { log('LED: ' + code); });"),
+                    "test('it', { replay: 'kitchen.jsonl' }, async ({ device, app, time }) => {\n" +
+                        body + "\n});");
+  }
+};
+
+TEST_F(ReplayedTest, answersAndGoesOnAsItWasRecorded) {
+  const ProgramResult outcome = replayed(
+      "red",
+      "await app.logs('LED: BUSY'); await app.logs('pressed: SIMPLE', { within: '6 min' });");
+  EXPECT_EQ(outcome.output, "TAP version 14\nok 1 - it\n1..1\n");
+}
+
+TEST_F(ReplayedTest, failsWhereTheApplicationLeavesTheRecording) {
+  const ProgramResult outcome = replayed("blue", "await app.logs('LED: ERROR');");
+  EXPECT_THAT(outcome.output,
+              AllOf(StartsWith("TAP version 14\nnot ok 1 - it\n"), HasSubstr("line 5"),
+                    HasSubstr(R"(led.light.color: "red" in the recording, "blue" now)")));
+  EXPECT_EQ(outcome.status, 1);
+}
+
+TEST_F(ReplayedTest, takesNoStimuli) {
+  EXPECT_THAT(replayed("red", "await device.button('SIMPLE');").output,
+              HasSubstr("what happens to the device stands in it"));
+}
+
+TEST_F(ReplayedTest, tellsTheLineOfADamagedRecording) {
+  EXPECT_THAT(replayed("red", "", std::string(kKitchen) + "{\n").output,
+              HasSubstr("kitchen.jsonl:8: "));
+}
+
 }  // namespace
 }  // namespace morvik::test

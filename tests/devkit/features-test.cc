@@ -1,4 +1,6 @@
 // How each feature of the device answers, goes on and ends.
+#include <fcntl.h>
+#include <sys/file.h>
 
 #include <filesystem>
 #include <fstream>
@@ -7,6 +9,7 @@
 #include "device/media-files.h"
 #include "support/matchers.h"
 #include "support/temporary-folder.h"
+#include "support/waiting.h"
 
 namespace morvik::test {
 
@@ -294,8 +297,13 @@ struct MediaCase {
 const MediaCase kMediaCases[] = {{"picture", kPicture, "webcam { photo: 'x' }"},
                                  {"recording", kRecording, "multimedia { record { url: '' } }"}};
 
+// Where photos and recordings go is the same for all processes: one test at a time looks there.
 class ChosenFileTest : public Feature, public ::testing::WithParamInterface<MediaCase> {
  protected:
+  ChosenFileTest() : turn_(open("/tmp", O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    EXPECT_EQ(flock(turn_.get(), LOCK_EX), 0);
+  }
+
   std::string write(const std::string& bytes, const std::string& name = "file") {
     std::ofstream(folder_ / name, std::ios::binary) << bytes;
     return folder_ / name;
@@ -312,6 +320,9 @@ class ChosenFileTest : public Feature, public ::testing::WithParamInterface<Medi
 
   const MediaKind& kind_ = GetParam().kind;
   TemporaryFolder folder_;
+
+ private:
+  Descriptor turn_;
 };
 
 INSTANTIATE_TEST_SUITE_P(All, ChosenFileTest, ::testing::ValuesIn(kMediaCases),

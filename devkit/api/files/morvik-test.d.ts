@@ -27,6 +27,8 @@ declare namespace MorvikTest {
     at?: string;
     /** Files of the application's folder with these contents; null for one that is not to be there. */
     files?: { [name: string]: string | null };
+    /** A recording beside the application that answers in the place of the device. */
+    replay?: string;
   }
 
   /** Why an application ended; docs/ends.md lists the kinds. */

@@ -11,7 +11,7 @@ function test(name, options, body) {
   tests.push({ name, options: options || {}, body, place });
 }
 
-const OPTIONS = ['launch', 'instance', 'applications', 'at', 'files'];
+const OPTIONS = ['launch', 'instance', 'applications', 'at', 'files', 'replay'];
 
 function planOf(test) {
   const options = test.options;
@@ -23,7 +23,7 @@ function planOf(test) {
   if (Number.isNaN(at)) throw new Failure('at: ' + options.at + ' is no time', test.place);
   const launches = options.applications || [options];
   return {
-    do: 'begin', at, files: options.files || {}, place: test.place,
+    do: 'begin', at, files: options.files || {}, replay: options.replay || null, place: test.place,
     types: launches.map((one) => launchTypeOf(one.launch)),
     instances: launches.map((one) => one.instance || 'DEVICE')
   };

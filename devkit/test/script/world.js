@@ -125,6 +125,9 @@ class App {
     } else if (news.kind === 'hint') {
       if (news.hint !== 'listener-ended') this.faults.push(news.text);
       tell('hint', news.text);
+    } else if (news.kind === 'departure') {
+      this.faults.push(news.text);
+      tell('recording', news.text);
     } else if (news.kind === 'end') {
       this.ended = news.end;
       const lines = [news.end.headline, news.end.why, news.end.cure].filter((text) => text);
