@@ -18,6 +18,7 @@
 #include "channel/frame.h"
 #include "channel/message.h"
 #include "host/owned.h"
+#include "host/system-log.h"
 
 namespace morvik {
 namespace {
@@ -52,8 +53,9 @@ bool establish(int socket, const char* host, std::int32_t port) {
 }
 
 // Towards a server that has gone, SIGPIPE ends the application without a word; this line is for all
-// other failures.
+// other failures. The log has the message before the server does.
 void sendAll(int socket, const unsigned char* bytes, std::size_t length) {
+  sendHeldRecords();
   for (std::size_t sent = 0; sent < length;) {
     const ssize_t taken = send(socket, bytes + sent, length - sent, 0);
     if (taken == -1) g_error("send failed: %s", std::strerror(errno));
@@ -72,6 +74,14 @@ bool messageWaits(int socket) {
   return FD_ISSET(socket, &set) != 0;
 }
 
+// Takes what is there, or waits for the rest of a frame.
+ssize_t receiveSome(int socket, unsigned char* bytes, std::size_t length) {
+  const ssize_t got = recv(socket, bytes, length, MSG_DONTWAIT);
+  if (got >= 0 || errno != EAGAIN) return got;
+  sendHeldRecords();
+  return recv(socket, bytes, length, 0);
+}
+
 std::uint32_t receiveLength(int socket) {
   // The write position moves a whole word for every byte received, on purpose: a length in one
   // piece is read correctly, a split one is not put together. What a server sees that splits it is
@@ -80,7 +90,7 @@ std::uint32_t receiveLength(int socket) {
   std::array<std::uint8_t, kFrameHeaderSize * kFrameHeaderSize> words{};
   for (std::size_t count = 0; count < kFrameHeaderSize;) {
     const ssize_t got =
-        recv(socket, words.data() + count * kFrameHeaderSize, kFrameHeaderSize - count, 0);
+        receiveSome(socket, words.data() + count * kFrameHeaderSize, kFrameHeaderSize - count);
     if (got < 1) g_error("Failed to receive bytes length from server");
     count += static_cast<std::size_t>(got);
   }
@@ -92,7 +102,7 @@ MallocBytes receivePayload(int socket, std::size_t length) {
   MallocBytes buffer(static_cast<unsigned char*>(std::malloc(length > 0 ? length : 1)));
   if (!buffer) g_error("Failed to receive bytes from server");
   for (std::size_t count = 0; count < length;) {
-    const ssize_t got = recv(socket, buffer.get() + count, length - count, 0);
+    const ssize_t got = receiveSome(socket, buffer.get() + count, length - count);
     if (got < 1) g_error("Failed to receive bytes from server");
     count += static_cast<std::size_t>(got);
   }

@@ -7,6 +7,7 @@
 #include "channel/connection.h"
 #include "channel/dispatch.h"
 #include "host/morvik-data.h"
+#include "host/system-log.h"
 
 namespace morvik {
 namespace {
@@ -30,6 +31,7 @@ int connectServer(const char* host, std::int32_t port, MorvikData* listener) {
 
 gboolean onSocketIdle(gpointer listener) {
   auto& instance = *static_cast<MorvikData*>(listener);
+  const HeldRecords held;
   zeph::ZephMsg message;
   const int result = receiveZephMsg(instance.socket, message);
   if (result == -1) return G_SOURCE_REMOVE;
