@@ -22,6 +22,9 @@ struct Descriptor {
 /// the process with status 0.
 std::unique_ptr<Descriptor> loadDescriptor(const MorvikData& instance);
 
+/// The access elements of a descriptor's document.
+XmlQueryResult findAccesses(xmlDoc* doc);
+
 /// Number of access elements.
 int accessCount(const Descriptor& descriptor);
 

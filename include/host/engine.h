@@ -19,11 +19,14 @@ inline constexpr std::size_t kMaxArrayBuffers = 10485760;
 /// log that says so.
 class Engine {
  public:
-  /// Once in a process, before any fork that is to use the engine: starts no thread.
-  static void prepare();
+  /// Once in a process, before any fork that is to use the engine: starts no thread, and makes the
+  /// isolate that each child inherits. `rehearsal`, when not null, runs in it, and what it leaves
+  /// behind there is collected.
+  static void prepare(void (*rehearsal)() = nullptr);
 
-  /// In a child: an isolate with random state of its own. Every exception and promise rejection
-  /// that nobody handles is reported in the log, and nothing on standard output.
+  /// In a child: takes the inherited isolate and gives it random state of its own. Every exception
+  /// and promise rejection that nobody handles is reported in the log, and nothing on standard
+  /// output.
   Engine();
   ~Engine();
   Engine(const Engine&) = delete;

@@ -15,14 +15,6 @@ namespace {
 
 constexpr const char* kAccessElements = "/descriptor/accesses/access";
 
-// The names in the order of the file. Everything else in it is passed over, so a descriptor may
-// hold what other programs want to know of an application.
-XmlQueryResult findAccesses(xmlDoc* doc) {
-  const XmlQuery query(xmlXPathNewContext(doc));
-  return XmlQueryResult(
-      xmlXPathEvalExpression(reinterpret_cast<const xmlChar*>(kAccessElements), query.get()));
-}
-
 // Stands in the place of a function that the descriptor does not grant. It ends the process, where
 // an exception would let the script go on as if it had been granted something.
 void deniedStub(const Args& args) {
@@ -32,6 +24,14 @@ void deniedStub(const Args& args) {
 }
 
 }  // namespace
+
+// In the order of the file. Everything else in it is passed over, so a descriptor may hold what
+// other programs want to know of an application.
+XmlQueryResult findAccesses(xmlDoc* doc) {
+  const XmlQuery query(xmlXPathNewContext(doc));
+  return XmlQueryResult(
+      xmlXPathEvalExpression(reinterpret_cast<const xmlChar*>(kAccessElements), query.get()));
+}
 
 std::unique_ptr<Descriptor> loadDescriptor(const MorvikData& instance) {
   const std::string path = appPath(instance, "descriptor.xml", kStartPathSize);

@@ -3,11 +3,19 @@
 
 #include <glib.h>
 #include <libplatform/libplatform.h>
+#include <sys/mman.h>
 #include <sys/random.h>
 
 #include <array>
+#include <cinttypes>
+#include <climits>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <optional>
+#include <string>
+#include <utility>
 
 #include "host/exceptions.h"
 #include "host/memory.h"
@@ -44,7 +52,7 @@ class LimitedAllocator final : public v8::ArrayBuffer::Allocator {
 // What the launcher prepares and every child inherits.
 struct Prepared {
   v8::Platform* platform;
-  v8::ResourceConstraints constraints;
+  v8::Isolate* isolate;
 };
 
 Prepared& preparedKeptForLife() {
@@ -84,9 +92,50 @@ bool drawEntropy(unsigned char* buffer, std::size_t length) {
 
 v8::Isolate* newIsolate() {
   v8::Isolate::CreateParams params;
-  params.constraints = preparedKeptForLife().constraints;
+  params.constraints.set_max_young_generation_size_in_bytes(kMaxYoungSpace);
+  params.constraints.set_max_old_generation_size_in_bytes(kMaxOldSpace);
   params.array_buffer_allocator = &allocatorKeptForLife();
   return v8::Isolate::New(params);
+}
+
+struct Region {
+  std::uintptr_t begin = 0;
+  std::uintptr_t end = 0;
+};
+
+// The first line of what the system tells of a region.
+std::optional<Region> regionOf(const std::string& line) {
+  Region region;
+  if (std::sscanf(line.c_str(), "%" SCNxPTR "-%" SCNxPTR " ", &region.begin, &region.end) != 2) {
+    return std::nullopt;
+  }
+  return region;
+}
+
+// The engine asks the system to leave its heap out of a fork, and a child is to have it.
+void keepAcrossFork() {
+  std::ifstream maps("/proc/self/smaps");
+  Region region;
+  for (std::string line; std::getline(maps, line);) {
+    region = regionOf(line).value_or(region);
+    if (!line.starts_with("VmFlags:") || line.find(" dc") == std::string::npos) continue;
+    madvise(reinterpret_cast<void*>(region.begin), region.end - region.begin, MADV_DOFORK);
+  }
+}
+
+void runIn(v8::Isolate* isolate, void (*use)()) {
+  const v8::Isolate::Scope entered(isolate);
+  use();
+  isolate->LowMemoryNotification();
+}
+
+// Or else all children of one launcher drew the same numbers. Every context of the isolate begins
+// with this number, and there is none yet.
+void drawRandomState() {
+  std::uint32_t seed = 0;
+  drawEntropy(reinterpret_cast<unsigned char*>(&seed), sizeof seed);
+  constexpr std::uint32_t kMost = INT_MAX - 1;
+  v8::V8::SetFlagsFromString(("--random-seed=" + std::to_string(seed % kMost + 1)).c_str());
 }
 
 void watchOver(v8::Isolate* isolate) {
@@ -109,20 +158,22 @@ void holdToLimit(v8::Isolate* isolate) {
 
 }  // namespace
 
-// In the launcher, so that no child needs time for it. The isolate stays with the child: an
-// inherited one would draw every application the same random numbers.
-void Engine::prepare() {
+// In the launcher, so that no child needs time for it. Nothing has a thread yet, and the isolate
+// lives on in each child.
+void Engine::prepare(void (*rehearsal)()) {
   v8::V8::SetFlagsFromString(kFlags);
   v8::V8::SetEntropySource(drawEntropy);  // fresh for every isolate, also after a fork
   Prepared& prepared = preparedKeptForLife();
   prepared.platform = v8::platform::NewSingleThreadedDefaultPlatform().release();
   v8::V8::InitializePlatform(prepared.platform);
   v8::V8::Initialize();
-  prepared.constraints.set_max_young_generation_size_in_bytes(kMaxYoungSpace);
-  prepared.constraints.set_max_old_generation_size_in_bytes(kMaxOldSpace);
+  prepared.isolate = newIsolate();
+  if (rehearsal != nullptr) runIn(prepared.isolate, rehearsal);
+  keepAcrossFork();
 }
 
-Engine::Engine() : isolate_(newIsolate()) {
+Engine::Engine() : isolate_(std::exchange(preparedKeptForLife().isolate, nullptr)) {
+  drawRandomState();
   isolate_->Enter();
   watchOver(isolate_);
 }

@@ -17,6 +17,7 @@
 #include "host/logging.h"
 #include "host/memory.h"
 #include "host/morvik-data.h"
+#include "host/rehearsal.h"
 #include "host/system-log.h"
 
 namespace morvik {
@@ -154,7 +155,7 @@ int runLauncher(int argc, char** argv) {
   openLog(options);
   g_message("MorvikVM started...");
   g_message("params: %s", options.app_folder);
-  Engine::prepare();
+  Engine::prepare(rehearse);
 
   Launcher launcher(options);
   while (launcher.readAndLaunch()) {
