@@ -7,6 +7,7 @@
 #include "channel/connection.h"
 #include "channel/dispatch.h"
 #include "host/morvik-data.h"
+#include "host/script.h"
 #include "host/system-log.h"
 
 namespace morvik {
@@ -47,7 +48,11 @@ gboolean onSocketIdle(gpointer listener) {
   zeph::ZephMsg message;
   const int result = receiveZephMsg(instance.socket, message);
   if (result == -1) return G_SOURCE_REMOVE;
-  if (result == 0) dispatchInScope(instance, message);
+  if (result == 0) {
+    dispatchInScope(instance, message);
+  } else {
+    TemporaryContext::makeSpare();
+  }
   return G_SOURCE_CONTINUE;
 }
 

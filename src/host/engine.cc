@@ -15,6 +15,7 @@
 #include <fstream>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "host/exceptions.h"
@@ -147,10 +148,28 @@ void watchOver(v8::Isolate* isolate) {
   isolate->SetCaptureStackTraceForUncaughtExceptions(true, kStackFrames, v8::StackTrace::kOverview);
 }
 
+// The space's number among the heap's spaces.
+std::size_t spaceNamed(v8::Isolate* isolate, std::string_view name) {
+  v8::HeapSpaceStatistics space;
+  std::size_t index = 0;
+  for (; index < isolate->NumberOfHeapSpaces(); ++index) {
+    if (isolate->GetHeapSpaceStatistics(&space, index) && space.space_name() == name) break;
+  }
+  return index;
+}
+
+// Looked at after each run of script, where a look at the whole heap would cost more than the run.
+bool hasYoungLargeObject(v8::Isolate* isolate) {
+  static const std::size_t kIndex = spaceNamed(isolate, "new_large_object_space");
+  v8::HeapSpaceStatistics space;
+  return !isolate->GetHeapSpaceStatistics(&space, kIndex) || space.space_used_size() > 0;
+}
+
 // The engine lets the first large object of its young space pass, whatever its size, and counts it
 // at the next collection only. So that one comes now: it frees what nobody needs any more, and what
 // is still too much ends the process as told at heapLimitReached.
 void holdToLimit(v8::Isolate* isolate) {
+  if (!hasYoungLargeObject(isolate)) return;
   v8::HeapStatistics heap;
   isolate->GetHeapStatistics(&heap);
   if (heap.used_heap_size() > heap.heap_size_limit()) isolate->LowMemoryNotification();
@@ -173,6 +192,7 @@ void Engine::prepare(void (*rehearsal)()) {
 }
 
 Engine::Engine() : isolate_(std::exchange(preparedKeptForLife().isolate, nullptr)) {
+  if (isolate_ == nullptr) isolate_ = newIsolate();  // a second one in a process
   drawRandomState();
   isolate_->Enter();
   watchOver(isolate_);

@@ -146,10 +146,54 @@ bool ScriptFunction::callWith(const v8::Global<v8::Object>& object) const {
   return call({object.Get(isolate)});
 }
 
+namespace {
+
+// The next temporary context, made ahead while nothing else was to be done. Only an application
+// that has needed one gets another.
+struct SpareContext {
+  bool wanted = false;
+  v8::Global<v8::Context> context;
+};
+
+SpareContext& spareKeptForLife() {
+  static auto& spare = *new SpareContext;
+  return spare;
+}
+
+// What a script fills its heap with counts, and no spare context is to be the last straw.
+bool heapHasRoom(v8::Isolate* isolate) {
+  constexpr std::size_t kLeast = 2097152;
+  v8::HeapStatistics heap;
+  isolate->GetHeapStatistics(&heap);
+  return heap.used_heap_size() + kLeast < heap.heap_size_limit();
+}
+
+// Each is used once, so that no event sees what a script did to another one's objects.
+v8::Local<v8::Context> freshContext(v8::Isolate* isolate) {
+  SpareContext& spare = spareKeptForLife();
+  spare.wanted = true;
+  if (spare.context.IsEmpty()) return v8::Context::New(isolate);
+  const auto context = spare.context.Get(isolate);
+  spare.context.Reset();
+  return context;
+}
+
+}  // namespace
+
+void TemporaryContext::makeSpare() {
+  SpareContext& spare = spareKeptForLife();
+  if (!spare.wanted || !spare.context.IsEmpty()) return;
+  spare.wanted = false;
+  v8::Isolate* isolate = v8::Isolate::GetCurrent();
+  if (!heapHasRoom(isolate)) return;
+  const v8::HandleScope handles(isolate);
+  spare.context.Reset(isolate, v8::Context::New(isolate));
+}
+
 // Objects of it hold it whole, some 160 KB: a script keeps a copy, or the texts that it needs.
 TemporaryContext::TemporaryContext()
     : handles_(v8::Isolate::GetCurrent()),
-      context_(v8::Context::New(v8::Isolate::GetCurrent())),
+      context_(freshContext(v8::Isolate::GetCurrent())),
       entered_(context_) {
   sendHeldRecords();
 }

@@ -2,6 +2,10 @@
 // one connection and after a second one.
 #include "channel/pump.h"
 
+#include <sys/socket.h>
+
+#include <algorithm>
+
 #include "channel/connection.h"
 #include "support/text-message.h"
 #include "support/unit/frames.h"

@@ -319,5 +319,36 @@ TEST_F(HostScriptTest, anObjectForAScriptIsMadeOutsideItsContext) {
   EXPECT_THAT(logged(), ElementsAre("false,{}"));
 }
 
+// How many contexts the engine has.
+std::size_t contexts() {
+  v8::HeapStatistics heap;
+  v8::Isolate::GetCurrent()->GetHeapStatistics(&heap);
+  return heap.number_of_native_contexts();
+}
+
+TEST_F(HostScriptTest, aContextIsMadeAheadWhereOneHasBeenNeeded) {
+  const std::size_t before = contexts();
+  TemporaryContext::makeSpare();
+  EXPECT_EQ(contexts(), before);
+  { const TemporaryContext first; }
+  EXPECT_EQ(contexts(), before + 1);
+  TemporaryContext::makeSpare();
+  EXPECT_EQ(contexts(), before + 2);
+  TemporaryContext::makeSpare();
+  { const TemporaryContext second; }
+  EXPECT_EQ(contexts(), before + 2);
+}
+
+TEST_F(HostScriptTest, eachEventHasAContextThatNoScriptHasSeen) {
+  const ScriptFunction callback =
+      kept("function(o) { log(o.seen); Object.getPrototypeOf(o).seen = true; }");
+  for (int i = 0; i < 3; ++i) {
+    const TemporaryContext temporary;
+    callback.call({temporary.newObject()});
+    TemporaryContext::makeSpare();
+  }
+  EXPECT_THAT(logged(), ElementsAre("undefined", "undefined", "undefined"));
+}
+
 }  // namespace
 }  // namespace morvik::test
