@@ -1,7 +1,5 @@
 #include "support/system/log-socket.h"
 
-#include <fcntl.h>
-#include <sched.h>
 #include <sys/mount.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -13,6 +11,8 @@
 #include <sstream>
 #include <stdexcept>
 #include <system_error>
+
+#include "support/machine.h"
 
 namespace morvik::test {
 namespace {
@@ -42,14 +42,6 @@ Descriptor boundTo(const std::filesystem::path& path) {
   return socket;
 }
 
-bool writeFile(const char* path, std::string_view text) {
-  const int file = open(path, O_WRONLY | O_CLOEXEC);
-  if (file < 0) return false;
-  const bool written = write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size());
-  close(file);
-  return written;
-}
-
 // "<PRI>Mmm dd hh:mm:ss ident[pid]: text"
 LogRecord parseRecord(const std::string& datagram) {
   LogRecord record;
@@ -72,9 +64,7 @@ LogRecord parseRecord(const std::string& datagram) {
 
 LogSocket::LogSocket(const std::filesystem::path& folder)
     : folder_(folder),
-      devices_(folder / "dev"),
-      identityMap_(std::to_string(getuid()) + " " + std::to_string(getuid()) + " 1"),
-      groupMap_(std::to_string(getgid()) + " " + std::to_string(getgid()) + " 1") {
+      devices_(folder / "dev") {
   for (const std::string node : kNodes) nodes_.emplace_back("/dev/" + node, devices_ / node);
   prepareNodes();
   reader_ = std::make_unique<BackgroundReader>(boundTo(folder_ / "log"),
@@ -89,14 +79,8 @@ void LogSocket::prepareNodes() const {
 }
 
 const char* LogSocket::enterNamespace() const {
-  const bool root = geteuid() == 0;
-  if (unshare(root ? CLONE_NEWNS : CLONE_NEWNS | CLONE_NEWUSER) != 0) return "unshare";
-  if (!root) {
-    if (!writeFile("/proc/self/setgroups", "deny")) return "setgroups";
-    if (!writeFile("/proc/self/uid_map", identityMap_)) return "uid_map";
-    if (!writeFile("/proc/self/gid_map", groupMap_)) return "gid_map";
-  }
-  if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) return "private mounts";
+  const char* failed = enterMountNamespace();
+  if (failed != nullptr) return failed;
   for (const auto& [from, to] : nodes_)
     if (mount(from.c_str(), to.c_str(), nullptr, MS_BIND, nullptr) != 0) return from.c_str();
   if (mount(devices_.c_str(), "/dev", nullptr, MS_BIND | MS_REC, nullptr) != 0) return "/dev";

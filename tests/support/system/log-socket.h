@@ -50,8 +50,6 @@ class LogSocket {
 
   std::filesystem::path folder_;
   std::filesystem::path devices_;
-  std::string identityMap_;
-  std::string groupMap_;
   std::vector<std::pair<std::string, std::string>> nodes_;  // from the real /dev, to ours
   mutable int marks_ = 0;
   Growing<std::vector<LogRecord>> records_;
