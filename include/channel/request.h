@@ -4,11 +4,13 @@
 #include <zeph-message.pb.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "channel/callback-table.h"
 #include "channel/event-callback.h"
 #include "host/script.h"
+#include "host/system-log.h"
 
 namespace morvik {
 
@@ -30,7 +32,8 @@ void sendZephMsgCallback(int socket, const zeph::ZephMsg& message,
 class Request {
  public:
   /// The ordinary checks: `fixed` arguments, or one more which is a function ("Wrong arguments"),
-  /// then interactive mode ("Must be in interactive mode"). `label` names the feature in the log.
+  /// then interactive mode ("Must be in interactive mode"). `label` names the feature in the log,
+  /// whose records of this call go out together.
   Request(const Args& args, const char* label, int fixed);
 
   /// Without any check, for calls with an order of their own.
@@ -71,6 +74,7 @@ class Request {
  private:
   void refuse(const char* text);
 
+  std::optional<HeldRecords> held_;
   const Args& args_;
   ArgumentReader reader_;
   MorvikData& instance_;

@@ -4,17 +4,18 @@
 #include <glib.h>
 
 #include "host/launch-options.h"
+#include "host/system-log.h"
 
 namespace morvik {
 
-/// Opens syslog and makes `logHandler` GLib's default handler. `options` must outlive the process's
-/// last log call.
-void openLog(LaunchOptions& options);
+/// Opens the system log and makes `logHandler` GLib's default handler. `options` and `path`, of the
+/// log's socket, must outlive the process's last log call.
+void openLog(LaunchOptions& options, const char* path = kSystemLogPath);
 
-/// The log handler: every message goes to syslog, cut at 128 KiB with the count of what was left
-/// out; one whose level is at most 1 << debug also goes
-/// to standard error as "label: text". `options` is the LaunchOptions. Levels beyond WARNING have
-/// no row of their own: ERROR reaches syslog at debug priority and standard error without a label.
+/// The log handler: every message goes to the system log, cut at 128 KiB with the count of what was
+/// left out; one whose level is at most 1 << debug also goes to standard error as "label: text".
+/// `options` is the LaunchOptions. Levels beyond WARNING have no row of their own: ERROR reaches
+/// syslog at debug priority and standard error without a label.
 void logHandler(const gchar* domain, GLogLevelFlags level, const gchar* message, gpointer options);
 
 /// Ends the process as `g_error("%s", text)` does, with the same lines and by the same signal, but

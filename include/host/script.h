@@ -11,6 +11,8 @@
 #include <string>
 #include <string_view>
 
+#include "host/system-log.h"
+
 namespace morvik {
 
 class MorvikData;
@@ -103,8 +105,9 @@ class TemporaryContext {
   v8::Context::Scope entered_;
 };
 
-/// Brackets one run of script from the main loop. When the outermost one ends, promises that were
-/// rejected and found no handler are reported, and the engine does what it has put off.
+/// Brackets one run of script from the main loop. Log records do not wait for its end. When the
+/// outermost one ends, promises that were rejected and found no handler are reported, and the
+/// engine does what it has put off.
 class ScriptRun {
  public:
   explicit ScriptRun(v8::Isolate* isolate);
@@ -113,6 +116,7 @@ class ScriptRun {
   ScriptRun& operator=(const ScriptRun&) = delete;
 
  private:
+  PromptRecords prompt_;
   v8::HandleScope handles_;
 };
 

@@ -18,6 +18,7 @@ Request::Request(const Args& args)
     : args_(args), reader_(args), instance_(currentInstance(args.GetIsolate())) {}
 
 Request::Request(const Args& args, const char* label, int fixed) : Request(args) {
+  held_.emplace();
   label_ = label;
   expectArguments(fixed);
   expectInteractive();

@@ -14,6 +14,7 @@
 #include "channel/pump.h"
 #include "channel/request.h"
 #include "host/morvik-data.h"
+#include "host/system-log.h"
 #include "host/uuid.h"
 
 namespace morvik {
@@ -76,6 +77,7 @@ void connect(const Args& args) {
 }
 
 void start(const Args& args) {
+  const HeldRecords held;
   v8::Isolate* isolate = args.GetIsolate();
   g_debug("starting interactiveMode");
   g_debug("check arguments");

@@ -6,6 +6,7 @@
 
 #include "host/owned-xml.h"
 #include "host/script.h"
+#include "host/system-log.h"
 
 namespace morvik {
 namespace {
@@ -48,6 +49,7 @@ void print_element_names(xmlNode* first, v8::Local<v8::Object> object) {
 
 void parseSemantic(const std::string& text, v8::Local<v8::Object> object) {
   g_message("ASR: parseSemantic: size:%d", static_cast<int>(text.size()));
+  sendHeldRecords();  // the library tells standard error what it finds wrong
   const XmlDocument document(
       xmlReadMemory(text.data(), static_cast<int>(text.size()), "noname.xml", nullptr, 0));
   if (!document) {

@@ -12,6 +12,7 @@
 #include "devices/devices.h"
 #include "host/exceptions.h"
 #include "host/morvik-data.h"
+#include "host/system-log.h"
 
 namespace morvik {
 namespace {
@@ -118,6 +119,7 @@ std::optional<v8::Local<v8::Function>> functionOf(v8::Local<v8::Context> context
 // The function itself is `this`, on purpose, as for every listener: onMessage(object, port, data)
 // finds its object in the first argument, and `this.lines` is a property of the function.
 bool SerialMsgCallback2::tell(const zeph::SerialCallback::Readline& line) const {
+  sendHeldRecords();
   std::puts("call onMessage");
   std::puts("cast");
   std::puts("arg0");

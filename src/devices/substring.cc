@@ -7,6 +7,7 @@
 #include <new>
 
 #include "host/memory.h"
+#include "host/system-log.h"
 
 namespace morvik {
 
@@ -15,6 +16,7 @@ std::unique_ptr<char[]> substring(const char* text, std::size_t start, std::size
   const NewMayFail mayFail;
   std::unique_ptr<char[]> part(new (std::nothrow) char[length + 1]);
   if (!part) {
+    sendHeldRecords();
     std::fputs("Memoire insuffisante\n", stderr);
     std::exit(1);
   }

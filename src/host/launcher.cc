@@ -5,7 +5,6 @@
 #include <glib.h>
 #include <libxml/xmlversion.h>
 #include <sys/wait.h>
-#include <syslog.h>
 #include <unistd.h>
 
 #include <array>
@@ -18,6 +17,7 @@
 #include "host/logging.h"
 #include "host/memory.h"
 #include "host/morvik-data.h"
+#include "host/system-log.h"
 
 namespace morvik {
 namespace {
@@ -29,9 +29,11 @@ constexpr int kLineSize = 4095;
 volatile std::sig_atomic_t nbChild = 0;
 
 // Runs only while the launcher waits for a line (see readLine), so that it interrupts no other log
-// call. One wait for each signal, kept simple: two children that end together can be counted once,
-// and whoever writes launch lines then meets the refusal with one application less.
+// call. An application has it too, and no children: what it tells there waits for nothing. One wait
+// for each signal, kept simple: two children that end together can be counted once, and whoever
+// writes launch lines then meets the refusal with one application less.
 void childExited(int /*signal*/) {
+  const PromptRecords prompt;
   g_debug("end process: sigchild");
   int status = 0;
   const pid_t ended = wait(&status);
@@ -157,7 +159,7 @@ int runLauncher(int argc, char** argv) {
   Launcher launcher(options);
   while (launcher.readAndLaunch()) {
   }
-  closelog();
+  closeSystemLog();
   return 0;
 }
 

@@ -3,10 +3,14 @@
 
 #include <syslog.h>
 
+#include <array>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
+
+#include "host/system-log.h"
 
 namespace morvik {
 namespace {
@@ -35,14 +39,14 @@ LevelRow rowOf(int level) {
   return kOtherLevels;
 }
 
-// A record is one datagram, and one that is larger than the socket's send buffer (212,992 bytes
-// where nobody has changed it) is refused. The C library then writes it to the console, byte by
-// byte on a serial line: the application stands still for seconds. This is well below, also with
+// A record is one datagram, and one that is larger than the socket takes goes to the console, byte
+// by byte on a serial line: the application stands still for seconds. This is well below, also with
 // the record's head and what is said of the rest.
 constexpr std::size_t kMaxRecord = 131072;
 
 // What stands behind a text that was cut, as in "... (1000 bytes left out)".
-constexpr const char* kCutRecord = "%.*s... (%zu bytes left out)";
+constexpr const char* kCutRecord = "... (%zu bytes left out)";
+constexpr std::size_t kCutRoom = 64;
 
 // What GLib hands over when it found no memory for the text.
 constexpr const char* kNoText = "out of memory: no text for this message";
@@ -65,16 +69,20 @@ std::size_t lengthOfCut(const char* text) {
 }
 
 void sendRecord(int priority, const char* message) {
-  const std::size_t length = std::strlen(message);
-  if (length <= kMaxRecord) return syslog(priority, "%s", message);
+  const std::string_view text(message);
+  if (text.size() <= kMaxRecord) return writeRecord(priority, text);
   const std::size_t kept = lengthOfCut(message);
-  syslog(priority, kCutRecord, static_cast<int>(kept), message, length - kept);
+  std::array<char, kCutRoom> rest{};
+  std::snprintf(rest.data(), rest.size(), kCutRecord, text.size() - kept);
+  writeRecord(priority, text.substr(0, kept), rest.data());
 }
 
 // A threshold outside 0 to 30 prints nothing; shifting by it would not be defined.
 bool reachesStandardError(int level, int debug) {
   return debug >= 0 && debug <= 30 && level <= (1 << debug);
 }
+
+bool endsProcess(int level) { return (level & (G_LOG_LEVEL_ERROR | G_LOG_FLAG_FATAL)) != 0; }
 
 }  // namespace
 
@@ -83,9 +91,11 @@ void logHandler(const gchar* /*domain*/, GLogLevelFlags level, const gchar* mess
   const LevelRow row = rowOf(level);
   if (message == nullptr) message = kNoText;
   if (reachesStandardError(level, static_cast<LaunchOptions*>(options)->debug)) {
+    sendHeldRecords();  // what is behind a standard error that nobody reads must not wait
     std::fprintf(stderr, "%s: %s\n", row.label, message);
   }
   sendRecord(row.priority, message);
+  if (endsProcess(level)) sendHeldRecords();
 }
 
 // Where even the log needs memory and finds none, it comes here again: then what standard error got
@@ -100,9 +110,9 @@ void endFatally(const char* text) {
   std::abort();
 }
 
-void openLog(LaunchOptions& options) {
+void openLog(LaunchOptions& options, const char* path) {
   settings = &options;
-  openlog("MorvikVM", LOG_PID | LOG_CONS | LOG_NDELAY, LOG_LOCAL1);
+  openSystemLog(path);
   g_log_set_default_handler(logHandler, &options);
 }
 

@@ -9,6 +9,7 @@
 #include <cstdio>
 
 #include "host/logging.h"
+#include "host/system-log.h"
 
 namespace morvik {
 namespace {
@@ -55,6 +56,7 @@ bool memoryIsGone() {
 // put down to memory where none is left at that moment, which is likely the reason and not proved
 // to be; any other ends the process by its own signal, as without this.
 void crashed(int signal) {
+  sendHeldRecords();
   if (memoryIsGone()) newFailed();
   std::raise(signal);  // its handler is gone, so this ends the process on return
 }

@@ -60,6 +60,7 @@ MorvikData& currentInstance(v8::Isolate* isolate) {
 // A zero byte would end the text wherever C reads it further on, in the log or in a path, and hide
 // from the path filter what stands behind it.
 std::optional<std::string> asciiText(v8::Isolate* isolate, v8::Local<v8::Value> value) {
+  sendHeldRecords();
   v8::Local<v8::String> string;
   if (!value->ToString(isolate->GetCurrentContext()).ToLocal(&string)) return std::nullopt;
   std::string text(static_cast<std::size_t>(string->Length()), '\0');
@@ -70,6 +71,7 @@ std::optional<std::string> asciiText(v8::Isolate* isolate, v8::Local<v8::Value> 
 }
 
 std::optional<std::string> utf8Text(v8::Isolate* isolate, v8::Local<v8::Value> value) {
+  sendHeldRecords();
   v8::Local<v8::String> string;
   if (!value->ToString(isolate->GetCurrentContext()).ToLocal(&string)) return std::nullopt;
   const v8::String::Utf8Value text(isolate, string);
@@ -81,6 +83,7 @@ std::optional<std::string> utf8Text(v8::Isolate* isolate, v8::Local<v8::Value> v
 template <typename T, typename Convert>
 T ArgumentReader::read(int index, Convert convert) {
   if (threw_) return T{};
+  sendHeldRecords();
   const auto value = convert(args_.GetIsolate(), args_[index]);
   threw_ = !value.has_value();
   return value.value_or(T{});
@@ -147,7 +150,9 @@ bool ScriptFunction::callWith(const v8::Global<v8::Object>& object) const {
 TemporaryContext::TemporaryContext()
     : handles_(v8::Isolate::GetCurrent()),
       context_(v8::Context::New(v8::Isolate::GetCurrent())),
-      entered_(context_) {}
+      entered_(context_) {
+  sendHeldRecords();
+}
 
 v8::Local<v8::Object> TemporaryContext::newObject() const {
   return v8::Object::New(v8::Isolate::GetCurrent());

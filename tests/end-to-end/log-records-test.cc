@@ -54,6 +54,51 @@ TEST_F(LogRecordsTest, standardErrorHasItWhole) {
               testing::HasSubstr("MESSAGE: JSLOG: " + std::string(kLetters, 'x') + "\nMESSAGE: "));
 }
 
+// Records that wait for each other must not wait for a script.
+TEST_F(LogRecordsTest, aScriptThatSpinsHasSaidAllBefore) {
+  Guest guest = invite("log('granted'); morvik.led.light('red'); log('spins'); for (;;);");
+  guest.grant();
+  guest.app.waitForLog("JSLOG: spins");
+  const auto texts = guest.app.texts();
+  EXPECT_THAT(texts, testing::IsSupersetOf({"calling interactiveMode function", "JSLOG: granted",
+                                            "LED Light: color[red]"}));
+  EXPECT_EQ(texts.back(), "JSLOG: spins");
+}
+
+// Whoever has a message finds it in the log: nothing that the device does is faster.
+TEST_F(LogRecordsTest, theLogHasAMessageBeforeTheDevice) {
+  Guest guest = invite("morvik.led.light('red');");
+  guest.grant();
+  const std::string sent = guest.device.receive().id();
+  EXPECT_THAT(host().texts(guest.app.pid()).back(), testing::HasSubstr(sent));
+}
+
+TEST_F(LogRecordsTest, whatWasSaidSurvivesAKill) {
+  Guest guest = invite("morvik.led.light('red');");
+  guest.grant();
+  guest.device.receive();
+  kill(guest.app.pid(), SIGKILL);
+  waitUntilReaped(guest.app, 0);
+  EXPECT_THAT(guest.app.texts().back(), testing::StartsWith("Sending MSG\n"));
+}
+
+// A frame that does not go on leaves the application waiting, and what was said of it is there.
+TEST_F(LogRecordsTest, aFrameThatStopsHalfWayIsToldOf) {
+  Guest guest = invite("log('granted');");
+  guest.grant();
+  guest.app.waitForLog("JSLOG: granted");
+  guest.device.sendBytes(std::string("\0\0\0\10ab", 6));
+  guest.app.waitForLogTimes("message received", 2);
+}
+
+// A refusal ends the process within the turn that the records of the answer wait for.
+TEST_F(LogRecordsTest, anEndWithinATurnLosesNoRecord) {
+  Guest guest = invite("log('never');");
+  const Exit exit = endOf(guest.app, [&] { guest.device.reply(guest.start, "ERROR"); });
+  EXPECT_EQ(exit, exited(1));
+  EXPECT_EQ(guest.app.texts().back(), "Interactive mode is not valid: EXIT !");
+}
+
 // On standard error, the second line looks like one of the launcher's. The record tells who wrote
 // it.
 TEST_F(LogRecordsTest, aForgedLineStaysInTheRecordOfItsWriter) {

@@ -20,6 +20,9 @@ struct SystemLine {
 };
 std::vector<SystemLine> systemLines;
 
+// Where no daemon of the system log listens.
+constexpr const char* kNobody = "/nowhere";
+
 struct Opened {
   std::string ident;
   int options = 0;
@@ -182,9 +185,9 @@ TEST_F(LoggingTest, aMessageWithoutATextStillSpeaks) {
 TEST_F(LoggingTest, openingNamesTheProgramAndTakesEveryMessage) {
   LaunchOptions options;
   options.debug = 5;
-  openLog(options);
+  openLog(options, kNobody);
   EXPECT_EQ(opened.ident, "MorvikVM");
-  EXPECT_EQ(opened.options, LOG_PID | LOG_CONS | LOG_NDELAY);
+  EXPECT_EQ(opened.options, LOG_PID | LOG_CONS);
   EXPECT_EQ(opened.facility, LOG_LOCAL1);
 
   testing::internal::CaptureStderr();
@@ -194,6 +197,17 @@ TEST_F(LoggingTest, openingNamesTheProgramAndTakesEveryMessage) {
   g_log("AnotherDomain", G_LOG_LEVEL_DEBUG, "three");
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "MESSAGE: one\nDEBUG: three\n");
   EXPECT_EQ(systemLines.size(), 3U);
+}
+
+// The C library tells the console then.
+TEST_F(LoggingTest, withoutADaemonTheLibraryGetsEachRecordOnce) {
+  openSystemLog(kNobody);
+  const std::string text(100, 'x');
+  writeRecord(LOG_WARNING, text, "y");
+  ASSERT_EQ(systemLines.size(), 1U);
+  EXPECT_EQ(systemLines[0].priority, LOG_WARNING);
+  EXPECT_EQ(systemLines[0].text, text + "y");
+  closeSystemLog();
 }
 
 TEST_F(LoggingTest, theProgramsDomainIsItsName) {
@@ -206,7 +220,7 @@ TEST_F(LoggingTest, theProgramsDomainIsItsName) {
 
 void dieOfAnError() {
   static LaunchOptions options;
-  openLog(options);
+  openLog(options, kNobody);
   g_error("cannot go on");
 }
 
@@ -219,7 +233,7 @@ TEST_F(LoggingTest, anEndWithoutMemoryLooksTheSame) {
   static LaunchOptions quiet;
   quiet.debug = 0;
   const auto end = [] {
-    openLog(quiet);
+    openLog(quiet, kNobody);
     endFatally("cannot go on");
   };
   EXPECT_EXIT(end(), testing::KilledBySignal(SIGTRAP), "^$");

@@ -24,7 +24,7 @@ inline void takeAll() {
 template <typename Use>
 void exhaustAnd(Use use) {
   static LaunchOptions options;
-  openLog(options);
+  openLog(options, "/nowhere");
   limitMemory();
   takeAll();
   use();
