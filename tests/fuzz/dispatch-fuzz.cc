@@ -29,6 +29,7 @@ constexpr char kLook[] = R"(
     for (const argument of arguments) { log(JSON.stringify(argument)); log(String(argument)); }
     return true;
   };
+  tell.onMessage = tell;  // the form of a listener on serial ports
 )";
 constexpr const char* kListeners[] = {"button.addListener", "ears.addListener",
                                       "m2m.addListener",    "multimedia.addListener",
