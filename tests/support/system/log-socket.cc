@@ -5,6 +5,7 @@
 #include <sys/un.h>
 #include <syslog.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
@@ -60,11 +61,19 @@ LogRecord parseRecord(const std::string& datagram) {
   return record;
 }
 
+bool isNews(std::string_view datagram) {
+  constexpr std::string_view kNews[] = {
+      "]: JSLOG: ", "]: running app: ", "]: end process: ", "AUTOKILL", " mark["};
+  return std::ranges::any_of(
+      kNews, [&](std::string_view news) { return datagram.find(news) != std::string_view::npos; });
+}
+
 }  // namespace
 
-LogSocket::LogSocket(const std::filesystem::path& folder)
+LogSocket::LogSocket(const std::filesystem::path& folder, bool onlyNews)
     : folder_(folder),
-      devices_(folder / "dev") {
+      devices_(folder / "dev"),
+      onlyNews_(onlyNews) {
   for (const std::string node : kNodes) nodes_.emplace_back("/dev/" + node, devices_ / node);
   prepareNodes();
   reader_ = std::make_unique<BackgroundReader>(boundTo(folder_ / "log"),
@@ -88,17 +97,24 @@ const char* LogSocket::enterNamespace() const {
 }
 
 void LogSocket::take(std::string_view datagram) {
-  if (datagram.empty()) return;
+  if (datagram.empty() || (onlyNews_ && !isNews(datagram))) return;
   records_.change([record = parseRecord(std::string(datagram))](std::vector<LogRecord>& records) {
     records.push_back(record);
   });
 }
 
 LogRecord LogSocket::await(std::string_view what, const LogMatcher& matches) const {
-  std::size_t seen = 0;  // each record is looked at once
+  std::size_t seen = 0;
+  return awaitFrom(seen, what, matches);
+}
+
+LogRecord LogSocket::awaitFrom(std::size_t& seen, std::string_view what,
+                               const LogMatcher& matches) const {
   const auto record = records_.await<LogRecord>([&](const std::vector<LogRecord>& records) {
-    for (; seen < records.size(); ++seen)
-      if (matches(records[seen])) return std::optional(records[seen]);
+    while (seen < records.size()) {
+      const LogRecord& next = records[seen++];  // each record is looked at once
+      if (matches(next)) return std::optional(next);
+    }
     return std::optional<LogRecord>();
   });
   if (!record) throw std::runtime_error("never logged: " + std::string(what));

@@ -29,8 +29,9 @@ using LogMatcher = std::function<bool(const LogRecord&)>;
 
 class LogSocket {
  public:
-  // Makes the socket and all that the namespace needs below `folder`, which must outlive it.
-  explicit LogSocket(const std::filesystem::path& folder);
+  // Makes the socket and all that the namespace needs below `folder`, which must outlive it. With
+  // `onlyNews` it keeps what scripts say, and how processes come and go, and forgets the rest.
+  explicit LogSocket(const std::filesystem::path& folder, bool onlyNews = false);
 
   // For the process that becomes the program, between fork and exec: enters a mount namespace
   // where /dev holds the usual nodes and this socket as `log`. Gives null, or the name of the step
@@ -40,6 +41,9 @@ class LogSocket {
   // The first record that matches, of those that came already or come in time; throws with `what`
   // otherwise.
   LogRecord await(std::string_view what, const LogMatcher& matches) const;
+
+  // The same of the records from `seen` on, which then counts those that were looked at.
+  LogRecord awaitFrom(std::size_t& seen, std::string_view what, const LogMatcher& matches) const;
 
   // Every record that was sent before this call.
   std::vector<LogRecord> records() const;
@@ -52,6 +56,7 @@ class LogSocket {
   std::filesystem::path devices_;
   std::vector<std::pair<std::string, std::string>> nodes_;  // from the real /dev, to ours
   mutable int marks_ = 0;
+  bool onlyNews_;
   Growing<std::vector<LogRecord>> records_;
   std::unique_ptr<BackgroundReader> reader_;
 };
