@@ -63,8 +63,7 @@ LogRecord parseRecord(const std::string& datagram) {
 }  // namespace
 
 LogSocket::LogSocket(const std::filesystem::path& folder)
-    : folder_(folder),
-      devices_(folder / "dev") {
+    : folder_(folder), devices_(folder / "dev") {
   for (const std::string node : kNodes) nodes_.emplace_back("/dev/" + node, devices_ / node);
   prepareNodes();
   reader_ = std::make_unique<BackgroundReader>(boundTo(folder_ / "log"),
