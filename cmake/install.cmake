@@ -7,8 +7,8 @@ set(MADE ${CMAKE_BINARY_DIR}/packaging)
 
 # The units of one launcher, and of each of many.
 function(configure_units name)
-  cmake_parse_arguments(PARSE_ARGV 1 "" "" "TITLE;FIFO;SERVER;APPLICATIONS;OWN_SETTINGS" "")
-  foreach(value TITLE FIFO SERVER APPLICATIONS OWN_SETTINGS)
+  cmake_parse_arguments(PARSE_ARGV 1 "" "" "TITLE;UNIT;FIFO;SERVER;APPLICATIONS;OWN_SETTINGS" "")
+  foreach(value TITLE UNIT FIFO SERVER APPLICATIONS OWN_SETTINGS)
     set(${value} "${_${value}}")
   endforeach()
   foreach(kind service socket)
@@ -27,10 +27,10 @@ string(CONCAT AWAY_FROM_THE_DEVICE
   "StateDirectory=morvik/%i\n"
   "# Photos and recordings are on the device, which is another machine.\n"
   "PrivateTmp=yes\n")
-configure_units(morvik TITLE "" FIFO /run/morvik/launch SERVER morvik-server
+configure_units(morvik TITLE "" UNIT morvik FIFO /run/morvik/launch SERVER morvik-server
                 APPLICATIONS /usr/morvik/apps OWN_SETTINGS "${ON_THE_DEVICE}")
-configure_units(morvik@ TITLE " (%i)" FIFO /run/morvik/%i/launch SERVER morvik-server@%i
-                APPLICATIONS /var/lib/morvik/%i OWN_SETTINGS "${AWAY_FROM_THE_DEVICE}")
+configure_units(morvik@ TITLE " (%i)" UNIT morvik@%i FIFO /run/morvik/%i/launch
+                SERVER morvik-server@%i APPLICATIONS /var/lib/morvik/%i OWN_SETTINGS "${AWAY_FROM_THE_DEVICE}")
 
 install(TARGETS morvikvm RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT morvik)
 install(FILES ${CMAKE_BINARY_DIR}/man/morvikvm.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT morvik)

@@ -6,8 +6,8 @@
 
 namespace morvik::test {
 
-/// Enters a mount namespace of the calling process's own, in which it may mount. Null, or the name of
-/// the step that failed; errno tells why. Allocates nothing, for use between fork and exec.
+/// Enters a mount namespace of the calling process's own, in which it may mount. Null, or the name
+/// of the step that failed; errno tells why. Allocates nothing, for use between fork and exec.
 const char* enterMountNamespace();
 
 /// Why no test can have a mount namespace here, for GTEST_SKIP; nothing where one can.

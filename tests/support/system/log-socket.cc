@@ -71,9 +71,7 @@ bool isNews(std::string_view datagram) {
 }  // namespace
 
 LogSocket::LogSocket(const std::filesystem::path& folder, bool onlyNews)
-    : folder_(folder),
-      devices_(folder / "dev"),
-      onlyNews_(onlyNews) {
+    : folder_(folder), devices_(folder / "dev"), onlyNews_(onlyNews) {
   for (const std::string node : kNodes) nodes_.emplace_back("/dev/" + node, devices_ / node);
   prepareNodes();
   reader_ = std::make_unique<BackgroundReader>(boundTo(folder_ / "log"),
