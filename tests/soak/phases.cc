@@ -6,7 +6,13 @@
 namespace morvik::test {
 namespace {
 
+// Between two looks at the memory: a fiftieth of the phase, and no more than an application on a
+// busy machine does while a test waits for it.
 constexpr long kLooks = 50;
+constexpr long kMostAtOnce = 20000;
+
+long shareOf(long count) { return std::clamp(count / kLooks, 1L, kMostAtOnce); }
+
 constexpr const char* kMark = "mark";
 
 HostOptions quietHost(const AppFolder& apps) {
@@ -99,7 +105,7 @@ void LongLife::look(Curve& curve, long done, long all) {
 template <typename Step>
 Curve LongLife::inSteps(const char* what, long count, Step step) {
   Curve curve(what);
-  const long share = std::max(count / kLooks, 1L);
+  const long share = shareOf(count);
   look(curve, 0, count);
   for (long done = 0; done < count;) {
     step(share);
@@ -180,7 +186,7 @@ Curve startsAndEnds(long count, const Progress& progress) {
     residents.back().grant(residents.back().receive());
   }
   Curve curve("starts and ends");
-  const long share = std::max(count / kLooks, 1L);
+  const long share = shareOf(count);
   for (long done = 0; done <= count; ++done) {
     if (done % share == 0) {
       curve.add(done, memoryOf(host.pid()));

@@ -17,7 +17,7 @@ namespace morvik::test {
 using Progress = std::function<void(const Curve& curve, long all)>;
 
 /// One application that lives through all phases. Each takes `count` of what it is about and looks
-/// at the application's memory some fifty times.
+/// at the application's memory fifty times or more.
 class LongLife {
  public:
   explicit LongLife(Progress progress);
