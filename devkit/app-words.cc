@@ -24,7 +24,7 @@ Words splitLine(std::string_view line) {
   int count = 0;
   char** parsed = nullptr;
   if (g_shell_parse_argv(std::string(line).c_str(), &count, &parsed, nullptr) == FALSE) return {};
-  const std::unique_ptr<char*, Release<g_strfreev>> owned(parsed);
+  const GTexts owned(parsed);
   return {parsed, parsed + count};
 }
 

@@ -46,6 +46,13 @@ const Verb* find(const char* name) {
   return found != std::end(kVerbs) ? found : nullptr;
 }
 
+bool asksForVersion(const char* argument) { return std::strcmp(argument, "--version") == 0; }
+
+int showVersion() {
+  std::puts("morvik-dev " MORVIK_VERSION);
+  return 0;
+}
+
 int refuseVerb(const char* name) {
   std::fprintf(stderr, "morvik-dev: there is no verb %s. morvik-dev help lists them.\n", name);
   return kUsageError;
@@ -58,7 +65,9 @@ int showVerbs() {
   for (const Verb& verb : kVerbs) {
     if (verb.purpose != nullptr) std::printf("  %-8s  %s\n", verb.name, verb.purpose);
   }
-  std::puts("\nmorvik-dev help VERB tells more about one of them, and so does VERB --help.");
+  std::puts(
+      "\nmorvik-dev help VERB tells more about one of them, and so does VERB --help.\n"
+      "morvik-dev --version tells the version.");
   return 0;
 }
 
@@ -80,6 +89,7 @@ int main(int argc, char** argv) {
   std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
   if (argc < 2) return showVerbs();
   if (asksForHelp(argv[1])) return help(argc - 1, argv + 1);
+  if (asksForVersion(argv[1])) return showVersion();
   const Verb* verb = find(argv[1]);
   return verb != nullptr ? verb->run(argc - 1, argv + 1) : refuseVerb(argv[1]);
 }

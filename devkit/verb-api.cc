@@ -83,7 +83,7 @@ int runApi(int argc, char** argv) {
       {G_OPTION_REMAINING, 0, 0, G_OPTION_ARG_STRING_ARRAY, &asked.names, nullptr, nullptr},
       {}};
   const auto status = readOptions(kHelp, entries, argc, argv);
-  const std::unique_ptr<char*, Release<g_strfreev>> names(asked.names);
+  const GTexts names(asked.names);
   const GText document(asked.document);
   if (status) return *status;
   if (names && g_strv_length(names.get()) > 1)

@@ -65,7 +65,7 @@ int runCheck(int argc, char** argv) {
       {G_OPTION_REMAINING, 0, 0, G_OPTION_ARG_FILENAME_ARRAY, &folders, nullptr, nullptr},
       {}};
   const auto status = readOptions(kHelp, entries, argc, argv);
-  const std::unique_ptr<char*, Release<g_strfreev>> owned(folders);
+  const GTexts owned(folders);
   if (status) return *status;
   if (!owned) return refuseUsage(kHelp.name, "which folder?");
   return checkAll(owned.get(), json != FALSE);

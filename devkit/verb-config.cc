@@ -251,7 +251,7 @@ int runConfig(int argc, char** argv) {
   const auto status = readOptions(kHelp, entries, argc, argv);
   const GText outputOwned(output);
   const GText formOwned(form);
-  const std::unique_ptr<char*, Release<g_strfreev>> owned(words);
+  const GTexts owned(words);
   if (status) return *status;
   asked.output = output != nullptr ? output : "";
   asked.form = form != nullptr ? form : "";

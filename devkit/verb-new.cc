@@ -65,7 +65,7 @@ int runNew(int argc, char** argv) {
       {}};
   const auto status = readOptions(kHelp, entries, argc, argv);
   const GText chosenOwned(chosen);
-  const std::unique_ptr<char*, Release<g_strfreev>> folders(names);
+  const GTexts folders(names);
   if (status) return *status;
   if (list != FALSE) return listTemplates();
   if (!folders || g_strv_length(folders.get()) != 1)

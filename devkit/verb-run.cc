@@ -87,7 +87,7 @@ std::string taken(char* text, const std::string& otherwise = "") {
 }
 
 std::vector<std::string> taken(char** texts) {
-  const std::unique_ptr<char*, Release<g_strfreev>> owned(texts);
+  const GTexts owned(texts);
   std::vector<std::string> taken;
   for (char** text = texts; text != nullptr && *text != nullptr; ++text) taken.emplace_back(*text);
   return taken;

@@ -248,8 +248,8 @@ int runSim(int argc, char** argv) {
       {G_OPTION_REMAINING, 0, 0, G_OPTION_ARG_STRING_ARRAY, &words, nullptr, nullptr},
       {}};
   const auto status = readOptions(simHelp(), entries, argc, argv);
-  const std::unique_ptr<char*, Release<g_strfreev>> waitsOwned(waits);
-  const std::unique_ptr<char*, Release<g_strfreev>> wordsOwned(words);
+  const GTexts waitsOwned(waits);
+  const GTexts wordsOwned(words);
   if (status) return *status;
   plan.line = lineFrom(words);
   plan.watch = watches != FALSE;

@@ -56,7 +56,7 @@ struct TestOrder {
   GText junit;
   GText pattern;
   GText host;
-  std::unique_ptr<char*, Release<g_strfreev>> words;
+  GTexts words;
   GPattern wanted = {};
 };
 

@@ -89,7 +89,7 @@ int runTypes(int argc, char** argv) {
       {G_OPTION_REMAINING, 0, 0, G_OPTION_ARG_FILENAME_ARRAY, &words, nullptr, nullptr},
       {}};
   const auto status = readOptions(kHelp, entries, argc, argv);
-  const std::unique_ptr<char*, Release<g_strfreev>> folders(words);
+  const GTexts folders(words);
   if (status) return *status;
   if (!folders || g_strv_length(folders.get()) != 1)
     return refuseUsage(kHelp.name, "takes one folder");

@@ -68,7 +68,7 @@ int runWhy(int argc, char** argv) {
       {G_OPTION_REMAINING, 0, 0, G_OPTION_ARG_FILENAME_ARRAY, &names, nullptr, "[APP]"},
       {}};
   const auto status = readOptions(kHelp, entries, argc, argv);
-  const std::unique_ptr<char*, Release<g_strfreev>> apps(names);
+  const GTexts apps(names);
   if (status) return *status;
   if (apps && g_strv_length(apps.get()) > 1) {
     return refuseUsage(kHelp.name, "takes one application at most");

@@ -29,7 +29,7 @@ std::string_view toolboxFile(const std::string& path) {
 }
 
 std::vector<std::string> toolboxFolder(const std::string& path) {
-  const std::unique_ptr<char*, Release<g_strfreev>> children(g_resource_enumerate_children(
+  const GTexts children(g_resource_enumerate_children(
       morvikToolbox_get_resource(), (kRoot + path).c_str(), G_RESOURCE_LOOKUP_FLAGS_NONE, nullptr));
   std::vector<std::string> names;
   for (char** name = children.get(); name != nullptr && *name != nullptr; ++name) {

@@ -15,6 +15,7 @@ struct Release {
 template <class Object>
 using GOwned = std::unique_ptr<Object, Release<g_object_unref>>;
 using GText = std::unique_ptr<char, Release<g_free>>;
+using GTexts = std::unique_ptr<char*, Release<g_strfreev>>;  ///< up to a null
 using GDate = std::unique_ptr<GDateTime, Release<g_date_time_unref>>;
 using GSourceOwned = std::unique_ptr<GSource, Release<g_source_unref>>;
 using GLoop = std::unique_ptr<GMainLoop, Release<g_main_loop_unref>>;

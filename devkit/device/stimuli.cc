@@ -78,7 +78,7 @@ void showHelp(Stimulation& stimulation) {
   for (const Stimulus* stimulus : stimuli()) stimulation.tell(helpOn(*stimulus));
 }
 
-using CWords = std::unique_ptr<char*, Release<g_strfreev>>;
+using CWords = GTexts;
 
 // Up to its value, which may be a secret on a line whose first word was forgotten.
 std::string nameIn(const std::string& word) { return word.substr(0, word.find('=')); }

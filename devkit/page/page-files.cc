@@ -43,9 +43,8 @@ std::optional<PageFile> pageFile(std::string_view name) {
 }
 
 std::vector<std::string> pageModules() {
-  using Names = std::unique_ptr<char*, Release<g_strfreev>>;
-  const Names all(g_resource_enumerate_children(morvikPage_get_resource(), "/page/",
-                                                G_RESOURCE_LOOKUP_FLAGS_NONE, nullptr));
+  const GTexts all(g_resource_enumerate_children(morvikPage_get_resource(), "/page/",
+                                                 G_RESOURCE_LOOKUP_FLAGS_NONE, nullptr));
   std::vector<std::string> modules;
   for (char** name = all.get(); name != nullptr && *name != nullptr; ++name) {
     if (std::string_view(*name).ends_with(".js")) modules.emplace_back(*name);

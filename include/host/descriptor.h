@@ -3,7 +3,9 @@
 
 #include <v8.h>
 
+#include <cstddef>
 #include <memory>
+#include <string>
 
 #include "host/owned-xml.h"
 
@@ -18,8 +20,17 @@ struct Descriptor {
   XmlQueryResult accesses;  ///< the /descriptor/accesses/access elements; released before doc
 };
 
-/// Reads descriptor.xml from the application's folder. One that is missing or not well-formed ends
-/// the process with status 0.
+/// The largest descriptor.xml, in bytes. One that grants everything has a hundredth of it; the XML
+/// library, which compares every attribute of an element with all before it, reads the worst that
+/// fits in less than a second.
+inline constexpr std::size_t kMaxDescriptor = 65536;
+
+/// Reads a descriptor. Null for a file that cannot be read, is not well-formed, is larger than
+/// kMaxDescriptor, or is compressed; standard error has the reason.
+std::unique_ptr<Descriptor> readDescriptor(const std::string& path);
+
+/// Reads descriptor.xml from the application's folder. One for which readDescriptor has none
+/// ends the process with status 0.
 std::unique_ptr<Descriptor> loadDescriptor(const MorvikData& instance);
 
 /// The access elements of a descriptor's document.

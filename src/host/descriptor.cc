@@ -4,16 +4,39 @@
 #include <glib.h>
 #include <libxml/parser.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include "host/app-path.h"
+#include "host/owned.h"
 #include "host/script.h"
 
 namespace morvik {
 namespace {
 
 constexpr const char* kAccessElements = "/descriptor/accesses/access";
+
+// The file's bytes as they are. The library's own reading of files would unpack one that is
+// compressed, and a few kilobytes become as many gigabytes.
+XmlDocument parseDescriptor(std::FILE* file, const std::string& path) {
+  std::string bytes(kMaxDescriptor + 1, '\0');
+  bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file));
+  if (bytes.size() <= kMaxDescriptor) {
+    const auto size = static_cast<int>(bytes.size());
+    return XmlDocument(xmlReadMemory(bytes.data(), size, path.c_str(), nullptr, 0));
+  }
+  std::fprintf(stderr, "%s: larger than %zu bytes\n", path.c_str(), kMaxDescriptor);
+  return nullptr;
+}
+
+// What the library has to say of a broken file it says on standard error by itself; of one that
+// cannot be opened too, when it is asked for that.
+XmlDocument documentAt(const std::string& path) {
+  const File file(std::fopen(path.c_str(), "r"));
+  return file ? parseDescriptor(file.get(), path)
+              : XmlDocument(xmlReadFile(path.c_str(), nullptr, 0));
+}
 
 // Stands in the place of a function that the descriptor does not grant. It ends the process, where
 // an exception would let the script go on as if it had been granted something.
@@ -33,16 +56,21 @@ XmlQueryResult findAccesses(xmlDoc* doc) {
       xmlXPathEvalExpression(reinterpret_cast<const xmlChar*>(kAccessElements), query.get()));
 }
 
+std::unique_ptr<Descriptor> readDescriptor(const std::string& path) {
+  auto descriptor = std::make_unique<Descriptor>();
+  descriptor->doc = documentAt(path);
+  if (!descriptor->doc) return nullptr;
+  descriptor->root = xmlDocGetRootElement(descriptor->doc.get());
+  descriptor->accesses = findAccesses(descriptor->doc.get());
+  return descriptor;
+}
+
 std::unique_ptr<Descriptor> loadDescriptor(const MorvikData& instance) {
   const std::string path = appPath(instance, "descriptor.xml", kStartPathSize);
   g_debug("searching descriptor: %s", path.c_str());
   g_debug("loading descriptor");
-  auto descriptor = std::make_unique<Descriptor>();
-  // What the library has to say of a broken file it says on standard error by itself.
-  descriptor->doc.reset(xmlReadFile(path.c_str(), nullptr, 0));
-  if (!descriptor->doc) std::exit(0);  // no word of our own: to the launcher a normal end
-  descriptor->root = xmlDocGetRootElement(descriptor->doc.get());
-  descriptor->accesses = findAccesses(descriptor->doc.get());
+  auto descriptor = readDescriptor(path);
+  if (!descriptor) std::exit(0);  // no word of our own: to the launcher a normal end
   return descriptor;
 }
 

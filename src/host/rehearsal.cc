@@ -16,7 +16,6 @@
 #include "host/globals.h"
 #include "host/morvik-data.h"
 #include "host/object-tree.h"
-#include "host/owned-xml.h"
 #include "host/script.h"
 #include "host/uuid.h"
 
@@ -91,12 +90,6 @@ void passMessage() {
   received.DebugString();
 }
 
-// A file that is empty: opening it is what counts.
-void openFile() {
-  [[maybe_unused]] const XmlDocument nothing(
-      xmlReadFile("/dev/null", nullptr, XML_PARSE_NOERROR | XML_PARSE_NOWARNING));
-}
-
 // A loop of its own: the usual one has a descriptor that no two processes may share.
 void runLoop() {
   GMainContext* context = g_main_context_new();
@@ -121,7 +114,6 @@ void runLoop() {
 void rehearse() {
   dl_iterate_phdr(dropUnwritten, nullptr);
   newUuid();
-  openFile();
   runLoop();
   runScript();
   passMessage();

@@ -16,6 +16,11 @@ void RunPageTest::run(const std::vector<std::string>& words) {
   openPage();
 }
 
+void RunPageTest::TearDown() {
+  if (HasFailure() && run_) ADD_FAILURE() << "the program said:\n" << run_->program().output();
+  BrowserTest::TearDown();
+}
+
 void RunPageTest::expectState(const std::string& app, const std::string& state) {
   expectThere(cardOf(app) + "[data-state=" + state + "]");
 }

@@ -14,6 +14,9 @@ namespace morvik::test {
 
 class RunPageTest : public BrowserTest {
  protected:
+  // What the program said stands with a failure.
+  void TearDown() override;
+
   /// Makes an application, or another main.js for one that is there.
   std::filesystem::path write(const std::string& app, const std::string& script,
                               const std::string& accesses = "");

@@ -1,4 +1,6 @@
 // Applications on the real host, run from their folders, and what the page shows and does of them.
+#include <utility>
+
 #include "looks.h"
 #include "run-page-fixture.h"
 #include "support/browser/said.h"
@@ -214,8 +216,47 @@ TEST_F(PageOfARun, behindARelayShowsWhatTheRealDeviceDoes) {
   expectLed("rgb(255, 0, 0)");
 }
 
-// Told so by another page, this one does nothing else until that lets it go on, by a cookie: those
-// are read where they are kept, past the page's own events.
+// A page that does nothing else, from when another one tells it to begin until that lets it go on:
+// by a cookie, as those are read where they are kept, past the page's own events.
+class BusyPage {
+ public:
+  BusyPage(WebDriver& driver, std::string window) : driver_(driver), window_(std::move(window)) {
+    driver_.run(
+        "new BroadcastChannel('work').onmessage = () => {"
+        "  while (!document.cookie.includes('go=on')) {}"
+        "  window.wasBusy = true; };");
+  }
+  // Whatever a test comes to: the browser is needed by those behind it.
+  ~BusyPage() {
+    try {
+      release();
+    } catch (const WebDriverError&) {  // a browser that is gone already
+    }
+  }
+  BusyPage(const BusyPage&) = delete;
+  BusyPage& operator=(const BusyPage&) = delete;
+
+  // In another window.
+  void begin() { driver_.run("new BroadcastChannel('work').postMessage('begin');"); }
+
+  // Comes back to its window.
+  void goOn() {
+    release();
+    driver_.switchTo(window_);
+    driver_.waitFor("window.wasBusy");
+    driver_.run("document.cookie = 'go=on; path=/; max-age=0';");
+  }
+
+ private:
+  void release() {
+    if (!std::exchange(isReleased_, true)) driver_.run("document.cookie = 'go=on; path=/';");
+  }
+
+  WebDriver& driver_;
+  std::string window_;
+  bool isReleased_ = false;
+};
+
 TEST_F(PageOfARun, oneThatIsBusyHarmsNobodyAndCatchesUp) {
   run({write("app", interactiveScript(R"js(
          var letters = new Array(1001).join('x');
@@ -233,21 +274,15 @@ TEST_F(PageOfARun, oneThatIsBusyHarmsNobodyAndCatchesUp) {
        )js"),
              kLedAndButton)});
   expectLogged("ready");
-  driver_.run(
-      "new BroadcastChannel('work').onmessage = () => {"
-      "  while (!document.cookie.includes('go=on')) {}"
-      "  window.wasBusy = true; };");
+  BusyPage busy(driver_, window_);
   driver_.openWindow();
   openPage();
-  driver_.run("new BroadcastChannel('work').postMessage('begin');");
+  busy.begin();
   driver_.click("#button");
   expectLogged("all is said");
   expectLed("rgb(0, 255, 0)");
   expectState("app", "interactive");
-  driver_.run("document.cookie = 'go=on; path=/';");
-  driver_.switchTo(window_);
-  expect("window.wasBusy");
-  driver_.run("document.cookie = 'go=on; path=/; max-age=0';");
+  busy.goOn();
   expectLed("rgb(0, 255, 0)");
   expectText("#panel-log .left-out", "were left out, for this page did not keep up");
   driver_.click("[data-press=DOUBLE]");

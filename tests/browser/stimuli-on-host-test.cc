@@ -44,6 +44,7 @@ struct HeardRow {
   const char* before;     // what the script does first; it then says "does it", or nothing
   const char* after;      // the same behind the stimulus
   const char* heard;      // a part of a line of the log; empty where no script can hear of it
+  bool isItsEnd = false;  // the application ends of it
 };
 
 // In this order: each row finds the device as the rows before have left it, and the application
@@ -84,7 +85,7 @@ constexpr HeardRow kRows[] = {
     {"apps", "{}", "", "", ""},
     {"state", "{}", "", "", ""},
     {"stop", "{}", "", "", "interactive mode stopped, autokill in "},
-    {"drop", "{}", "", "", "it was told to drop it"},
+    {"drop", "{}", "", "", "it was told to drop it", true},
     {"noise", "{}", R"js(morvik.asr.string("<g/>", "en", tell("asr")))js", "",
      "a recognition result without a recognition"},
 };
@@ -122,6 +123,7 @@ class EveryStimulusOnTheHost : public RunPageTest {
     }
     letScriptDo(row.after);
     if (*row.heard != '\0') expectHeard(row.heard);
+    if (row.isItsEnd) expectState("app", "ended");
   }
 };
 

@@ -15,10 +15,14 @@ using Kind = ClientEvent::Kind;
 bool anyEvent(const ClientEvent& /*event*/) { return true; }
 bool noNewcomer(const ClientEvent& event) { return event.kind != Kind::kCame; }
 
+void putNewcomerWhoSays(ClientQueue& queue, const std::string& text) {
+  queue.put({.kind = Kind::kCame, .text = ""});
+  queue.put({.kind = Kind::kSaid, .text = text});
+}
+
 TEST(ClientQueue, givesEventsInTheirOrder) {
   ClientQueue queue;
-  queue.put({.kind = Kind::kCame, .text = ""});
-  queue.put({.kind = Kind::kSaid, .text = "one"});
+  putNewcomerWhoSays(queue, "one");
   ClientEvent event;
   EXPECT_TRUE(queue.take(anyEvent, event));
   EXPECT_EQ(event.kind, Kind::kCame);
@@ -28,8 +32,7 @@ TEST(ClientQueue, givesEventsInTheirOrder) {
 
 TEST(ClientQueue, leavesWhatMayNotBeTakenWhereItIs) {
   ClientQueue queue;
-  queue.put({.kind = Kind::kCame, .text = ""});
-  queue.put({.kind = Kind::kSaid, .text = "behind"});
+  putNewcomerWhoSays(queue, "behind");
   ClientEvent event;
   EXPECT_FALSE(queue.take(noNewcomer, event));
   EXPECT_TRUE(queue.take(anyEvent, event));

@@ -47,6 +47,28 @@ class FolderWatchTest : public ::testing::Test {
     return change;
   }
 
+  // Ten times in a second. Counts the `saves` that were made before a change was told. Says whether
+  // a pause was long enough for a rest, or all of them too long for one change.
+  bool saveTenTimes(int& saves) {
+    using Clock = std::chrono::steady_clock;
+    const auto first = Clock::now();
+    auto last = first;
+    bool rested = false;
+    saves = 0;
+    Doing saveAgain = [&] {
+      rested = rested || Clock::now() - last >= kQuietAfterSave;
+      write(folder_ / "main.js", "log(" + std::to_string(++saves) + ");");
+      last = Clock::now();
+      return saves < 10;
+    };
+    constexpr guint kPauseMs = 100;
+    const GSourceOwned clock(g_timeout_source_new(kPauseMs));
+    g_source_set_callback(clock.get(), goOn, &saveAgain, nullptr);
+    g_source_attach(clock.get(), loop_.context());
+    EXPECT_TRUE(loop_.runUntil([this, &saves] { return saves == 10 || !changes_.empty(); }));
+    return rested || last - first >= kLongestChange;
+  }
+
   // As editors do that never leave half a file behind.
   void saveByRename(const std::string& name, const std::string& text) {
     write(folder_ / (name + ".new"), text);
@@ -84,19 +106,20 @@ TEST_F(FolderWatchTest, tellsTenSavesAsOne) {
   EXPECT_THAT(nextChange(), ElementsAre("last.js"));
 }
 
+// A machine that stands still between two saves makes two changes of them, rightly: then the ten
+// are saved again.
 TEST_F(FolderWatchTest, tellsTenSavesOfOneSecondAsOne) {
   watch();
-  int save = 0;
-  Doing saveAgain = [&] {
-    write(folder_ / "main.js", "log(" + std::to_string(++save) + ");");
-    return save < 10;
-  };
-  constexpr guint kPauseMs = 100;
-  const GSourceOwned clock(g_timeout_source_new(kPauseMs));
-  g_source_set_callback(clock.get(), goOn, &saveAgain, nullptr);
-  g_source_attach(clock.get(), loop_.context());
-  EXPECT_THAT(nextChange(), ElementsAre("main.js"));
-  EXPECT_EQ(save, 10);
+  int saves = 0;
+  bool cameToRest = true;
+  for (int tries = 0; cameToRest && tries < 5; ++tries) {
+    changes_.clear();
+    cameToRest = saveTenTimes(saves);
+    EXPECT_TRUE(loop_.runUntil([this] { return !changes_.empty(); })) << "no change was told";
+  }
+  EXPECT_FALSE(cameToRest) << "the machine never had a second for it";
+  EXPECT_EQ(saves, 10);
+  EXPECT_THAT(changes_, ElementsAre(ElementsAre("main.js")));
 }
 
 TEST_F(FolderWatchTest, seesWhatIsBelow) {

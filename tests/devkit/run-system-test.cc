@@ -9,6 +9,7 @@
 #include "desk-fixture.h"
 #include "pty-program.h"
 #include "support/file-content.h"
+#include "support/machine.h"
 #include "support/matchers.h"
 #include "support/program.h"
 
@@ -99,6 +100,10 @@ class RunBesideSystemLog : public DeskTest {
   RunBesideSystemLog() {
     fs::create_directory(devices());
     fs::create_symlink("/proc/self/fd", devices() / "fd");
+  }
+
+  void SetUp() override {
+    if (const auto& lack = lackOfMountNamespaces()) GTEST_SKIP() << *lack;
   }
 
   fs::path devices() const { return folder_.path() / "dev"; }

@@ -286,6 +286,7 @@ class Conversations : public SystemTest,
                       public testing::WithParamInterface<Conversation> {
  protected:
   void SetUp() override {
+    SystemTest::SetUp();
     std::filesystem::copy(SOURCE_DIR "/apps", apps.path(),
                           std::filesystem::copy_options::recursive);
     std::filesystem::remove(apps.path() + "/button-game/best.txt");  // somebody played before

@@ -136,6 +136,28 @@ TEST_F(DescriptorTest, oneThatCannotBeReadEndsTheProcessAsIfNothingWereWrong) {
   EXPECT_EXIT(loadLogging(instance), ExitedWithCode(0), "DEBUG loading descriptor\n");
 }
 
+// "<descriptor/>", as gzip packs it. What is packed may be gigabytes when it is unpacked.
+TEST_F(DescriptorTest, oneThatIsCompressedIsNotUnpacked) {
+  constexpr char kPacked[] =
+      "\x1f\x8b\x08\0\0\0\0\0\x02\x03\xb3\x49\x49\x2d\x4e\x2e\xca\x2c\x28\xc9\x2f\xd2\xb7\x03"
+      "\0\x19\x56\x96\xf0\x0d\0\0";
+  files.write("descriptor.xml", {kPacked, sizeof kPacked});
+  EXPECT_EQ(readDescriptor(files.path("descriptor.xml")), nullptr);
+}
+
+TEST_F(DescriptorTest, oneThatIsTooLargeIsNotRead) {
+  constexpr std::string_view kRoot = "<descriptor/>";
+  const std::string path = files.path("descriptor.xml");
+  files.write("descriptor.xml",
+              std::string(kRoot) + std::string(kMaxDescriptor - kRoot.size(), ' '));
+  EXPECT_NE(readDescriptor(path), nullptr);
+  files.write("descriptor.xml",
+              std::string(kRoot) + std::string(kMaxDescriptor - kRoot.size() + 1, ' '));
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(readDescriptor(path), nullptr);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), path + ": larger than 65536 bytes\n");
+}
+
 TEST_F(DescriptorTest, aPathThatIsTooLongIsCut) {
   instance.appName = std::string(300, 'n');
   EXPECT_EXIT(loadLogging(instance), ExitedWithCode(0),

@@ -11,9 +11,10 @@ namespace {
 
 using Json = WebDriver::Json;
 
-// How long a test waits for what must come. A passing test never waits that long.
-constexpr int kPatienceMs = 20000;
-constexpr long kAnswerPatienceMs = 120000;
+// How long a test waits for what must come. A passing test never waits that long, but where many
+// share a processor a browser takes its time.
+constexpr int kPatienceMs = 60000;
+constexpr long kAnswerPatienceMs = 180000;
 
 // How the protocol marks an element.
 constexpr const char* kElementKey = "element-6066-11e4-a52e-4f735466cecf";

@@ -98,7 +98,7 @@ std::ostream& operator<<(std::ostream& stream, const Exit& exit) {
   return stream << "exited with " << exit.code;
 }
 
-HostProcess::HostProcess(const HostOptions& options) : log_(folder_.path()) {
+HostProcess::HostProcess(const HostOptions& options) : log_(folder_.path(), options.keepsOnlyNews) {
   // Applications that the launcher leaves behind become children of the test.
   prctl(PR_SET_CHILD_SUBREAPER, 1);
   signal(SIGPIPE, SIG_IGN);
@@ -159,6 +159,12 @@ LogRecord HostProcess::waitForLogTimes(std::string_view text, int times,
   return log_.await(text, [&](const LogRecord& record) {
     if (record.text == text && (!from || record.pid == *from)) ++seen;
     return seen == times;
+  });
+}
+
+LogRecord HostProcess::waitForNews(std::string_view part) {
+  return log_.awaitFrom(newsSeen_, part, [&](const LogRecord& record) {
+    return record.text.find(part) != std::string::npos;
   });
 }
 

@@ -24,6 +24,7 @@ struct HostOptions {
   std::optional<std::string> input = {};         // a file as standard input, not a pipe
   std::optional<unsigned> shortTimersFrom = {};  // shortens timers from this interval upwards
   bool forkFails = false;                        // every fork fails with EAGAIN
+  bool keepsOnlyNews = false;        // of the log: what scripts say, and how processes come and go
   bool lowDescriptorsTaken = false;  // every new descriptor is beyond what select can take
 };
 
@@ -58,6 +59,8 @@ class HostProcess {
   // Waits until so many records with this text came, of the process when one is given.
   LogRecord waitForLogTimes(std::string_view text, int times, std::optional<pid_t> from = {}) const;
   [[nodiscard]] std::vector<LogRecord> log() const { return log_.records(); }
+  // Waits for a record with this in its text that came after the one that the last such call gave.
+  LogRecord waitForNews(std::string_view part);
   // The texts of one process, in order.
   [[nodiscard]] std::vector<std::string> texts(pid_t from) const;
 
@@ -90,6 +93,7 @@ class HostProcess {
 
   TemporaryFolder folder_;
   LogSocket log_;
+  std::size_t newsSeen_ = 0;
   pid_t pid_ = -1;
   bool finished_ = false;
   Descriptor input_;

@@ -1,18 +1,19 @@
 #include "support/system/log-socket.h"
 
-#include <fcntl.h>
-#include <sched.h>
 #include <sys/mount.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <syslog.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
 #include <system_error>
+
+#include "support/machine.h"
 
 namespace morvik::test {
 namespace {
@@ -42,14 +43,6 @@ Descriptor boundTo(const std::filesystem::path& path) {
   return socket;
 }
 
-bool writeFile(const char* path, std::string_view text) {
-  const int file = open(path, O_WRONLY | O_CLOEXEC);
-  if (file < 0) return false;
-  const bool written = write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size());
-  close(file);
-  return written;
-}
-
 // "<PRI>Mmm dd hh:mm:ss ident[pid]: text"
 LogRecord parseRecord(const std::string& datagram) {
   LogRecord record;
@@ -68,13 +61,17 @@ LogRecord parseRecord(const std::string& datagram) {
   return record;
 }
 
+bool isNews(std::string_view datagram) {
+  constexpr std::string_view kNews[] = {
+      "]: JSLOG: ", "]: running app: ", "]: end process: ", "AUTOKILL", " mark["};
+  return std::ranges::any_of(
+      kNews, [&](std::string_view news) { return datagram.find(news) != std::string_view::npos; });
+}
+
 }  // namespace
 
-LogSocket::LogSocket(const std::filesystem::path& folder)
-    : folder_(folder),
-      devices_(folder / "dev"),
-      identityMap_(std::to_string(getuid()) + " " + std::to_string(getuid()) + " 1"),
-      groupMap_(std::to_string(getgid()) + " " + std::to_string(getgid()) + " 1") {
+LogSocket::LogSocket(const std::filesystem::path& folder, bool onlyNews)
+    : folder_(folder), devices_(folder / "dev"), onlyNews_(onlyNews) {
   for (const std::string node : kNodes) nodes_.emplace_back("/dev/" + node, devices_ / node);
   prepareNodes();
   reader_ = std::make_unique<BackgroundReader>(boundTo(folder_ / "log"),
@@ -89,14 +86,8 @@ void LogSocket::prepareNodes() const {
 }
 
 const char* LogSocket::enterNamespace() const {
-  const bool root = geteuid() == 0;
-  if (unshare(root ? CLONE_NEWNS : CLONE_NEWNS | CLONE_NEWUSER) != 0) return "unshare";
-  if (!root) {
-    if (!writeFile("/proc/self/setgroups", "deny")) return "setgroups";
-    if (!writeFile("/proc/self/uid_map", identityMap_)) return "uid_map";
-    if (!writeFile("/proc/self/gid_map", groupMap_)) return "gid_map";
-  }
-  if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) return "private mounts";
+  const char* failed = enterMountNamespace();
+  if (failed != nullptr) return failed;
   for (const auto& [from, to] : nodes_)
     if (mount(from.c_str(), to.c_str(), nullptr, MS_BIND, nullptr) != 0) return from.c_str();
   if (mount(devices_.c_str(), "/dev", nullptr, MS_BIND | MS_REC, nullptr) != 0) return "/dev";
@@ -104,17 +95,24 @@ const char* LogSocket::enterNamespace() const {
 }
 
 void LogSocket::take(std::string_view datagram) {
-  if (datagram.empty()) return;
+  if (datagram.empty() || (onlyNews_ && !isNews(datagram))) return;
   records_.change([record = parseRecord(std::string(datagram))](std::vector<LogRecord>& records) {
     records.push_back(record);
   });
 }
 
 LogRecord LogSocket::await(std::string_view what, const LogMatcher& matches) const {
-  std::size_t seen = 0;  // each record is looked at once
+  std::size_t seen = 0;
+  return awaitFrom(seen, what, matches);
+}
+
+LogRecord LogSocket::awaitFrom(std::size_t& seen, std::string_view what,
+                               const LogMatcher& matches) const {
   const auto record = records_.await<LogRecord>([&](const std::vector<LogRecord>& records) {
-    for (; seen < records.size(); ++seen)
-      if (matches(records[seen])) return std::optional(records[seen]);
+    while (seen < records.size()) {
+      const LogRecord& next = records[seen++];  // each record is looked at once
+      if (matches(next)) return std::optional(next);
+    }
     return std::optional<LogRecord>();
   });
   if (!record) throw std::runtime_error("never logged: " + std::string(what));

@@ -29,8 +29,9 @@ using LogMatcher = std::function<bool(const LogRecord&)>;
 
 class LogSocket {
  public:
-  // Makes the socket and all that the namespace needs below `folder`, which must outlive it.
-  explicit LogSocket(const std::filesystem::path& folder);
+  // Makes the socket and all that the namespace needs below `folder`, which must outlive it. With
+  // `onlyNews` it keeps what scripts say, and how processes come and go, and forgets the rest.
+  explicit LogSocket(const std::filesystem::path& folder, bool onlyNews = false);
 
   // For the process that becomes the program, between fork and exec: enters a mount namespace
   // where /dev holds the usual nodes and this socket as `log`. Gives null, or the name of the step
@@ -41,6 +42,9 @@ class LogSocket {
   // otherwise.
   LogRecord await(std::string_view what, const LogMatcher& matches) const;
 
+  // The same of the records from `seen` on, which then counts those that were looked at.
+  LogRecord awaitFrom(std::size_t& seen, std::string_view what, const LogMatcher& matches) const;
+
   // Every record that was sent before this call.
   std::vector<LogRecord> records() const;
 
@@ -50,10 +54,9 @@ class LogSocket {
 
   std::filesystem::path folder_;
   std::filesystem::path devices_;
-  std::string identityMap_;
-  std::string groupMap_;
   std::vector<std::pair<std::string, std::string>> nodes_;  // from the real /dev, to ours
   mutable int marks_ = 0;
+  bool onlyNews_;
   Growing<std::vector<LogRecord>> records_;
   std::unique_ptr<BackgroundReader> reader_;
 };

@@ -7,6 +7,8 @@
 #include <iostream>
 #include <stdexcept>
 
+#include "support/machine.h"
+
 namespace morvik::test {
 namespace {
 
@@ -97,6 +99,10 @@ std::vector<std::string> App::warnings() const {
   for (const LogRecord& record : records())
     if (record.priority == LOG_WARNING) texts.push_back(record.text);
   return texts;
+}
+
+void SystemTest::SetUp() {
+  if (const auto& lack = lackOfMountNamespaces()) GTEST_SKIP() << *lack;
 }
 
 void SystemTest::TearDown() {

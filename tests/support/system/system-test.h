@@ -72,6 +72,8 @@ constexpr char kAutokill[] = "/!\\ AUTOKILL, application still not interactive a
 
 class SystemTest : public testing::Test {
  protected:
+  /// Skips the test where the host can have no log of its own.
+  void SetUp() override;
   void TearDown() override;
 
   // The host; started with the usual options when no test step has started it yet.

@@ -1,0 +1,42 @@
+// Memory over the course of one phase, and what it says.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "soak/memory.h"
+
+namespace morvik::test {
+
+class Curve {
+ public:
+  struct Point {
+    long done;
+    Memory memory;
+  };
+
+  /// `what` is counted, as in "messages in".
+  explicit Curve(std::string what) : what_(std::move(what)) {}
+
+  void add(long done, const Memory& memory) { points_.push_back({done, memory}); }
+
+  [[nodiscard]] const std::string& what() const { return what_; }
+  [[nodiscard]] const std::vector<Point>& points() const { return points_; }
+
+  /// Bytes of its own memory that the process gains with each one, once it has warmed up: the slope
+  /// of the straight line that fits the last three quarters of the points best.
+  [[nodiscard]] double slope() const;
+  /// What that comes to over these points, in MiB.
+  [[nodiscard]] double gain() const;
+
+ private:
+  [[nodiscard]] std::size_t warm() const { return points_.size() / 4; }
+
+  std::string what_;
+  std::vector<Point> points_;
+};
+
+/// The curves as an SVG picture: own memory over the share of each phase that is done.
+std::string picture(const std::vector<Curve>& curves);
+
+}  // namespace morvik::test
