@@ -34,6 +34,8 @@ configure_units(morvik@ TITLE " (%i)" UNIT morvik@%i FIFO /run/morvik/%i/launch
 
 install(TARGETS morvikvm RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT morvik)
 install(FILES ${CMAKE_BINARY_DIR}/man/morvikvm.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT morvik)
+install(FILES ${CMAKE_BINARY_DIR}/man/morvik.service.8.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man8
+        COMPONENT morvik)
 install(FILES ${PACKAGING}/systemd/sysusers.conf DESTINATION lib/sysusers.d RENAME morvik.conf
         COMPONENT morvik)
 install(FILES ${PACKAGING}/systemd/tmpfiles.conf DESTINATION lib/tmpfiles.d RENAME morvik.conf

@@ -35,7 +35,7 @@ std::set<std::string> wordsIn(const std::string& text, const char* pattern) {
 std::string helpOf(const std::string& verb) { return run({MORVIK_DEV, "help", verb}).output; }
 
 TEST(ManPages, holdWhatGroffUnderstands) {
-  for (const char* name : {"morvikvm.1", "morvik-dev.1"}) {
+  for (const char* name : {"morvikvm.1", "morvik.service.8", "morvik-dev.1"}) {
     const ProgramResult result = run({"/usr/bin/groff", "-man", "-ww", "-z", "-Tutf8", "-Kutf8",
                                       std::string(kManFolder) + name});
     EXPECT_EQ(result.status, 0);

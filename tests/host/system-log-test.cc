@@ -56,7 +56,7 @@ class LogDaemon {
   }
 
  private:
-  Descriptor socket_;
+  test::Descriptor socket_;
 };
 
 class SystemLogTest : public testing::Test {

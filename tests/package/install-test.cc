@@ -56,17 +56,26 @@ class Installed : public ::testing::Test {
 };
 
 TEST_F(Installed, thePartsAreWhereSystemsLookForThem) {
-  for (const char* file :
-       {"/usr/bin/morvikvm", "/usr/bin/morvik-dev", "/usr/libexec/morvik-dev/morvik-dev",
-        "/usr/libexec/morvik-dev/morvikvm-debug", "/usr/libexec/morvik-dev/virtual-clock.so",
-        "/usr/lib/systemd/system/morvik.service", "/usr/lib/systemd/system/morvik.socket",
-        "/usr/lib/systemd/system/morvik@.service", "/usr/lib/systemd/system/morvik@.socket",
-        "/usr/lib/sysusers.d/morvik.conf", "/usr/lib/tmpfiles.d/morvik.conf",
-        "/usr/share/man/man1/morvikvm.1.gz", "/usr/share/man/man1/morvik-dev.1.gz",
-        "/usr/share/bash-completion/completions/morvik-dev",
-        "/usr/share/morvik-dev/types/morvik.d.ts", "/usr/share/morvik-dev/apps/hello/main.js",
-        "/usr/share/doc/morvik/operations.md", "/usr/share/doc/morvik/copyright",
-        "/usr/share/doc/morvik-dev/tutorial.md"}) {
+  for (const char* file : {"/usr/bin/morvikvm",
+                           "/usr/bin/morvik-dev",
+                           "/usr/libexec/morvik-dev/morvik-dev",
+                           "/usr/libexec/morvik-dev/morvikvm-debug",
+                           "/usr/libexec/morvik-dev/virtual-clock.so",
+                           "/usr/lib/systemd/system/morvik.service",
+                           "/usr/lib/systemd/system/morvik.socket",
+                           "/usr/lib/systemd/system/morvik@.service",
+                           "/usr/lib/systemd/system/morvik@.socket",
+                           "/usr/lib/sysusers.d/morvik.conf",
+                           "/usr/lib/tmpfiles.d/morvik.conf",
+                           "/usr/share/man/man1/morvikvm.1.gz",
+                           "/usr/share/man/man8/morvik.service.8.gz",
+                           "/usr/share/man/man1/morvik-dev.1.gz",
+                           "/usr/share/bash-completion/completions/morvik-dev",
+                           "/usr/share/morvik-dev/types/morvik.d.ts",
+                           "/usr/share/morvik-dev/apps/hello/main.js",
+                           "/usr/share/doc/morvik/operations.md",
+                           "/usr/share/doc/morvik/copyright",
+                           "/usr/share/doc/morvik-dev/tutorial.md"}) {
     EXPECT_TRUE(fs::is_regular_file(at(file))) << file;
   }
 }

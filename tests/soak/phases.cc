@@ -2,6 +2,8 @@
 #include "soak/phases.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <exception>
 
 namespace morvik::test {
 namespace {
@@ -15,8 +17,9 @@ long shareOf(long count) { return std::clamp(count / kLooks, 1L, kMostAtOnce); }
 
 constexpr const char* kMark = "mark";
 
+// On standard error, only why a process ends that should not.
 HostOptions quietHost(const AppFolder& apps) {
-  return {.arguments = {"--debug=0", "--app_folder=" + apps.path()}, .keepsOnlyNews = true};
+  return {.arguments = {"--debug=3", "--app_folder=" + apps.path()}, .keepsOnlyNews = true};
 }
 
 // A tag whose content is script runs it; any other, like everything else that is heard, is counted.
@@ -108,7 +111,12 @@ Curve LongLife::inSteps(const char* what, long count, Step step) {
   const long share = shareOf(count);
   look(curve, 0, count);
   for (long done = 0; done < count;) {
-    step(share);
+    try {
+      step(share);
+    } catch (const std::exception&) {
+      std::fputs(host_->transcript().c_str(), stderr);
+      throw;
+    }
     done += share;
     look(curve, done, count);
   }
