@@ -90,37 +90,35 @@ class PeerWithDuties : public Peer {
   test::Descriptor socket_;
 };
 
-// A child of the launcher, found as the newest one.
+// A child of the launcher: the first one that was not there before.
 class HostApplication : public Application {
  public:
   HostApplication(Program& launcher, std::vector<pid_t> before)
       : launcher_(launcher), before_(std::move(before)) {}
 
-  // The slot is free when the launcher has taken notice.
+  // Its slot is free when the launcher has taken notice.
   ~HostApplication() override {
-    const pid_t process = pid();
-    kill(process, SIGKILL);
-    test::waitUntil("the launcher buries its child", [&] {
-      const auto children = childrenOf(launcher_.pid());
-      return std::ranges::find(children, process) == children.end();
-    });
+    if (!findChild()) return;
+    kill(pid_, SIGKILL);
+    while (isIn(childrenOf(launcher_.pid()), pid_)) pass(0.0005);
   }
 
   pid_t pid() override {
-    if (pid_ == 0) pid_ = newestChild();
+    test::waitUntil("the launcher's child", [&] { return findChild(); });
     return pid_;
   }
   Output& output() override { return launcher_.output(); }
 
  private:
-  pid_t newestChild() const {
-    pid_t newest = 0;
-    test::waitUntil("the launcher's child", [&] {
+  bool findChild() {
+    if (pid_ == 0)
       for (const pid_t child : childrenOf(launcher_.pid()))
-        if (std::ranges::find(before_, child) == before_.end()) newest = child;
-      return newest != 0;
-    });
-    return newest;
+        if (pid_ == 0 && !isIn(before_, child)) pid_ = child;
+    return pid_ != 0;
+  }
+
+  static bool isIn(const std::vector<pid_t>& children, pid_t child) {
+    return std::ranges::find(children, child) != children.end();
   }
 
   Program& launcher_;

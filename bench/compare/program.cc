@@ -9,6 +9,7 @@
 #include <csignal>
 #include <stdexcept>
 #include <system_error>
+#include <thread>
 
 #include "support/process.h"
 
@@ -39,6 +40,8 @@ pid_t start(const Command& command, const Pipes& pipes) {
 }
 
 }  // namespace
+
+void pass(double seconds) { std::this_thread::sleep_for(std::chrono::duration<double>(seconds)); }
 
 void Output::await(std::string_view text) {
   for (;;) {
