@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -18,7 +19,8 @@
 namespace morvik::bench {
 namespace {
 
-constexpr int kLogDescriptor = 10;  // above all that a new process opens by itself
+constexpr rlim_t kRoom = 2147483648;  // bytes; a million answered requests are some 400 MB
+constexpr int kLogDescriptor = 10;    // above all that a new process opens by itself
 
 // The first of the usual folders that has the program; empty when none has.
 std::string programNamed(const std::string& name) {
@@ -139,9 +141,7 @@ class Host : public Contestant {
               "const PORT = " + std::to_string(port) + ", TASK = '" + task.name +
                   "', COUNT = " + std::to_string(task.count) +
                   ", OTHERS = " + std::to_string(task.others) + ";\n" + script_);
-    // The levels at which a device runs: warnings on standard error, or notices where an
-    // application is to be heard.
-    if (!launcher_ || speaks != speaks_) startLauncher(speaks);
+    if (!launcher_ || speaks != speaks_ || task.roomy != roomy_) startLauncher(speaks, task.roomy);
   }
 
   std::unique_ptr<Application> launch() override {
@@ -153,13 +153,23 @@ class Host : public Contestant {
   pid_t launcher() const override { return launcher_->pid(); }
 
  private:
-  void startLauncher(bool speaks) {
+  // The levels at which a device runs: warnings on standard error, or notices where an application
+  // is to be heard.
+  void startLauncher(bool speaks, bool roomy) {
     speaks_ = speaks;
+    roomy_ = roomy;
     launcher_.emplace(Command{
         .words = {places_.host, "--app_folder=" + apps_.path(), speaks ? "--debug=5" : "--debug=4"},
         .said = Said::kErrors,
         .input = true,
-        .prepare = [this](int& /*complaints*/) { return log_.enter(); }});
+        .prepare = [this](int& /*complaints*/) { return enterPlace(); }});
+  }
+
+  // A limit that the launcher was given is left as it is.
+  const char* enterPlace() const {
+    const rlimit limit{kRoom, kRoom};
+    if (roomy_ && setrlimit(RLIMIT_DATA, &limit) != 0) return "limit";
+    return log_.enter();
   }
 
   const Places& places_;
@@ -168,6 +178,7 @@ class Host : public Contestant {
   std::string script_;
   std::optional<Program> launcher_;
   bool speaks_ = false;
+  bool roomy_ = false;
 };
 
 }  // namespace

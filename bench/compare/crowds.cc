@@ -70,7 +70,7 @@ void measureAge(Field& field, Contestant& contestant) {
   const auto add = [&](const char* row, double value) {
     field.results.add(row, contestant.name(), value);
   };
-  Session session(field, contestant, {.name = "ping"});
+  Session session(field, contestant, {.name = "ping", .roomy = true});
   session.link().roundTrips(kYoung);
   add("age.trip.young", median(session.link().roundTrips(kCrowdTrips)));
   session.link().roundTrips(std::max(0, field.sizes.oldTrips - kYoung - kCrowdTrips));
