@@ -53,11 +53,12 @@ void measureCrowds(Field& field, Contestant& contestant) {
 
 namespace {
 
-// Bytes of private memory that a request leaves behind, once the first ones have been sent.
+// Bytes of private memory that a request leaves behind, once the engine has been through its heap.
 double memoryOfRequest(Field& field, Contestant& contestant, const Task& task) {
+  constexpr int kFirstRounds = 5;
   constexpr int kRounds = 10;
   Session session(field, contestant, task);
-  session.exchange(buttonFrame(), task.count);
+  for (int i = 0; i < kFirstRounds; ++i) session.exchange(buttonFrame(), task.count);
   const double before = memoryOf(session.pid()).privateDirty;
   for (int i = 0; i < kRounds; ++i) session.exchange(buttonFrame(), task.count);
   const double grown = memoryOf(session.pid()).privateDirty - before;
