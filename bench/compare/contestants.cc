@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -18,7 +19,8 @@
 namespace morvik::bench {
 namespace {
 
-constexpr int kLogDescriptor = 10;  // above all that a new process opens by itself
+constexpr rlim_t kRoom = 2147483648;  // bytes; a million answered requests are some 400 MB
+constexpr int kLogDescriptor = 10;    // above all that a new process opens by itself
 
 // The first of the usual folders that has the program; empty when none has.
 std::string programNamed(const std::string& name) {
@@ -90,37 +92,35 @@ class PeerWithDuties : public Peer {
   test::Descriptor socket_;
 };
 
-// A child of the launcher, found as the newest one.
+// A child of the launcher: the first one that was not there before.
 class HostApplication : public Application {
  public:
   HostApplication(Program& launcher, std::vector<pid_t> before)
       : launcher_(launcher), before_(std::move(before)) {}
 
-  // The slot is free when the launcher has taken notice.
+  // Its slot is free when the launcher has taken notice.
   ~HostApplication() override {
-    const pid_t process = pid();
-    kill(process, SIGKILL);
-    test::waitUntil("the launcher buries its child", [&] {
-      const auto children = childrenOf(launcher_.pid());
-      return std::ranges::find(children, process) == children.end();
-    });
+    if (!findChild()) return;
+    kill(pid_, SIGKILL);
+    while (isIn(childrenOf(launcher_.pid()), pid_)) pass(0.0005);
   }
 
   pid_t pid() override {
-    if (pid_ == 0) pid_ = newestChild();
+    test::waitUntil("the launcher's child", [&] { return findChild(); });
     return pid_;
   }
   Output& output() override { return launcher_.output(); }
 
  private:
-  pid_t newestChild() const {
-    pid_t newest = 0;
-    test::waitUntil("the launcher's child", [&] {
+  bool findChild() {
+    if (pid_ == 0)
       for (const pid_t child : childrenOf(launcher_.pid()))
-        if (std::ranges::find(before_, child) == before_.end()) newest = child;
-      return newest != 0;
-    });
-    return newest;
+        if (pid_ == 0 && !isIn(before_, child)) pid_ = child;
+    return pid_ != 0;
+  }
+
+  static bool isIn(const std::vector<pid_t>& children, pid_t child) {
+    return std::ranges::find(children, child) != children.end();
   }
 
   Program& launcher_;
@@ -141,9 +141,7 @@ class Host : public Contestant {
               "const PORT = " + std::to_string(port) + ", TASK = '" + task.name +
                   "', COUNT = " + std::to_string(task.count) +
                   ", OTHERS = " + std::to_string(task.others) + ";\n" + script_);
-    // The levels at which a device runs: warnings on standard error, or notices where an
-    // application is to be heard.
-    if (!launcher_ || speaks != speaks_) startLauncher(speaks);
+    if (!launcher_ || speaks != speaks_ || task.roomy != roomy_) startLauncher(speaks, task.roomy);
   }
 
   std::unique_ptr<Application> launch() override {
@@ -155,13 +153,23 @@ class Host : public Contestant {
   pid_t launcher() const override { return launcher_->pid(); }
 
  private:
-  void startLauncher(bool speaks) {
+  // The levels at which a device runs: warnings on standard error, or notices where an application
+  // is to be heard.
+  void startLauncher(bool speaks, bool roomy) {
     speaks_ = speaks;
+    roomy_ = roomy;
     launcher_.emplace(Command{
         .words = {places_.host, "--app_folder=" + apps_.path(), speaks ? "--debug=5" : "--debug=4"},
         .said = Said::kErrors,
         .input = true,
-        .prepare = [this](int& /*complaints*/) { return log_.enter(); }});
+        .prepare = [this](int& /*complaints*/) { return enterPlace(); }});
+  }
+
+  // A limit that the launcher was given is left as it is.
+  const char* enterPlace() const {
+    const rlimit limit{kRoom, kRoom};
+    if (roomy_ && setrlimit(RLIMIT_DATA, &limit) != 0) return "limit";
+    return log_.enter();
   }
 
   const Places& places_;
@@ -170,6 +178,7 @@ class Host : public Contestant {
   std::string script_;
   std::optional<Program> launcher_;
   bool speaks_ = false;
+  bool roomy_ = false;
 };
 
 }  // namespace

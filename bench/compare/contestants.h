@@ -15,8 +15,9 @@ namespace morvik::bench {
 /// What the application is to do (bench/peers/application.js).
 struct Task {
   std::string name = "idle";
-  int count = 1;   ///< events until it says something, or requests at a press of the button
-  int others = 0;  ///< requests that wait, listeners or timers beside the one that is measured
+  int count = 1;       ///< events until it says something, or requests at a press of the button
+  int others = 0;      ///< requests that wait, listeners or timers beside the one that is measured
+  bool roomy = false;  ///< keeps more than an application may: MorvikVM gets a higher limit
 };
 
 /// Where the programs and the peers' files are.

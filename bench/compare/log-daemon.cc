@@ -1,15 +1,13 @@
 // A system log that keeps nothing: what stands behind /dev/log in every comparison, so that no
 // reader of the log is slow enough to be measured.
 //
-//   bench-log-daemon PATH    takes datagrams at PATH until its parent ends
-#include <sys/prctl.h>
+//   bench-log-daemon PATH    takes datagrams at PATH until it is killed
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
 
@@ -45,7 +43,6 @@ void prepare(Records& records) {
 
 int main(int argc, char** argv) {
   static Records records;
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
   const int socket = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
   if (argc != 2 || !bindTo(socket, argv[1])) {
     std::fprintf(stderr, "usage: bench-log-daemon PATH, where nothing is yet\n");

@@ -137,7 +137,25 @@ void tell(const Options& options, const Field& field, const Contestants& all) {
   writeFile(options.out + "/results.dat", report, writePictureData);
 }
 
-void run(const Options& options) {
+// What fails leaves a gap in the table, and the rest is measured. False when anything did.
+bool measureAll(Field& field, const std::vector<Step>& steps) {
+  bool whole = true;
+  Progress progress(steps.size());
+  for (const Step& step : steps) {
+    progress.step(*step.measure, *step.contestant, step.run);
+    try {
+      step.measure->run(field, *step.contestant);
+    } catch (const std::exception& failure) {
+      whole = false;
+      std::fprintf(stderr, "\nbench-compare: %s, %s: %s\n", step.measure->name,
+                   step.contestant->label().c_str(), failure.what());
+    }
+  }
+  return whole;
+}
+
+// False when not all could be measured.
+bool run(const Options& options) {
   const Places places{MORVIKVM,    BENCH_FLOOR, BENCH_LOG_DAEMON,
                       BENCH_PROBE, BENCH_PEERS, options.peers};
   const SystemLog log(places.daemon);
@@ -145,14 +163,9 @@ void run(const Options& options) {
   Field field{*options.sizes, places, log, {}, {}};
   const auto steps = stepsOf(options, all);
   if (steps.empty()) throw std::runtime_error("nothing to measure: no such measure or contestant");
-  {
-    Progress progress(steps.size());
-    for (const Step& step : steps) {
-      progress.step(*step.measure, *step.contestant, step.run);
-      step.measure->run(field, *step.contestant);
-    }
-  }
+  const bool whole = measureAll(field, steps);
   tell(options, field, all);
+  return whole;
 }
 
 int listed() {
@@ -174,10 +187,9 @@ int main(int argc, char** argv) {
     }
   }
   try {
-    run(options);
+    return run(options) ? 0 : 1;
   } catch (const std::exception& failure) {
     std::fprintf(stderr, "bench-compare: %s\n", failure.what());
     return 1;
   }
-  return 0;
 }

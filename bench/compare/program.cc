@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 
 #include <array>
@@ -9,6 +10,7 @@
 #include <csignal>
 #include <stdexcept>
 #include <system_error>
+#include <thread>
 
 #include "support/process.h"
 
@@ -23,6 +25,15 @@ namespace {
 
 constexpr std::size_t kReadSize = 65536;
 
+// Also when the benchmark is killed, nothing that it has started stays behind: a launcher whose
+// input has ended would launch its last line for ever.
+std::function<const char*(int&)> endingWithUs(std::function<const char*(int&)> prepare) {
+  return [prepare = std::move(prepare)](int& complaints) -> const char* {
+    if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0) return "prctl";
+    return prepare ? prepare(complaints) : nullptr;
+  };
+}
+
 pid_t start(const Command& command, const Pipes& pipes) {
   const test::Descriptor nothing(open("/dev/null", O_RDWR | O_CLOEXEC));
   const int said = pipes.said.writing.get();
@@ -32,13 +43,15 @@ pid_t start(const Command& command, const Pipes& pipes) {
                     .streams = {command.input ? pipes.input.reading.get() : nothing.get(),
                                 command.said == Said::kOutput ? said : nothing.get(),
                                 command.said == Said::kErrors ? said : STDERR_FILENO},
-                    .prepare = command.prepare};
+                    .prepare = endingWithUs(command.prepare)};
   start.environment.insert(start.environment.end(), command.environment.begin(),
                            command.environment.end());
   return test::startProcess(start);
 }
 
 }  // namespace
+
+void pass(double seconds) { std::this_thread::sleep_for(std::chrono::duration<double>(seconds)); }
 
 void Output::await(std::string_view text) {
   for (;;) {

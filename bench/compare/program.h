@@ -12,6 +12,9 @@
 
 namespace morvik::bench {
 
+/// Waits where time itself is what is wanted, or where nothing announces what is waited for.
+void pass(double seconds);
+
 /// Read by nobody but whoever awaits a text, and without a thread in between: the time of a line's
 /// arrival counts.
 class Output {

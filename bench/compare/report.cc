@@ -3,6 +3,7 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <utility>
 
 #include <nlohmann/json.hpp>
 
@@ -205,14 +206,18 @@ void writeJson(std::ostream& out, const Report& report) {
 }
 
 void writePictureData(std::ostream& out, const Report& report) {
+  const char* between = "";  // two empty lines
   for (const Row& row : rows()) {
-    if (!row.drawn) continue;
-    out << '"' << labelOf(row) << '"';
-    for (const Column& column : report.columns) {
+    if (!row.drawn || !measured(report, row)) continue;
+    out << std::exchange(between, "\n\n");
+    const std::string title = labelOf(row) + (row.moreIsBetter ? " (long is good)" : "");
+    for (std::size_t place = 0; place < report.columns.size(); ++place) {
+      const Column& column = report.columns[place];
       const auto value = report.results.value(row.name, column.name);
-      out << ' ' << (value ? std::to_string(*value) : "NaN");
+      if (value)
+        out << '"' << column.label << "\" " << place << ' ' << *value << " \"" << numberText(*value)
+            << "\" \"" << title << "\"\n";
     }
-    out << '\n';
   }
 }
 

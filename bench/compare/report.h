@@ -28,7 +28,7 @@ struct Report {
 /// targets. Rows that were not measured are left out.
 void writeTable(std::ostream& out, const Report& report);
 void writeJson(std::ostream& out, const Report& report);
-/// For the picture: a line a row, with the medians of each contestant.
+/// The medians for the picture, as picture.gp reads them: a block for each row that is drawn.
 void writePictureData(std::ostream& out, const Report& report);
 
 }  // namespace morvik::bench

@@ -1,4 +1,5 @@
 // An application that has nothing to do: what it holds, and what it spends.
+#include "compare/call-count.h"
 #include "compare/session.h"
 
 namespace morvik::bench {
@@ -18,6 +19,8 @@ void noteIdling(Field& field, const std::string& name, const Session& session) {
   const double seconds = Microseconds(Clock::now() - begun).count() / 1e6;
   field.results.add("idle.cpu", name, spent.cpu / seconds / 1e4);
   field.results.add("idle.wakes", name, spent.sleeps / seconds);
+  const auto calls = callsOfATurn(session.pid(), field.sizes.idleSeconds / 5);
+  if (calls) field.results.add("idle.calls", name, *calls);
   if (spent.sleeps > 0) field.results.add("idle.turn", name, spent.cpu / spent.sleeps);
 }
 

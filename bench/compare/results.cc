@@ -26,7 +26,7 @@ constexpr Row kRows[] = {
     {"led.rate", "LED requests sent", "/s", true, true},
     {"idle.cpu", "idle: CPU", "%", false, false},
     {"idle.wakes", "idle: wake-ups", "/s", false, false},
-    {"idle.calls", "idle: system calls of one wake-up", "", false, false},
+    {"idle.calls", "idle: system calls of a turn", "", false, false},
     {"idle.turn", "idle: CPU of one wake-up", "us", false, false},
     {"table.trip.10", "round trip p50, 10 requests waiting", "us", false, false},
     {"table.trip.10000", "round trip p50, 10,000 requests waiting", "us", false, false},

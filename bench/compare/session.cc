@@ -1,7 +1,5 @@
 #include "compare/session.h"
 
-#include <thread>
-
 namespace morvik::bench {
 namespace {
 
@@ -28,6 +26,7 @@ std::string repeated(const std::string& frame, int count) {
 
 Session::Session(Field& field, Contestant& contestant, const Task& task)
     : application_(launched(field, contestant, task)), link_(field.server.accept()) {
+  (void)pid();  // which is not told later, when others have been launched
   link_.receive();
   link_.answer();
   link_.skip(requestsBefore(task) + (saysThatItListens(task) ? 1 : 0));
@@ -62,7 +61,5 @@ std::string tagFrame() {
   tag.set_color(zeph::RfidCallback::GREEN);
   return frameOf(message);
 }
-
-void pass(double seconds) { std::this_thread::sleep_for(std::chrono::duration<double>(seconds)); }
 
 }  // namespace morvik::bench

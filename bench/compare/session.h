@@ -35,7 +35,4 @@ class Session {
 std::string buttonFrame();
 std::string tagFrame();
 
-/// Waits where time itself is what is wanted: for memory to come to rest, or while nothing happens.
-void pass(double seconds);
-
 }  // namespace morvik::bench

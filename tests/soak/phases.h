@@ -33,13 +33,18 @@ class LongLife {
   Curve awaitedAnswers(long count);
 
  private:
+  void warmUp();
+  /// Sends presses of the button, and comes back when the application has heard them.
+  void press(long burst);
   /// Has the application run the script.
   void tell(const std::string& script);
   /// Takes requests and answers them, up to the next one that is a mark.
   long answerTillMark();
   void look(Curve& curve, long done, long all);
-  template <typename Step>
-  Curve inSteps(const char* what, long count, Step step);
+  template <typename Burst>
+  void tellWhyIfItFails(Burst burst);
+  template <typename Burst>
+  Curve inSteps(const char* what, long count, Burst burst);
 
   Progress progress_;
   AppFolder apps_;
