@@ -120,6 +120,7 @@ void keepAcrossFork() {
   for (std::string line; std::getline(maps, line);) {
     region = regionOf(line).value_or(region);
     if (!line.starts_with("VmFlags:") || line.find(" dc") == std::string::npos) continue;
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the system tells addresses as numbers.
     madvise(reinterpret_cast<void*>(region.begin), region.end - region.begin, MADV_DOFORK);
   }
 }

@@ -42,6 +42,7 @@ int dropUnwritten(dl_phdr_info* object, std::size_t /*size*/, void* /*unused*/) 
     if (part.p_type != PT_LOAD || (part.p_flags & PF_W) != 0) continue;
     const std::uintptr_t begin = (object->dlpi_addr + part.p_vaddr) / page * page;
     const std::uintptr_t end = object->dlpi_addr + part.p_vaddr + part.p_memsz;
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the linker tells addresses as numbers.
     madvise(reinterpret_cast<void*>(begin), end - begin, MADV_DONTNEED);
   }
   return 0;

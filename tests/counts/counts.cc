@@ -95,7 +95,8 @@ void countEvents(WholeApplication& app) {
 }  // namespace
 }  // namespace morvik::test
 
-int main() {
+// What throws here ends the check, as it should.
+int main() {               // NOLINT(bugprone-exception-escape)
   using namespace morvik;  // NOLINT(google-build-using-namespace)
   const test::TemporaryFolder folder;
   const std::string path = folder / "log";
