@@ -29,16 +29,28 @@ struct Opened {
   int facility = 0;
 } opened;
 
+void takeLine(int priority, const char* format, va_list values) {
+  std::string text(1000000, '\0');
+  text.resize(static_cast<std::size_t>(std::vsnprintf(text.data(), text.size(), format, values)));
+  systemLines.push_back({priority, text});
+}
+
 }  // namespace
 
-// These stand before the C library's own in this program.
+// These stand before the C library's own in this program; the second is what a hardened build calls
+// in the place of the first.
 extern "C" void syslog(int priority, const char* format, ...) {
-  std::string text(1000000, '\0');
   va_list values;
   va_start(values, format);
-  text.resize(static_cast<std::size_t>(std::vsnprintf(text.data(), text.size(), format, values)));
+  takeLine(priority, format, values);
   va_end(values);
-  systemLines.push_back({priority, text});
+}
+
+extern "C" void __syslog_chk(int priority, int /*flag*/, const char* format, ...) {
+  va_list values;
+  va_start(values, format);
+  takeLine(priority, format, values);
+  va_end(values);
 }
 
 extern "C" void openlog(const char* ident, int options, int facility) {
