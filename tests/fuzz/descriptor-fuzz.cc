@@ -1,5 +1,4 @@
 // Descriptors: a damaged one has no names, and no name is granted that does not stand in the file.
-
 #include <cstring>
 #include <string>
 #include <vector>

@@ -1,10 +1,10 @@
 // Meanings of phrases: XML that becomes one property at most.
-
 #include "devices/semantic.h"
 #include "fuzz/fuzz.h"
 #include "fuzz/live-script.h"
 
 namespace morvik::test {
+
 void fuzz(std::string_view input) {
   const Turn turn;
   const auto context = liveScriptKeptForLife().context();
