@@ -29,6 +29,7 @@ double eventWith(Field& field, Contestant& contestant, int listeners) {
   // An event costs a line of the log for each listener.
   const int events = std::clamp(20000 / listeners, 5, kCrowdTrips);
   std::vector<double> times;
+  times.reserve(static_cast<std::size_t>(events));
   for (int i = 0; i < events; ++i) times.push_back(session.exchange(buttonFrame()));
   return median(times);
 }

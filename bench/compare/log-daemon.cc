@@ -25,8 +25,9 @@ struct Records {
 bool bindTo(int socket, const char* path) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
-  if (std::strlen(path) >= sizeof address.sun_path) return false;
-  std::strcpy(address.sun_path, path);
+  const std::size_t length = std::strlen(path);
+  if (length >= sizeof address.sun_path) return false;
+  std::memcpy(address.sun_path, path, length);
   return bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
 }
 

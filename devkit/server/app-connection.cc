@@ -65,6 +65,7 @@ void AppConnection::take(std::size_t count) {
   acknowledge();
   frames_.feed(std::string_view(input_.data(), count));
   while (const auto payload = frames_.next()) {
+    // cppcheck-suppress nullPointerRedundantCheck; whoever hears of it may end this connection
     owner_->payloadArrived(number_, *payload);
     if (owner_ == nullptr) return;
   }

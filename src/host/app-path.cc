@@ -2,6 +2,7 @@
 #include "host/app-path.h"
 
 #include <cstdio>
+#include <cstring>
 
 #include "host/morvik-data.h"
 
@@ -11,7 +12,8 @@ std::string appPath(const MorvikData& instance, const char* file, std::size_t si
   std::string path(size, '\0');
   std::snprintf(path.data(), size, "%s/%s/%s", instance.options->app_folder,
                 instance.appName.c_str(), file);
-  return path.c_str();  // up to the end mark
+  path.resize(std::strlen(path.c_str()));
+  return path;
 }
 
 }  // namespace morvik

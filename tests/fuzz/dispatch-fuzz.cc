@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "channel/callback-table.h"
+#include "channel/message.h"
 #include "channel/pump.h"
 #include "features/features.h"
 #include "features/prelude.h"
@@ -133,6 +134,13 @@ Application& applicationKeptForLife() {
   return application;
 }
 
+// A result of a recognition that holds none ends the application on purpose.
+bool endsTheApplication(std::string_view payload) {
+  zeph::ZephMsg message;
+  parseZephMsg({reinterpret_cast<const std::uint8_t*>(payload.data()), payload.size()}, message);
+  return message.has_asrcallback() && message.asrcallback().recognition_size() == 0;
+}
+
 // Takes the next payload from the input.
 std::string_view nextPayload(std::string_view& input) {
   const auto low = static_cast<unsigned char>(input[0]);
@@ -149,8 +157,10 @@ std::string_view nextPayload(std::string_view& input) {
 void fuzz(std::string_view input) {
   Application& application = applicationKeptForLife();
   const Turn turn;
-  for (std::string_view rest = input; rest.size() > kLengthSize;)
-    application.receive(nextPayload(rest));
+  for (std::string_view rest = input; rest.size() > kLengthSize;) {
+    const std::string_view payload = nextPayload(rest);
+    if (!endsTheApplication(payload)) application.receive(payload);
+  }
   application.forget(input);
 }
 

@@ -1,19 +1,11 @@
 // Meanings of phrases: XML that becomes one property at most.
-#include <libxml/xmlerror.h>
-
 #include "devices/semantic.h"
 #include "fuzz/fuzz.h"
 #include "fuzz/live-script.h"
 
 namespace morvik::test {
-namespace {
-
-void saysNothing(void* /*unused*/, const char* /*format*/, ...) {}
-
-}  // namespace
 
 void fuzz(std::string_view input) {
-  xmlSetGenericErrorFunc(nullptr, saysNothing);
   const Turn turn;
   const auto context = liveScriptKeptForLife().context();
   const auto object = v8::Object::New(v8::Isolate::GetCurrent());

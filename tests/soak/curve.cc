@@ -66,9 +66,16 @@ double Curve::slope() const {
   return spread > 0 ? (count * xy - x * y) / spread : 0;
 }
 
-double Curve::gain() const {
-  const long done = points_.back().done - points_[warm()].done;
-  return slope() * static_cast<double>(done) / kMebibyte;
+double Curve::rise() const {
+  const auto middle = points_.begin() + static_cast<std::ptrdiff_t>(points_.size() / 2);
+  const auto highestOf = [](auto from, auto to) {
+    return std::max_element(from, to,
+                            [](const Point& one, const Point& other) {
+                              return one.memory.own < other.memory.own;
+                            })
+        ->memory.own;
+  };
+  return highestOf(middle, points_.end()) - highestOf(points_.begin(), middle);
 }
 
 std::string picture(const std::vector<Curve>& curves) {

@@ -26,8 +26,10 @@ class Curve {
   /// Bytes of its own memory that the process gains with each one, once it has warmed up: the slope
   /// of the straight line that fits the last three quarters of the points best.
   [[nodiscard]] double slope() const;
-  /// What that comes to over these points, in MiB.
-  [[nodiscard]] double gain() const;
+  /// By how much the highest point of the second half lies above that of the first, in MiB. The
+  /// heap of an engine rises and falls by several MiB as it collects, and a straight line sees that
+  /// too; what leaks raises this.
+  [[nodiscard]] double rise() const;
 
  private:
   [[nodiscard]] std::size_t warm() const { return points_.size() / 4; }

@@ -26,9 +26,8 @@ constexpr long kObjects = 100'000;
 constexpr long kAwaited = 20'000;
 constexpr long kStarts = 10'000;
 
-// What memory may gain over a phase after its first quarter: the engine's heap breathes by this
-// much.
-constexpr double kMostGain = 6;
+// What the highest point of a phase may lie above that of its first half, in MiB.
+constexpr double kMostRise = 4;
 
 struct Options {
   double share = 1;
@@ -62,7 +61,7 @@ void print(const Curve& curve) {
   std::printf("\r%-16s %9ld  %6.2f %6.2f  %6.2f %6.2f  %6.2f %6.2f  %6.2f %6.2f  %9.3f %7.2f\n",
               curve.what().c_str(), curve.points().back().done, first.resident, last.resident,
               first.proportional, last.proportional, first.own, last.own, first.engine, last.engine,
-              curve.slope(), curve.gain());
+              curve.slope(), curve.rise());
   std::fflush(stdout);
 }
 
@@ -87,8 +86,8 @@ std::vector<Curve> live(double share) {
 bool isFlat(const std::vector<Curve>& curves) {
   bool flat = true;
   for (std::size_t i = 0; i + 1 < curves.size(); ++i) {
-    if (curves[i].gain() <= kMostGain) continue;
-    std::printf("soak: %s: %.2f MiB more\n", curves[i].what().c_str(), curves[i].gain());
+    if (curves[i].rise() <= kMostRise) continue;
+    std::printf("soak: %s: %.2f MiB more\n", curves[i].what().c_str(), curves[i].rise());
     flat = false;
   }
   return flat;
@@ -104,7 +103,7 @@ int main(int argc, char** argv) try {
     return 2;
   }
   std::printf("%-16s %9s  %13s  %13s  %13s  %13s  %9s %7s\n", "MiB, first last", "count",
-              "resident", "proportional", "own", "engine's heap", "B each", "gain");
+              "resident", "proportional", "own", "engine's heap", "B each", "rise");
   const std::vector<Curve> curves = live(options.share);
   if (!options.plot.empty()) std::ofstream(options.plot) << picture(curves);
   return isFlat(curves) ? 0 : 1;
