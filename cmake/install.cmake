@@ -32,7 +32,7 @@ configure_units(morvik TITLE "" UNIT morvik FIFO /run/morvik/launch SERVER morvi
 configure_units(morvik@ TITLE " (%i)" UNIT morvik@%i FIFO /run/morvik/%i/launch
                 SERVER morvik-server@%i APPLICATIONS /var/lib/morvik/%i OWN_SETTINGS "${AWAY_FROM_THE_DEVICE}")
 
-install(TARGETS morvikvm RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT morvik)
+install_program(morvikvm ${CMAKE_INSTALL_BINDIR} morvik)
 install(FILES ${CMAKE_BINARY_DIR}/man/morvikvm.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT morvik)
 install(FILES ${CMAKE_BINARY_DIR}/man/morvik.service.8.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man8
         COMPONENT morvik)
@@ -51,7 +51,8 @@ install(DIRECTORY packaging/examples DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/mo
 # The tool looks for its companions beside itself, so they lie in a folder of their own and the PATH has a
 # link to it.
 set(TOOL_FOLDER ${CMAKE_INSTALL_LIBEXECDIR}/morvik-dev)
-install(TARGETS morvik-dev morvikvm-debug RUNTIME DESTINATION ${TOOL_FOLDER} COMPONENT morvik-dev)
+install_program(morvik-dev ${TOOL_FOLDER} morvik-dev)
+install_program(morvikvm-debug ${TOOL_FOLDER} morvik-dev)
 install(TARGETS virtual-clock LIBRARY DESTINATION ${TOOL_FOLDER} COMPONENT morvik-dev)
 file(MAKE_DIRECTORY ${MADE})
 file(CREATE_LINK ../${TOOL_FOLDER}/morvik-dev ${MADE}/morvik-dev SYMBOLIC)
