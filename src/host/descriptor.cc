@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 #include "host/app-path.h"
 #include "host/owned.h"
@@ -17,25 +18,37 @@ namespace {
 
 constexpr const char* kAccessElements = "/descriptor/accesses/access";
 
+// Hands the library what is left of a text.
+int giveBytes(void* text, char* buffer, int length) {
+  auto& left = *static_cast<std::string_view*>(text);
+  const std::size_t given = left.copy(buffer, static_cast<std::size_t>(length));
+  left.remove_prefix(given);
+  return static_cast<int>(given);
+}
+
+// What the library has to say of a broken file it says on standard error by itself; of one that
+// cannot be read too, when it is asked for that.
+XmlDocument readByLibrary(const std::string& path) {
+  return XmlDocument(xmlReadFile(path.c_str(), nullptr, 0));
+}
+
 // The file's bytes as they are. The library's own reading of files would unpack one that is
 // compressed, and a few kilobytes become as many gigabytes.
 XmlDocument parseDescriptor(std::FILE* file, const std::string& path) {
   std::string bytes(kMaxDescriptor + 1, '\0');
   bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file));
+  if (std::ferror(file) != 0) return readByLibrary(path);
   if (bytes.size() <= kMaxDescriptor) {
-    const auto size = static_cast<int>(bytes.size());
-    return XmlDocument(xmlReadMemory(bytes.data(), size, path.c_str(), nullptr, 0));
+    std::string_view left(bytes);
+    return XmlDocument(xmlReadIO(giveBytes, nullptr, &left, path.c_str(), nullptr, 0));
   }
   std::fprintf(stderr, "%s: larger than %zu bytes\n", path.c_str(), kMaxDescriptor);
   return nullptr;
 }
 
-// What the library has to say of a broken file it says on standard error by itself; of one that
-// cannot be opened too, when it is asked for that.
 XmlDocument documentAt(const std::string& path) {
   const File file(std::fopen(path.c_str(), "r"));
-  return file ? parseDescriptor(file.get(), path)
-              : XmlDocument(xmlReadFile(path.c_str(), nullptr, 0));
+  return file ? parseDescriptor(file.get(), path) : readByLibrary(path);
 }
 
 // Stands in the place of a function that the descriptor does not grant. It ends the process, where
