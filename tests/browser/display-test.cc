@@ -94,14 +94,14 @@ std::pair<int, double> risesOf(const json& noted, double middle) {
 
 TEST_F(Display, theLedPulsesAtItsPeriod) {
   watch("document.getElementById('halo').style.opacity || '0'");
-  command(*app_, "led { pulse { color: 'lime' period: 400 pulse: 3 } }");
-  expectSeen("led", "3 pulses of 400 ms, lime");
+  command(*app_, "led { pulse { color: 'lime' period: 1000 pulse: 3 } }");
+  expectSeen("led", "3 pulses of 1000 ms, lime");
   expect("document.querySelector('#seen [data-show=led] dd').textContent === 'lime'");
   json noted = watched();
   noted.erase(noted.end() - 1);  // the colour in which it comes to rest
   const auto [rises, length] = risesOf(noted, 0.5);
   EXPECT_EQ(rises, 3) << noted;
-  EXPECT_NEAR(length, 2 * 400, 150);
+  EXPECT_NEAR(length, 2 * 1000, 600);  // a busy browser draws late
   expectLed("rgb(0, 255, 0)");
 }
 

@@ -4,6 +4,11 @@
 namespace morvik::test {
 namespace {
 
+// Goes on until it is ended, however busy the machine is.
+constexpr const char* kLongSpeech =
+    "tts { action: START text: 'Once upon a time there was a device with two ears, and everything "
+    "that it heard with them took it a while to say again, word for word, until somebody came.' }";
+
 const std::vector<StimulusRow> kRows = {
     {"", "button DOUBLE", R"({"stimulus": "button", "arguments": {"type": "DOUBLE"}})"},
     {"", "app 2 button simple",
@@ -55,9 +60,8 @@ const std::vector<StimulusRow> kRows = {
     {"", "accept", R"({"stimulus": "accept", "app": null})"},
     {"", "delay 700 ping",
      R"({"stimulus": "delay", "arguments": {"length": 700, "command": "ping"}})"},
-    {"tts { action: START text: 'a' }", "finish tts",
-     R"({"stimulus": "finish", "arguments": {"work": "tts"}})"},
-    {"tts { action: START text: 'a' }", "finish tts ERROR 'no voice'",
+    {kLongSpeech, "finish tts", R"({"stimulus": "finish", "arguments": {"work": "tts"}})"},
+    {kLongSpeech, "finish tts ERROR 'no voice'",
      R"({"stimulus": "finish", "arguments": {"work": "tts", "code": "ERROR",
            "text": "no voice"}})"},
     {"", "pieces 3", R"({"stimulus": "pieces", "arguments": {"size": 3}})"},
