@@ -29,7 +29,7 @@ struct Opened {
   int facility = 0;
 } opened;
 
-void takeLine(int priority, const char* format, va_list values) {
+[[gnu::format(printf, 2, 0)]] void takeLine(int priority, const char* format, va_list values) {
   std::string text(1000000, '\0');
   text.resize(static_cast<std::size_t>(std::vsnprintf(text.data(), text.size(), format, values)));
   systemLines.push_back({priority, text});
