@@ -46,7 +46,8 @@ extern "C" void syslog(int priority, const char* format, ...) {
   va_end(values);
 }
 
-extern "C" void __syslog_chk(int priority, int /*flag*/, const char* format, ...) {
+extern "C" [[gnu::format(printf, 3, 4)]] void __syslog_chk(int priority, int /*flag*/,
+                                                           const char* format, ...) {
   va_list values;
   va_start(values, format);
   takeLine(priority, format, values);
