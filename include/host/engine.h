@@ -36,6 +36,10 @@ class Engine {
   /// only.
   static void runPendingTasks(v8::Isolate* isolate);
 
+  /// At the launcher's end: frees the isolate that no child will inherit any more. Does nothing in
+  /// a child, which has taken it.
+  static void giveUpPrepared();
+
   /// Ends the engine for good; no Engine may live or follow.
   static void dispose();
 

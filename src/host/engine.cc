@@ -211,6 +211,11 @@ void Engine::runPendingTasks(v8::Isolate* isolate) {
   holdToLimit(isolate);
 }
 
+void Engine::giveUpPrepared() {
+  v8::Isolate* isolate = std::exchange(preparedKeptForLife().isolate, nullptr);
+  if (isolate != nullptr) isolate->Dispose();
+}
+
 void Engine::dispose() {
   v8::V8::Dispose();
   v8::V8::DisposePlatform();

@@ -160,6 +160,7 @@ int runLauncher(int argc, char** argv) {
   Launcher launcher(options);
   while (launcher.readAndLaunch()) {
   }
+  Engine::giveUpPrepared();
   closeSystemLog();
   return 0;
 }

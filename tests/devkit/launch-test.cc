@@ -4,6 +4,7 @@
 #include <signal.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
@@ -54,11 +55,12 @@ TEST_F(LaunchTest, tellsLinesWithTheirApplicationProcessAndLevel) {
   Launch launch(record_);
   launch.start(patient());
   expectSaid("here");
-  const LogLine& line = record_.lines.back();
-  EXPECT_EQ(line.app, "app");
-  EXPECT_EQ(line.pid, record_.processes.at("app"));
-  EXPECT_EQ(line.level, LogLevel::kMessage);
-  EXPECT_EQ(line.kind, LineKind::kScript);
+  const auto line = std::ranges::find(record_.lines, LineKind::kScript, &LogLine::kind);
+  ASSERT_NE(line, record_.lines.end());
+  EXPECT_EQ(line->text, "here");
+  EXPECT_EQ(line->app, "app");
+  EXPECT_EQ(line->pid, record_.processes.at("app"));
+  EXPECT_EQ(line->level, LogLevel::kMessage);
 }
 
 TEST_F(LaunchTest, endsWhatItStartedWhenItIsTold) {

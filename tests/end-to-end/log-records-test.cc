@@ -79,7 +79,7 @@ TEST_F(LogRecordsTest, whatWasSaidSurvivesAKill) {
   const std::string sent = guest.device.receive().id();
   kill(guest.app.pid(), SIGKILL);
   waitUntilReaped(guest.app, 0);
-  EXPECT_THAT(guest.app.texts(), testing::Contains(testing::HasSubstr(sent)));
+  EXPECT_THAT(host().texts(guest.app.pid()), testing::Contains(testing::HasSubstr(sent)));
 }
 
 // A frame that does not go on leaves the application waiting, and what was said of it is there.

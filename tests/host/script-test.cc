@@ -327,16 +327,13 @@ std::size_t contexts() {
 }
 
 TEST_F(HostScriptTest, aContextIsMadeAheadWhereOneHasBeenNeeded) {
+  { const TemporaryContext first; }  // takes one that an earlier test may have left
   const std::size_t before = contexts();
   TemporaryContext::makeSpare();
-  EXPECT_EQ(contexts(), before);
-  { const TemporaryContext first; }
   EXPECT_EQ(contexts(), before + 1);
   TemporaryContext::makeSpare();
-  EXPECT_EQ(contexts(), before + 2);
-  TemporaryContext::makeSpare();
   { const TemporaryContext second; }
-  EXPECT_EQ(contexts(), before + 2);
+  EXPECT_EQ(contexts(), before + 1);
 }
 
 TEST_F(HostScriptTest, eachEventHasAContextThatNoScriptHasSeen) {
