@@ -20,9 +20,9 @@ inline constexpr std::size_t kMaxArrayBuffers = 10485760;
 class Engine {
  public:
   /// Once in a process, before any fork that is to use the engine: starts no thread, and makes the
-  /// isolate that each child inherits. `rehearsal`, when not null, runs in it, and what it leaves
-  /// behind there is collected.
-  static void prepare(void (*rehearsal)() = nullptr);
+  /// isolate that each child inherits. `rehearsal`, when not null, runs in it. What it leaves
+  /// behind there is collected, but for the context that it returns: takeContext hands it out.
+  static void prepare(v8::Local<v8::Context> (*rehearsal)() = nullptr);
 
   /// In a child: takes the inherited isolate and gives it random state of its own. Every exception
   /// and promise rejection that nobody handles is reported in the log, and nothing on standard
@@ -31,6 +31,10 @@ class Engine {
   ~Engine();
   Engine(const Engine&) = delete;
   Engine& operator=(const Engine&) = delete;
+
+  /// The context that the rehearsal made, in a child that has an Engine. Each child gets it once;
+  /// empty where there is none.
+  static v8::MaybeLocal<v8::Context> takeContext();
 
   /// Lets the engine do what it has put off (finalisers, idle collections). From the main loop
   /// only.

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <ctime>
 
+#include "host/app-context.h"
 #include "host/app-path.h"
 #include "host/descriptor.h"
 #include "host/engine.h"
@@ -73,7 +74,7 @@ void runMain(v8::Local<v8::Context> context, const MorvikData& instance) {
 void startApp(MorvikData& instance) {
   v8::Isolate* isolate = v8::Isolate::GetCurrent();
   const ScriptRun run(isolate);
-  const auto context = v8::Context::New(isolate, nullptr, buildGlobals(instance));
+  const auto context = newAppContext(buildGlobals(instance));
   const v8::Context::Scope entered(context);
   context->Global()->SetAlignedPointerInInternalField(0, &instance);
   setParameters(context, instance);

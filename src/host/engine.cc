@@ -54,6 +54,7 @@ class LimitedAllocator final : public v8::ArrayBuffer::Allocator {
 struct Prepared {
   v8::Platform* platform;
   v8::Isolate* isolate;
+  v8::Global<v8::Context> context;
 };
 
 Prepared& preparedKeptForLife() {
@@ -125,14 +126,19 @@ void keepAcrossFork() {
   }
 }
 
-void runIn(v8::Isolate* isolate, void (*use)()) {
-  const v8::Isolate::Scope entered(isolate);
-  use();
-  isolate->LowMemoryNotification();
+// The collection at its end puts what is kept where the collections of the children leave it alone,
+// so that they share its pages.
+void runIn(Prepared& prepared, v8::Local<v8::Context> (*rehearsal)()) {
+  const v8::Isolate::Scope entered(prepared.isolate);
+  {
+    const v8::HandleScope handles(prepared.isolate);
+    prepared.context.Reset(prepared.isolate, rehearsal());
+  }
+  prepared.isolate->LowMemoryNotification();
 }
 
-// Or else all children of one launcher drew the same numbers. Every context of the isolate begins
-// with this number, and there is none yet.
+// Or else all children of one launcher drew the same numbers. Every context begins with this number
+// when its script draws the first time, and none has yet.
 void drawRandomState() {
   std::uint32_t seed = 0;
   drawEntropy(reinterpret_cast<unsigned char*>(&seed), sizeof seed);
@@ -180,7 +186,7 @@ void holdToLimit(v8::Isolate* isolate) {
 
 // In the launcher, so that no child needs time for it. Nothing has a thread yet, and the isolate
 // lives on in each child.
-void Engine::prepare(void (*rehearsal)()) {
+void Engine::prepare(v8::Local<v8::Context> (*rehearsal)()) {
   v8::V8::SetFlagsFromString(kFlags);
   v8::V8::SetEntropySource(drawEntropy);  // fresh for every isolate, also after a fork
   Prepared& prepared = preparedKeptForLife();
@@ -188,7 +194,7 @@ void Engine::prepare(void (*rehearsal)()) {
   v8::V8::InitializePlatform(prepared.platform);
   v8::V8::Initialize();
   prepared.isolate = newIsolate();
-  if (rehearsal != nullptr) runIn(prepared.isolate, rehearsal);
+  if (rehearsal != nullptr) runIn(prepared, rehearsal);
   keepAcrossFork();
 }
 
@@ -200,8 +206,14 @@ Engine::Engine() : isolate_(std::exchange(preparedKeptForLife().isolate, nullptr
 }
 
 Engine::~Engine() {
+  preparedKeptForLife().context.Reset();
   isolate_->Exit();
   isolate_->Dispose();
+}
+
+v8::MaybeLocal<v8::Context> Engine::takeContext() {
+  v8::Global<v8::Context> context = std::move(preparedKeptForLife().context);
+  return context.Get(v8::Isolate::GetCurrent());
 }
 
 void Engine::runPendingTasks(v8::Isolate* isolate) {
@@ -212,6 +224,7 @@ void Engine::runPendingTasks(v8::Isolate* isolate) {
 }
 
 void Engine::giveUpPrepared() {
+  preparedKeptForLife().context.Reset();
   v8::Isolate* isolate = std::exchange(preparedKeptForLife().isolate, nullptr);
   if (isolate != nullptr) isolate->Dispose();
 }

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <string>
 
+#include "host/app-context.h"
 #include "host/descriptor.h"
 #include "host/globals.h"
 #include "host/morvik-data.h"
@@ -72,7 +73,7 @@ v8::Local<v8::ObjectTemplate> globals() {
 void runScript() {
   v8::Isolate* isolate = v8::Isolate::GetCurrent();
   const v8::HandleScope handles(isolate);
-  const auto context = v8::Context::New(isolate, nullptr, globals());
+  const auto context = newAppContext(globals());
   const v8::Context::Scope entered(context);
   v8::ScriptOrigin origin(isolate, toScript("main.js"));
   v8::Local<v8::Script> script;
@@ -112,12 +113,13 @@ void runLoop() {
 
 }  // namespace
 
-void rehearse() {
+v8::Local<v8::Context> rehearse() {
   dl_iterate_phdr(dropUnwritten, nullptr);
   newUuid();
   runLoop();
   runScript();
   passMessage();
+  return newBareContext();
 }
 
 }  // namespace morvik

@@ -8,6 +8,7 @@
 #include "channel/dispatch.h"
 #include "channel/frame.h"
 #include "features/features.h"
+#include "host/app-context.h"
 #include "host/engine.h"
 #include "host/globals.h"
 #include "host/object-tree.h"
@@ -57,7 +58,7 @@ ScriptTest::ScriptTest() {
   instance.descriptor = granted(accessNames());
   buildDeviceTree(global, morvik, *instance.descriptor);
   addGlobals(global, morvik, instance);
-  engaged_->context = v8::Context::New(isolate(), nullptr, global);
+  engaged_->context = newAppContext(global);
   engaged_->context->Global()->SetAlignedPointerInInternalField(0, &instance);
 }
 

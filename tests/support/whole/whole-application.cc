@@ -6,6 +6,7 @@
 
 #include "channel/frame.h"
 #include "channel/pump.h"
+#include "host/app-context.h"
 #include "host/globals.h"
 #include "host/object-tree.h"
 #include "support/unit/granted.h"
@@ -24,7 +25,7 @@ WholeApplication::WholeApplication() {
   instance_.interactiveID = "3f0a0f5e-8a38-4f9e-b0a0-0a8a1f3d3a11";
   instance_.options = &options_;
   instance_.descriptor = granted(gatedNames());
-  context_ = v8::Context::New(isolate_, nullptr, globals());
+  context_ = newAppContext(globals());
   context_->Enter();
   context_->Global()->SetAlignedPointerInInternalField(0, &instance_);
 }
