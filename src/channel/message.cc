@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <utility>
 
 #include "host/uuid.h"
 
@@ -14,6 +15,25 @@ namespace {
 
 using google::protobuf::internal::WireFormatLite;
 using google::protobuf::io::CodedInputStream;
+
+// The next message's id, made ahead. Only an application that has needed one gets another: libuuid
+// seeds the C library's random numbers anew for each, and `morvik.random` is to go on from the seed
+// of its start for as long as no message has gone out.
+struct NextId {
+  bool wanted = false;
+  std::string text;
+};
+
+NextId& nextIdKeptForLife() {
+  static auto& next = *new NextId;
+  return next;
+}
+
+std::string takeId() {
+  NextId& next = nextIdKeptForLife();
+  next.wanted = true;
+  return next.text.empty() ? newUuid() : std::exchange(next.text, {});
+}
 
 // Adds one field's bytes to the message. False when they do not parse; the message is then as
 // before.
@@ -40,9 +60,15 @@ void keepWholeFields(std::span<const std::uint8_t> payload, zeph::ZephMsg& messa
 
 std::unique_ptr<zeph::ZephMsg> newZephMsg(const char* interactiveId) {
   auto message = std::make_unique<zeph::ZephMsg>();
-  message->set_id(newUuid());
+  message->set_id(takeId());
   if (interactiveId != nullptr) message->set_interactiveid(interactiveId);
   return message;
+}
+
+void makeIdAhead() {
+  NextId& next = nextIdKeptForLife();
+  if (!std::exchange(next.wanted, false) || !next.text.empty()) return;
+  next.text = newUuid();
 }
 
 void parseZephMsg(std::span<const std::uint8_t> payload, zeph::ZephMsg& message) {

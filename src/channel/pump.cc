@@ -6,6 +6,7 @@
 
 #include "channel/connection.h"
 #include "channel/dispatch.h"
+#include "channel/message.h"
 #include "host/morvik-data.h"
 #include "host/script.h"
 #include "host/system-log.h"
@@ -45,6 +46,7 @@ int connectServer(const char* host, std::int32_t port, MorvikData* listener) {
 gboolean onSocketIdle(gpointer listener) {
   auto& instance = *static_cast<MorvikData*>(listener);
   const HeldRecords held;
+  makeIdAhead();
   zeph::ZephMsg message;
   const int result = receiveZephMsg(instance.socket, message);
   if (result == -1) return G_SOURCE_REMOVE;

@@ -34,6 +34,31 @@ TEST(MessageTest, everyIdIsFresh) {
   EXPECT_EQ(ids.size(), kCount);
 }
 
+TEST(MessageTest, anIdMadeAheadIsTakenOnce) {
+  std::set<std::string> ids;
+  for (int i = 0; i < 100; ++i) {
+    ids.insert(newZephMsg(nullptr)->id());
+    makeIdAhead();
+    makeIdAhead();
+  }
+  EXPECT_EQ(ids.size(), 100U);
+}
+
+// Making one sets the C library's random numbers to a seed of its own, which a script could tell.
+TEST(MessageTest, noIdIsMadeAheadBeforeOneWasNeeded) {
+  newZephMsg(nullptr);
+  makeIdAhead();
+  const auto numbersBehind = [](auto work) {
+    std::srand(1);
+    work();
+    return std::rand();
+  };
+  const int expected = numbersBehind([] {});
+  EXPECT_EQ(numbersBehind(makeIdAhead), expected);
+  EXPECT_EQ(numbersBehind([] { newZephMsg(nullptr); }), expected) << "the one made ahead";
+  EXPECT_NE(numbersBehind(makeIdAhead), expected);
+}
+
 TEST(MessageTest, scriptsSeeTheNamesOfResultCodes) {
   const std::pair<zeph::VReturnCode, const char*> names[] = {
       {zeph::OK, "OK"},
