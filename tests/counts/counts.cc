@@ -82,6 +82,13 @@ void countScript(WholeApplication& app) {
   });
 }
 
+// The most of an event that becomes an object.
+void makeContext() {
+  v8::Isolate* isolate = v8::Isolate::GetCurrent();
+  const v8::HandleScope handles(isolate);
+  v8::Context::New(isolate);
+}
+
 void countEvents(WholeApplication& app) {
   zeph::ZephMsg button = deviceMessage();
   button.mutable_buttoncallback()->set_type(zeph::ButtonCallback::SIMPLE);
@@ -90,6 +97,7 @@ void countEvents(WholeApplication& app) {
   tag.mutable_rfidcallback()->set_id("d0021a053b463984");
   count(
       "a-tag-event", [&] { app.hear(tag); }, kTimesOfContexts);
+  count("a-context", makeContext, kTimesOfContexts);
 }
 
 }  // namespace
