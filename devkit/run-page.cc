@@ -70,7 +70,7 @@ const char* kindOf(const LogLine& line) {
   return isForeign ? "foreign" : "host";
 }
 
-LogLevel levelOf(RowLook look) {
+LogLevel levelOfLook(RowLook look) {
   if (look == RowLook::kBad) return LogLevel::kFatal;
   return look == RowLook::kWarning ? LogLevel::kWarning : LogLevel::kUnknown;
 }
@@ -120,7 +120,7 @@ void RunPage::told(const std::string& app, const std::string& mark, const std::s
                    RowLook look) {
   page_.logged({.time = inMilliseconds(std::chrono::system_clock::now()),
                 .app = app,
-                .level = devkit::wordOf(levelOf(look)),
+                .level = devkit::wordOf(levelOfLook(look)),
                 .kind = mark,
                 .text = text});
 }

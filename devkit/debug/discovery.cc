@@ -13,7 +13,7 @@ std::string placeOf(const DebugTarget& target) {
 }
 
 // A name or a folder need not be UTF-8.
-std::string textOf(const OrderedJson& json) {
+std::string bodyOf(const OrderedJson& json) {
   constexpr int kIndent = 2;
   return json.dump(kIndent, ' ', false, OrderedJson::error_handler_t::replace) + '\n';
 }
@@ -44,9 +44,9 @@ std::string toolsAddressOf(const DebugTarget& target) {
 std::optional<std::string> discovered(std::string_view path, const DebugTarget& target,
                                       bool attached) {
   if (path == "/json" || path == "/json/" || path == "/json/list") {
-    return textOf(OrderedJson::array({listed(target, attached)}));
+    return bodyOf(OrderedJson::array({listed(target, attached)}));
   }
-  if (path == "/json/version") return textOf(version());
+  if (path == "/json/version") return bodyOf(version());
   return std::nullopt;
 }
 

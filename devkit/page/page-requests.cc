@@ -45,7 +45,7 @@ bool isFlat(const Json& value, int levels) {
          });
 }
 
-Json argumentsOf(const Json& request) {
+Json argumentsIn(const Json& request) {
   constexpr int kLevels = 2;  // a list of pairs
   const Json* arguments = memberOf(request, "arguments");
   if (arguments == nullptr) return Json::object();
@@ -69,7 +69,7 @@ std::optional<unsigned> applicationOf(const Json& request) {
 
 Outcome takeStimulus(const Json& request, PageRequestTaker& taker) {
   const std::string name = textIn(request, "name", kLongestName);
-  return taker.stimulate(name, argumentsOf(request), applicationOf(request));
+  return taker.stimulate(name, argumentsIn(request), applicationOf(request));
 }
 
 // What stands in a launch line must not end it.

@@ -40,7 +40,7 @@ std::string dotted(const std::string& pointer) {
 std::string shownValue(const Json& value) { return shortened(textOf(value)); }
 
 // One operation of a JSON patch in words.
-std::string inWords(const Json& change, const Json& recorded) {
+std::string changeInWords(const Json& change, const Json& recorded) {
   const std::string pointer = change["path"];
   const std::string name = dotted(pointer);
   if (change["op"] == "add")
@@ -63,7 +63,7 @@ std::string differenceOf(const zeph::ZephMsg& recorded, const zeph::ZephMsg& now
   const Json before = comparable(recorded);
   std::string words;
   for (const Json& change : Json::diff(before, comparable(now))) {
-    words += (words.empty() ? "" : "; ") + inWords(change, before);
+    words += (words.empty() ? "" : "; ") + changeInWords(change, before);
   }
   return words;
 }

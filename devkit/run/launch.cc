@@ -19,7 +19,7 @@ namespace {
 
 // How long an application may take to end when it is told.
 constexpr guint kPatienceMs = 2000;
-constexpr int kMostApplications = 3;
+constexpr int kMostCounted = 3;
 
 struct Pipe {
   FileDescriptor reading;
@@ -174,7 +174,7 @@ void Launch::hearLauncher(const LogLine& line) {
   const std::string count = beyond(line.text, "nbChild ");
   int number = 0;
   std::from_chars(count.data(), count.data() + count.size(), number);
-  if (number < kMostApplications) return;
+  if (number < kMostCounted) return;
   const auto refused = std::ranges::find(awaited_, announced_);
   if (refused == awaited_.end()) return;
   awaited_.erase(refused);

@@ -49,7 +49,7 @@ Keys::Keys(int descriptor, Pressed pressed, Closed closed)
 bool Keys::take() {
   if (isatty(descriptor_) == 1 && tcgetpgrp(descriptor_) != getpgrp()) return true;
   std::array<char, 256> bytes{};
-  const ssize_t count = read(descriptor_, bytes.data(), bytes.size());
+  const ssize_t count = ::read(descriptor_, bytes.data(), bytes.size());
   if (count < 0 && (errno == EINTR || errno == EAGAIN)) return true;
   if (count <= 0) {
     closed_();

@@ -115,7 +115,7 @@ void answer(const Exchange& exchange) {
                    [](DeviceState& state) -> Led& { return state.led; });
 }
 
-std::string inWords(const zeph::ZephMsg& message) { return ledInWords(message.led()); }
+std::string ledMessageInWords(const zeph::ZephMsg& message) { return ledInWords(message.led()); }
 
 std::string atAGlance(const DeviceView& view) {
   return ledAtAGlance(view, view.state.led, Work::kLed);
@@ -126,7 +126,7 @@ void show(const DeviceView& view, JsonObject& whole) {
 }
 
 constexpr Command kCommands[] = {{zeph::ZephMsg::kLedFieldNumber, Command::Needs::kGrant, answer}};
-constexpr Words kWords[] = {{zeph::ZephMsg::kLedFieldNumber, inWords}};
+constexpr Words kWords[] = {{zeph::ZephMsg::kLedFieldNumber, ledMessageInWords}};
 constexpr Glance kGlances[] = {{"LED", atAGlance}};
 
 }  // namespace

@@ -15,11 +15,11 @@
 namespace morvik::test {
 
 /// A descriptor that lists these access names.
-inline std::unique_ptr<Descriptor> granted(const std::vector<std::string>& names) {
+inline std::unique_ptr<morvik::Descriptor> granted(const std::vector<std::string>& names) {
   std::string text = "<descriptor><accesses>";
   for (const std::string& name : names) text += "<access>" + name + "</access>";
   text += "</accesses></descriptor>";
-  auto descriptor = std::make_unique<Descriptor>();
+  auto descriptor = std::make_unique<morvik::Descriptor>();
   descriptor->doc.reset(
       xmlReadMemory(text.data(), static_cast<int>(text.size()), "descriptor.xml", nullptr, 0));
   const XmlQuery query(xmlXPathNewContext(descriptor->doc.get()));
@@ -29,7 +29,7 @@ inline std::unique_ptr<Descriptor> granted(const std::vector<std::string>& names
 }
 
 /// The same, of names between blanks.
-inline std::unique_ptr<Descriptor> granted(const std::string& names) {
+inline std::unique_ptr<morvik::Descriptor> granted(const std::string& names) {
   std::istringstream words(names);
   return granted(std::vector<std::string>{std::istream_iterator<std::string>(words), {}});
 }
