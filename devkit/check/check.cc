@@ -59,6 +59,10 @@ void addCure(const fs::path& folder, FolderTrouble& trouble) {
     trouble.cure = "morvik-dev new NAME makes a folder with all that is needed.";
   } else if (trouble.kind == "not-xml") {
     trouble.cure = "Every element that is opened is closed, and & is written &amp;.";
+  } else if (trouble.kind == "compressed") {
+    trouble.cure = "Unpack it: gunzip or xz -d.";
+  } else if (trouble.kind == "too-large" && trouble.file == "descriptor.xml") {
+    trouble.cure = "Keep the access elements; what else it holds nobody here reads.";
   } else if (trouble.kind == "zero-byte") {
     trouble.cure = "Save it as text, in UTF-8.";
   } else if (trouble.kind == "config-damaged") {

@@ -171,7 +171,7 @@ void checkRoot(const xmlNode* root, std::vector<FolderTrouble>& findings) {
 Grants checkGrants(const std::filesystem::path& folder, std::vector<FolderTrouble>& findings) {
   Grants grants;
   const auto text = bytesOf(folder / kDescriptorFile);
-  if (!text) return grants;
+  if (!text || text->size() > kLargestDescriptor) return grants;
   checkByteOrderMark(kDescriptorFile, *text, findings);
   constexpr int kSilent = XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NONET;
   const Document document(xmlReadMemory(text->data(), static_cast<int>(text->size()),

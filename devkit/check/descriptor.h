@@ -16,7 +16,7 @@ struct Place {
 };
 
 struct Grants {
-  /// False when the file cannot be read: then nothing is known.
+  /// False when the file cannot be read or is too large: then nothing is known.
   bool known = false;
   /// The names that the host takes, and where each stands.
   std::map<std::string, Place> granted = {};

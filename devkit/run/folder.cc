@@ -59,6 +59,11 @@ bool isThere(const fs::path& path) {
   return fs::symlink_status(path, error).type() != fs::file_type::not_found;
 }
 
+int lineAt(const std::string& text, std::size_t at) {
+  const auto end = text.begin() + static_cast<std::ptrdiff_t>(at);
+  return 1 + static_cast<int>(std::count(text.begin(), end, '\n'));
+}
+
 // MorvikVM takes a source for a text that ends at its first zero byte.
 void checkMainScript(const fs::path& folder, Troubles& troubles) {
   if (!isThere(folder / "main.js")) {
@@ -71,8 +76,7 @@ void checkMainScript(const fs::path& folder, Troubles& troubles) {
   if (zero == std::string::npos) return;
   auto trouble =
       inFile("zero-byte", "main.js", "holds a zero byte, and nothing behind it is read", false);
-  const auto end = source->begin() + static_cast<std::ptrdiff_t>(zero);
-  trouble.line = 1 + static_cast<int>(std::count(source->begin(), end, '\n'));
+  trouble.line = lineAt(*source, zero);
   troubles.push_back(std::move(trouble));
 }
 
@@ -98,6 +102,34 @@ bool isWellFormed(const std::string& text, FolderTrouble& trouble) {
   return document != nullptr;
 }
 
+// What the bytes begin with. The XML library would unpack both by itself, in a program that leaves
+// the reading of the file to it.
+const char* compressionOf(const std::string& bytes) {
+  if (bytes.starts_with("\x1f\x8b")) return "gzip";
+  return bytes.starts_with(
+             "\xfd"
+             "7zXZ")
+             ? "xz"
+             : nullptr;
+}
+
+// What MorvikVM refuses before it looks at an element.
+std::optional<FolderTrouble> unreadDescriptor(const std::string& bytes) {
+  if (const char* compression = compressionOf(bytes)) {
+    auto trouble = inFile(
+        "compressed", "descriptor.xml",
+        std::string("is compressed with ") + compression + ", which MorvikVM does not unpack");
+    trouble.line = 1;
+    return trouble;
+  }
+  if (bytes.size() <= kLargestDescriptor) return std::nullopt;
+  auto trouble = inFile("too-large", "descriptor.xml",
+                        "has " + std::to_string(bytes.size()) + " bytes, and MorvikVM reads no " +
+                            "descriptor of more than " + std::to_string(kLargestDescriptor));
+  trouble.line = lineAt(bytes, kLargestDescriptor);
+  return trouble;
+}
+
 void checkDescriptor(const fs::path& folder, Troubles& troubles) {
   if (!isThere(folder / "descriptor.xml")) {
     troubles.push_back(
@@ -105,6 +137,10 @@ void checkDescriptor(const fs::path& folder, Troubles& troubles) {
     return;
   }
   const auto text = readFile(folder, "descriptor.xml", troubles);
+  if (auto unread = text ? unreadDescriptor(*text) : std::nullopt) {
+    troubles.push_back(std::move(*unread));
+    return;
+  }
   auto trouble = inFile("not-xml", "descriptor.xml", "is not well-formed XML");
   if (text && !isWellFormed(*text, trouble)) troubles.push_back(std::move(trouble));
 }

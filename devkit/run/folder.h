@@ -1,6 +1,7 @@
 // An application's folder as its author has it on disk: what can be said of it before a launch.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -29,9 +30,13 @@ std::string inWordsWithCure(const FolderTrouble& trouble);
 /// it.
 using FolderCheck = std::function<std::vector<FolderTrouble>(const std::filesystem::path& folder)>;
 
+/// The largest descriptor.xml that MorvikVM reads, in bytes. The tool stands apart from the host,
+/// so this is its own copy; tests hold it against the real one.
+inline constexpr std::uintmax_t kLargestDescriptor = 65536;
+
 /// What MorvikVM would stumble over at the start: a folder that is none, main.js, descriptor.xml
-/// and config.bin when they cannot be read, a descriptor that is not well-formed, files larger than
-/// an application's memory. Is itself a FolderCheck.
+/// and config.bin when they cannot be read, a descriptor that is compressed, too large or not
+/// well-formed, files larger than an application's memory. Is itself a FolderCheck.
 std::vector<FolderTrouble> checkFolder(const std::filesystem::path& folder);
 
 /// Whether a file has tests of the application, which no device runs: test.js and *.test.js.

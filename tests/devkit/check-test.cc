@@ -322,6 +322,15 @@ TEST_F(CheckTest, survivesWhatIsNoProgram) {
   EXPECT_THAT(run({MORVIK_DEV, "check", folder_ / "app"}).output, HasSubstr("[unreadable]"));
 }
 
+TEST_F(CheckTest, readsNoElementOfADescriptorThatIsTooLarge) {
+  const fs::path folder = write("app", "log('here');", "<access>ledd</access>");
+  std::ofstream(folder / "descriptor.xml", std::ios::app) << std::string(65536, '\n');
+  const std::string said = run({MORVIK_DEV, "check", folder}).output;
+  EXPECT_THAT(said, ContainsRegex("descriptor.xml:[0-9]+: has 65[0-9]+ bytes.* \\[too-large\\]\n"
+                                  "  Keep the access elements"));
+  EXPECT_THAT(said, Not(HasSubstr("[access-unknown]")));
+}
+
 TEST_F(CheckTest, isShownByRun) {
   const auto run = std::make_unique<Program>(
       command({write("app", "console.log('mute'); log('runs all the same');", "")}));

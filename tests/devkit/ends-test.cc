@@ -11,6 +11,7 @@
 
 #include "fake-server.h"
 #include "launched.h"
+#include "run/folder.h"
 #include "run/relay.h"
 #include "support/matchers.h"
 
@@ -299,6 +300,11 @@ const Row kRows[] = {
      }},
     {"emptyDescriptor", EndKind::kBrokenDescriptor, "status 0", "Document is empty",
      "at that place", [](Scene& scene) { scene.apps.file("app", "descriptor.xml", ""); }},
+    {"largeDescriptor", EndKind::kBrokenDescriptor, "status 0",
+     "descriptor.xml: larger than 65536 bytes", "check tells more",
+     [](Scene& scene) {
+       scene.apps.file("app", "descriptor.xml", std::string(kLargestDescriptor + 1, ' '));
+     }},
     {"emptyAccess", EndKind::kEmptyAccess, "killed by SIGTRAP", "access element 1 is empty",
      "<access>led</access>", [](Scene& scene) { scene.apps.app("app", "", {""}); }},
     {"pathTooLong", EndKind::kPathTooLong, "status 0", "too long", "shorter path",

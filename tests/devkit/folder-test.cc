@@ -86,6 +86,28 @@ TEST_F(FolderTest, tellsOfAnEmptyDescriptor) {
   EXPECT_THAT(wordsOfCheck(), ElementsAre(HasSubstr("descriptor.xml")));
 }
 
+TEST_F(FolderTest, tellsOfACompressedDescriptor) {
+  write(folder_ / "descriptor.xml", "\x1f\x8b\x08 and so on");
+  EXPECT_THAT(wordsOfCheck(), ElementsAre("descriptor.xml:1: is compressed with gzip, which "
+                                          "MorvikVM does not unpack"));
+  write(folder_ / "descriptor.xml",
+        "\xfd"
+        "7zXZ and so on");
+  EXPECT_THAT(wordsOfCheck(), ElementsAre(HasSubstr("is compressed with xz")));
+  EXPECT_TRUE(refusesLaunch(checkFolder(folder_)));
+}
+
+TEST_F(FolderTest, tellsTheLineFromWhichADescriptorIsTooLarge) {
+  std::string descriptor = kDescriptor;
+  descriptor.resize(kLargestDescriptor - 1, ' ');
+  write(folder_ / "descriptor.xml", descriptor + '\n');
+  EXPECT_THAT(checkFolder(folder_), IsEmpty());
+  write(folder_ / "descriptor.xml", descriptor + "\n\n");
+  EXPECT_THAT(wordsOfCheck(), ElementsAre("descriptor.xml:2: has 65537 bytes, and MorvikVM reads "
+                                          "no descriptor of more than 65536"));
+  EXPECT_TRUE(refusesLaunch(checkFolder(folder_)));
+}
+
 TEST_F(FolderTest, takesDamagedParametersForAWarning) {
   write(folder_ / "config.bin", "\x0a\x7f");
   const auto troubles = checkFolder(folder_);

@@ -9,6 +9,7 @@
 #include <fstream>
 
 #include "launched.h"
+#include "run/folder.h"
 #include "support/matchers.h"
 
 namespace morvik::test {
@@ -61,6 +62,17 @@ TEST_F(LaunchTest, tellsLinesWithTheirApplicationProcessAndLevel) {
   EXPECT_EQ(line->app, "app");
   EXPECT_EQ(line->pid, record_.processes.at("app"));
   EXPECT_EQ(line->level, LogLevel::kMessage);
+}
+
+TEST_F(LaunchTest, takesTheLargestDescriptor) {
+  std::string descriptor = "<descriptor><accesses/></descriptor>";
+  descriptor.resize(kLargestDescriptor, '\n');
+  const LaunchPlan plan = patient();
+  apps_.file("app", "descriptor.xml", descriptor);
+  EXPECT_THAT(checkFolder(apps_ / "app"), IsEmpty());
+  Launch launch(record_);
+  launch.start(plan);
+  expectSaid("here");
 }
 
 TEST_F(LaunchTest, endsWhatItStartedWhenItIsTold) {
