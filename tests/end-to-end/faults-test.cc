@@ -104,6 +104,42 @@ TEST_F(FaultsTest, whatIsWrongWithAFileEndsItsApplicationAsTold) {
   expectOthersLive();
 }
 
+#ifndef MORVIK_PROGRAMS_ARE_SANITIZED  // there the limit does not hold: the shadow is data too
+TEST_F(FaultsTest, aFileThatIsLargerThanTheMemoryEndsItsApplicationAsTold) {
+  for (const std::string file : {"config.bin", "main.js"}) {
+    SCOPED_TRACE(file);
+    enlarge(soundApp("app") / file);
+    EXPECT_THAT(lastWords(launch("app")), HasSubstr("script engine out of memory: "));
+    std::filesystem::remove_all(std::filesystem::path(apps.path()) / "app");
+  }
+  expectOthersLive();
+}
+#endif
+
+// Without a word of its script such an application is there until it is ended for not becoming
+// interactive.
+TEST_F(FaultsTest, aScriptThatIsEmptyOrCutLeavesItsApplicationThere) {
+  const struct {
+    std::string source;
+    std::string last;  // of what the start tells
+  } rows[] = {
+      {"", "running app: app"},
+      {"log('runs'); function leave() {", "SyntaxError: Unexpected end of input"},
+      {"log('runs'); setTimeo", "ReferenceError: setTimeo is not defined\n    at main.js:1:14"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.source);
+    soundApp("app");
+    apps.file("app", "main.js", row.source);
+    app = launch("app");
+    app.waitForLog(row.last);
+    EXPECT_TRUE(app.alive());
+    kill(app.pid(), SIGKILL);
+    waitUntilReaped(app, 1);
+  }
+  expectOthersLive();
+}
+
 // One that reads a pipe waits for its writer, and nobody else does.
 TEST_F(FaultsTest, aPipeInPlaceOfAFileKeepsItsApplicationWaiting) {
   for (const std::string file : {"descriptor.xml", "config.bin", "main.js"}) {
