@@ -1,12 +1,8 @@
 // Runs the rows of every feature through the fixture of the program that this is built for.
-#include <ostream>
-
 #include "feature-test.h"
 #include "features/features.h"
 
 namespace morvik::test {
-
-void PrintTo(const Feature& feature, std::ostream* stream) { *stream << feature.name; }
 
 namespace {
 

@@ -3,6 +3,7 @@
 // object. Scripts find the globals of prelude.h.
 #pragma once
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -66,6 +67,9 @@ struct Feature {
   /// A message that its listeners hear, in text form. They stay only while they return true.
   std::string event = {};
 };
+
+/// By its name wherever a test shows one, not by its bytes.
+inline void PrintTo(const Feature& feature, std::ostream* stream) { *stream << feature.name; }
 
 /// The same refusal for many calls: of their arguments; for want of interactive mode; inside it for
 /// what `bad` throws.
