@@ -64,7 +64,8 @@ bool Stage::begin(const StagePlan& plan, const StageTools& tools, std::string& t
 }
 
 // The memory checks of a program that is built with them want to be loaded first, which is not so
-// behind a library that is preloaded.
+// behind a library that is preloaded. What is left when a test ends its application in the middle
+// is no leak.
 SessionPlan Stage::sessionPlan(const StagePlan& plan, const StageTools& tools) const {
   return {
       .folders = std::vector(plan.types.size(), copy_.path()),

@@ -16,7 +16,8 @@ namespace {
 // The host's own timers, shortened to a hundredth: a tenth of a second for the autokill.
 constexpr const char* kShortTimers = "LD_PRELOAD=" SHORT_TIMERS;
 
-// What a sanitizer that is built in must know of such a program.
+// What a sanitizer that is built in must know of such a program. Leaks are not looked for: a
+// debugger ends its host in the middle, while the inspector has sessions and the engine all it had.
 constexpr const char* kSanitizer = "ASAN_OPTIONS=detect_leaks=0:verify_asan_link_order=0";
 
 class DebugHost : public DeskTest {
