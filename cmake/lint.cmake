@@ -107,6 +107,13 @@ list(FILTER sources EXCLUDE REGEX "-test\\.cc$")
 write_batches(files test/features APART morvik::test ${sources})
 lint_files(features FILES ${files} LIKE feature-rows)
 
+file(GLOB fuzzers tests/fuzz/*-fuzz.cc)
+file(GLOB shared tests/fuzz/*.cc)
+list(REMOVE_ITEM shared ${fuzzers})
+write_batches(files test/fuzzers APART morvik::test ${fuzzers})
+write_batches(shared_files test/fuzz TOGETHER morvik::test ${shared})
+lint_files(fuzz FILES ${files} ${shared_files} LIKE unit-tests USING morvik_core web-peers GTest::gmock)
+
 file(GLOB sources devkit/main.cc devkit/debug/main.cc bench/*.cc bench/peers/floor/floor.cc tests/browser/screenshot/main.cc)
 foreach(program main probe log-daemon)
   list(APPEND sources ${CMAKE_SOURCE_DIR}/bench/compare/${program}.cc)
